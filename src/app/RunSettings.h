@@ -1,0 +1,81 @@
+#pragma once
+
+#include <QString>
+
+#include <array>
+#include <optional>
+
+namespace quillon {
+
+// Everything a batch run reads, copied from the window (or the command line)
+// on the GUI thread at Start and read-only for the run. Check box states are
+// ints: 1 on, 0 off, anything else mixed.
+struct RunSettings {
+    // Paths and input.
+    QString toolPath;
+    QString outputPath;
+    QString sourcePath;
+    int inputMode = 0; // 0 one image, 1 a directory, 2 no input
+
+    // Output naming and frames.
+    QString outputPrefix = QStringLiteral("my-export");
+    int nameStyle = 0; // 0 plain number, 1 four digits, 2 letter
+    QString frameCountText = QStringLiteral("10");
+    QString widthText = QStringLiteral("600");
+    QString heightText = QStringLiteral("600");
+
+    // Rendering switches.
+    int antiAlias = 1;
+    int multithread = 1;
+    int normalmapFlip = 0;
+    int dither = 0;
+    int progressive = 1;
+    int toolLog = 0;
+    int cleanup = 1;
+
+    // Output format and its options.
+    QString format = QStringLiteral("JPEG");
+    QString jpegQualityText = QStringLiteral("80");
+    int jpegFullPrecision = 1;
+    int pngIncludeTrans = 0;
+    int tiffIncludeTrans = 1;
+    int tiffFloatFormat = 0;
+    int tgaIncludeTrans = 1;
+    int tgaFlipOrder = 0;
+    int pngBitDepth = 0;     // 0 8 bits, 1 16 bits
+    int pngCompression = 0;  // 0 none, 1 fast, 2 best
+    int tiffBitDepth = 0;    // 0 8, 1 16, 2 24 bits
+    int tiffCompression = 0; // 0 none, 1 LZW, 2 deflate
+    int tgaBitDepth = 0;     // 0 24 bits, 1 32 bits
+
+    // Chain-related.
+    int presetIndex = 0; // selected item of the preset pop-up
+    int activateMaps = 0;
+    // Map boxes in map-index order: base, alpha, diffuse, bump, normal,
+    // specstr, specexp, ao, ro, metallic.
+    std::array<int, 10> mapBoxes{1, 0, 0, 0, 0, 0, 0, 0, 0, 0};
+
+    // Seed of the run's random generator; none draws a fresh seed per run.
+    std::optional<quint64> seed;
+
+    // The frame count the way a text field's integerValue reads it: leading
+    // white space, optional sign, digits; 0 when the text holds no number.
+    qint64 frameCount() const;
+    // The frame count as a real (doubleValue); none when the text holds no
+    // number.
+    std::optional<double> frameCountReal() const;
+};
+
+// Leading-number reads of a text, as a text field's integerValue and
+// doubleValue do: "12abc" is 12, "abc" is no number.
+std::optional<qint64> leadingInteger(const QString& text);
+std::optional<double> leadingReal(const QString& text);
+
+// Texts of the radio-group choices, as the control file writes them.
+QString getPNGBitDepth(int code);
+QString getPNGCompression(int code);
+QString getTIFFBitDepth(int code);
+QString getTIFFCompression(int code);
+QString getTGABitDepth(int code);
+
+} // namespace quillon

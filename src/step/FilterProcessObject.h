@@ -1,0 +1,108 @@
+#pragma once
+
+#include "library/Record.h"
+#include "variations/ValueRule.h"
+
+#include <QString>
+#include <QStringList>
+
+#include <atomic>
+#include <memory>
+
+#include <pugixml.hpp>
+
+class QProcess;
+
+namespace quillon {
+
+class StepParent;
+struct RunSettings;
+
+// One step of a batch run: one filter of the chain applied to all of the
+// step's inputs. It writes the task files of each tool run (control file and
+// run files), runs the render tool on them, follows the tool's output and
+// hands the finished files to the controller for deletion.
+//
+// Created on the GUI thread by the launch queue, then used only on the run's
+// worker thread, except abortAction(), which any thread may call.
+class filterProcessObject final {
+public:
+    filterProcessObject(RecordPtr filterData, QStringList inFiles, QStringList outFiles, bool isFirst,
+                        bool isLast, qint64 chainid, StepParent* parent, QStringList filenames);
+    ~filterProcessObject();
+    filterProcessObject(const filterProcessObject&) = delete;
+    filterProcessObject& operator=(const filterProcessObject&) = delete;
+
+    // ---- Fields ----------------------------------------------------------
+    RecordPtr filterData;        // the chain entry's record itself, not a copy
+    QStringList inFiles;         // the step's inputs
+    QStringList outFiles;        // every output the tasks will write, in task order
+    bool isFirst = false;
+    bool isLast = false;
+    StepParent* parent = nullptr; // not owned
+    QString toolPath;
+    QString outPath;
+    std::unique_ptr<QProcess> toolTask; // the current tool run; worker thread only
+    QStringList filesToRemove;    // task files of the current tool run
+    qint64 chainid = 0;
+    QStringList originalFileNames; // entry i names the outputs of input i
+    QStringList realFileNames;     // output names for the later steps
+    std::atomic<bool> isAborted{false};
+    QString lastRunURL;            // run file of the current frame's first map
+    RandomDraw randomDraw;         // the run's random source (0..999)
+
+    // ---- Step runner (worker thread) ------------------------------------
+    void runSeries();
+    void showSetupInfo();
+    void runOnSources();
+    void runEmpty();
+    void runFilterNoSources() { runEmpty(); }
+    void runFilterOn(const QString& inputPath, const QString& outfile);
+    void captureStandardOutputAndRouteToTextView(QProcess& task);
+    // Stops the step: the running tool is terminated, no further run starts.
+    // Safe from any thread.
+    void abortAction();
+
+    void passOnFilterInfoWithData(const QStringList& nameAndAuthor);
+    void passOnSourceInfoWithData(const QString& source);
+    void passOnRenderInfoWithData(const QString& info);
+    void taskIsDoneWithData(const QStringList& paths);
+
+    // ---- Task writers (worker thread) -----------------------------------
+    // Each writes controlfile.xml and the run files of one tool run into
+    // outPath, replaces filesToRemove, appends to outFiles/realFileNames and
+    // returns the control file's path, or an empty string on failure.
+    QString createBatchFileWithFilepath(const QString& filepath, const QString& out);
+    QString createBatchFileNoFile();
+
+    pugi::xml_node createGlobalSettings(pugi::xml_node parent) const;
+    pugi::xml_node createRenderOptions(pugi::xml_node parent) const;
+    pugi::xml_node createBitmapFormatOptions(pugi::xml_node parent) const;
+    static QString stringFromCheckbox(int state);
+    QString getSelectedFormatText() const;
+    QString getSelectedFileExtension() const;
+
+    // Append one Task to `tasks` and write its run file; on failure nothing
+    // is appended, `error` is set and an empty node returned.
+    pugi::xml_node createTaskSettingFor(qint64 index, const QString& imagepath, const QString& outfile,
+                                        QString* error, pugi::xml_node tasks);
+    pugi::xml_node createTaskSettingMapsWithIndex(qint64 index, const QString& imagepath,
+                                                  const QString& outfile, qint64 mapindex, bool first,
+                                                  QString* error, pugi::xml_node tasks);
+    pugi::xml_node copyAndChangeRunFileWithIndex(qint64 index, qint64 mapindex, const QString& imagepath,
+                                                 const QString& outfile, QString* error,
+                                                 pugi::xml_node tasks);
+
+    pugi::xml_node getPresetFromRootWithRoot(pugi::xml_node root) const;
+    pugi::xml_node getPresetFromRootCopyWithRoot(pugi::xml_node root) const;
+    static pugi::xml_node makeDefaultPresetFromPreset(pugi::xml_node preset);
+    static void setPresetWithPreset(pugi::xml_node preset, pugi::xml_node root);
+
+    QString getFileSuffixFor(qint64 index) const;
+    static QString makeBaseNameFromPathWithPath(const QString& path);
+    static QString getMapNameWithMapindex(qint64 mapindex);
+
+    const RunSettings& settings() const;
+};
+
+} // namespace quillon

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+class QObject;
+
+namespace quillon {
+
+struct RunSettings;
+
+// What a filter step needs from the controller that runs it. The window's
+// AppDelegate, the command line and the tests implement it.
+//
+// The set... reports and collectForDeletionWithList are applied on the
+// thread of reportContext(); a step on another thread delivers them with a
+// blocking queued call so they arrive in order. writeLogFileWithMessage is
+// called on the step's own (worker) thread.
+class StepParent {
+public:
+    virtual ~StepParent() = default;
+
+    // The settings snapshot of the current run (read-only while it runs).
+    virtual const RunSettings& runSettings() const = 0;
+    // The output prefix of the moment; a run without input empties it after
+    // its first step.
+    virtual QString outputPrefix() const = 0;
+
+    virtual void setFilterInfoWithData(const QStringList& nameAndAuthor) = 0;
+    virtual void setSourceInfoWithSource(const QString& source) = 0;
+    virtual void setRenderInfoWithInfo(const QString& info) = 0;
+    virtual void collectForDeletionWithList(const QStringList& paths) = 0;
+
+    // Appends tool output to the run log, when one is open. Worker thread.
+    virtual void writeLogFileWithMessage(const QString& message) = 0;
+
+    // The object whose thread receives the reports; null delivers them
+    // directly on the calling thread.
+    virtual QObject* reportContext() = 0;
+};
+
+} // namespace quillon
