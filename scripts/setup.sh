@@ -43,4 +43,4 @@ quillon_build() {
 }
 
 quillon_install_packages
-quillon_build "$@"
+quillon_build

@@ -1,17 +1,65 @@
+#include "app/CliRun.h"
+
 #include <QCoreApplication>
-#include <QTextStream>
+#include <QSocketNotifier>
+#include <QTimer>
+
+#include <csignal>
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace {
+
+// Self-pipe: the signal handler only writes a byte; the notifier turns it
+// into an abort on the main thread.
+int g_signalPipe[2] = {-1, -1};
+
+void onTerminationSignal(int)
+{
+    const char byte = 1;
+    const ssize_t written = ::write(g_signalPipe[1], &byte, 1);
+    (void)written;
+}
+
+bool installTerminationHandlers()
+{
+    if (::pipe(g_signalPipe) != 0)
+        return false;
+    for (int fd : g_signalPipe) {
+        ::fcntl(fd, F_SETFD, FD_CLOEXEC);
+        ::fcntl(fd, F_SETFL, ::fcntl(fd, F_GETFL) | O_NONBLOCK);
+    }
+    struct sigaction action {};
+    action.sa_handler = onTerminationSignal;
+    sigemptyset(&action.sa_mask);
+    action.sa_flags = SA_RESTART;
+    return ::sigaction(SIGINT, &action, nullptr) == 0 && ::sigaction(SIGTERM, &action, nullptr) == 0;
+}
+
+} // namespace
 
 int main(int argc, char** argv)
 {
     QCoreApplication app(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("quillon-cli"));
     QCoreApplication::setApplicationVersion(QStringLiteral(QUILLON_VERSION));
-    QTextStream out(stdout);
-    const QStringList args = QCoreApplication::arguments();
-    if (args.contains(QStringLiteral("--version"))) {
-        out << "quillon-cli " << QUILLON_VERSION << "\n";
-        return 0;
+
+    quillon::CliRun run;
+    if (installTerminationHandlers()) {
+        auto* notifier = new QSocketNotifier(g_signalPipe[0], QSocketNotifier::Read, &app);
+        QObject::connect(notifier, &QSocketNotifier::activated, &run, [&run] {
+            char buffer[16];
+            while (::read(g_signalPipe[0], buffer, sizeof buffer) > 0) { }
+            run.requestAbort();
+        });
     }
-    out << "Usage: quillon-cli (--chain FILE | --filter DEFINITION...) --tool PATH --output DIR\n";
-    return args.contains(QStringLiteral("--help")) ? 0 : 2;
+
+    int code = quillon::kCliExitOk;
+    // Inside the event loop, so a signal during the run is seen at once.
+    QTimer::singleShot(0, &app, [&] {
+        code = run.exec(QCoreApplication::arguments());
+        QCoreApplication::exit(code);
+    });
+    app.exec();
+    return code;
 }

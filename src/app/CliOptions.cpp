@@ -1,0 +1,275 @@
+#include "app/CliOptions.h"
+
+#include <QCommandLineOption>
+#include <QCommandLineParser>
+
+#include <limits>
+#include <optional>
+#include <utility>
+
+namespace quillon {
+
+namespace {
+
+const QStringList kMapNames = {QStringLiteral("base"),    QStringLiteral("alpha"),   QStringLiteral("diffuse"),
+                               QStringLiteral("bump"),    QStringLiteral("normal"),  QStringLiteral("specstr"),
+                               QStringLiteral("specexp"), QStringLiteral("ao"),      QStringLiteral("ro"),
+                               QStringLiteral("metallic")};
+const QStringList kFormats = {QStringLiteral("JPEG"), QStringLiteral("PNG"), QStringLiteral("TIFF"),
+                              QStringLiteral("TGA"),  QStringLiteral("BMP"), QStringLiteral("EXR"),
+                              QStringLiteral("PFM")};
+
+struct SwitchFlag {
+    const char* name;
+    int RunSettings::* field;
+};
+
+const SwitchFlag kSwitches[] = {
+    {"antialias", &RunSettings::antiAlias},
+    {"multithread", &RunSettings::multithread},
+    {"dither", &RunSettings::dither},
+    {"progressive", &RunSettings::progressive},
+    {"normal-flip", &RunSettings::normalmapFlip},
+    {"jpeg-full-precision", &RunSettings::jpegFullPrecision},
+    {"png-transparency", &RunSettings::pngIncludeTrans},
+    {"tiff-transparency", &RunSettings::tiffIncludeTrans},
+    {"tiff-float", &RunSettings::tiffFloatFormat},
+    {"tga-transparency", &RunSettings::tgaIncludeTrans},
+    {"tga-flip", &RunSettings::tgaFlipOrder},
+};
+
+struct ChoiceFlag {
+    const char* name;
+    int RunSettings::* field;
+    QStringList choices; // the index is the stored code
+};
+
+const ChoiceFlag kChoices[] = {
+    {"frame-style",
+     &RunSettings::nameStyle,
+     {QStringLiteral("plain"), QStringLiteral("four-digit"), QStringLiteral("letter")}},
+    {"png-bitdepth", &RunSettings::pngBitDepth, {QStringLiteral("8"), QStringLiteral("16")}},
+    {"png-compression",
+     &RunSettings::pngCompression,
+     {QStringLiteral("none"), QStringLiteral("fast"), QStringLiteral("best")}},
+    {"tiff-bitdepth",
+     &RunSettings::tiffBitDepth,
+     {QStringLiteral("8"), QStringLiteral("16"), QStringLiteral("24")}},
+    {"tiff-compression",
+     &RunSettings::tiffCompression,
+     {QStringLiteral("none"), QStringLiteral("lzw"), QStringLiteral("deflate")}},
+    {"tga-bitdepth", &RunSettings::tgaBitDepth, {QStringLiteral("24"), QStringLiteral("32")}},
+};
+
+std::optional<qint64> wholeNumber(const QString& text)
+{
+    bool ok = false;
+    const qint64 value = text.trimmed().toLongLong(&ok);
+    return ok ? std::optional<qint64>(value) : std::nullopt;
+}
+
+// Lists bare words after a --filter as further --filter values, keeping the
+// order of all definitions.
+QStringList expandFilterLists(const QStringList& arguments)
+{
+    QStringList expanded;
+    bool inFilterList = false;
+    for (qsizetype i = 0; i < arguments.size(); ++i) {
+        const QString& argument = arguments.at(i);
+        if (i == 0) {
+            expanded.append(argument);
+            continue;
+        }
+        if (argument == QLatin1String("--filter") || argument == QLatin1String("-filter")) {
+            expanded.append(argument);
+            if (i + 1 < arguments.size())
+                expanded.append(arguments.at(++i));
+            inFilterList = true;
+        } else if (argument.startsWith(QLatin1String("--filter="))) {
+            expanded.append(argument);
+            inFilterList = true;
+        } else if (argument.startsWith(QLatin1Char('-'))) {
+            expanded.append(argument);
+            inFilterList = false;
+        } else if (inFilterList) {
+            expanded.append(QStringLiteral("--filter"));
+            expanded.append(argument);
+        } else {
+            expanded.append(argument);
+        }
+    }
+    return expanded;
+}
+
+void addOptions(QCommandLineParser& parser)
+{
+    const auto valued = [&parser](const char* name, const char* valueName, const char* help) {
+        parser.addOption(QCommandLineOption(QString::fromLatin1(name), QString::fromLatin1(help),
+                                            QString::fromLatin1(valueName)));
+    };
+    const auto flag = [&parser](const char* name, const char* help) {
+        parser.addOption(QCommandLineOption(QString::fromLatin1(name), QString::fromLatin1(help)));
+    };
+    valued("chain", "FILE", "Run the chain file FILE (.qlch).");
+    valued("filter", "DEFINITION", "Run these filter definitions (.ffxml), in the order given.");
+    valued("tool", "PATH", "The render tool executable.");
+    valued("output", "DIR", "The output directory (also holds the task files and the log).");
+    valued("input", "FILE", "Render one input image.");
+    valued("input-dir", "DIR", "Render every file under DIR (deep, hidden entries skipped).");
+    valued("frames", "N", "Frames per input (default 10).");
+    valued("width", "W", "Width without input (default 600).");
+    valued("height", "H", "Height without input (default 600).");
+    valued("prefix", "TEXT", "Output name prefix (default my-export).");
+    valued("frame-style", "STYLE", "Frame numbering: plain, four-digit or letter.");
+    valued("format", "FORMAT", "JPEG, PNG, TIFF, TGA, BMP, EXR or PFM (default JPEG).");
+    valued("preset", "K", "Zero-based preset index for every step (default 0).");
+    valued("maps", "LIST",
+           "Render maps (one-filter chains): base,alpha,diffuse,bump,normal,specstr,specexp,ao,ro,metallic.");
+    flag("log", "Write the tool's output to qlrn_logfile.txt in the output directory.");
+    valued("seed", "N", "Seed of the run's random values.");
+    for (const SwitchFlag& entry : kSwitches)
+        valued(entry.name, "on|off", "Switch.");
+    valued("jpeg-quality", "Q", "JPEG quality (default 80).");
+    for (const ChoiceFlag& entry : kChoices) {
+        if (QLatin1String(entry.name) != QLatin1String("frame-style"))
+            valued(entry.name, "VALUE", qPrintable(entry.choices.join(QLatin1Char('|'))));
+    }
+    valued("save-chain", "FILE", "Write the chain (with its advanced values) to FILE after the run.");
+    flag("help", "Show this help.");
+    flag("version", "Show the version.");
+}
+
+CliParseResult usageError(QString* error, const QString& message)
+{
+    if (error)
+        *error = message;
+    return CliParseResult::UsageError;
+}
+
+} // namespace
+
+QString cliUsageLine()
+{
+    return QStringLiteral("Usage: quillon-cli (--chain FILE | --filter DEFINITION...) --tool PATH --output DIR "
+                          "[--input FILE | --input-dir DIR] [options]; see --help");
+}
+
+QString cliHelpText()
+{
+    QCommandLineParser parser;
+    addOptions(parser);
+    parser.setApplicationDescription(QStringLiteral("Renders a filter chain in a batch through a render tool."));
+    return cliUsageLine() + QLatin1Char('\n') + parser.helpText().section(QLatin1Char('\n'), 1);
+}
+
+CliParseResult parseCliArguments(const QStringList& arguments, CliOptions* options, QString* error)
+{
+    QCommandLineParser parser;
+    parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
+    addOptions(parser);
+    if (!parser.parse(expandFilterLists(arguments)))
+        return usageError(error, parser.errorText());
+    if (parser.isSet(QStringLiteral("help")))
+        return CliParseResult::Help;
+    if (parser.isSet(QStringLiteral("version")))
+        return CliParseResult::Version;
+    if (!parser.positionalArguments().isEmpty())
+        return usageError(error, QStringLiteral("Unexpected argument: ") + parser.positionalArguments().first());
+
+    CliOptions result;
+    RunSettings& settings = result.settings;
+    const auto value = [&parser](const char* name) { return parser.value(QString::fromLatin1(name)); };
+    const auto isSet = [&parser](const char* name) { return parser.isSet(QString::fromLatin1(name)); };
+
+    result.chainFile = value("chain");
+    result.filterFiles = parser.values(QStringLiteral("filter"));
+    if (isSet("chain") && isSet("filter"))
+        return usageError(error, QStringLiteral("--chain and --filter cannot be combined"));
+    result.saveChainFile = value("save-chain");
+
+    settings.toolPath = value("tool");
+    settings.outputPath = value("output");
+    if (isSet("input") && isSet("input-dir"))
+        return usageError(error, QStringLiteral("--input and --input-dir cannot be combined"));
+    if (isSet("input")) {
+        settings.inputMode = 0;
+        settings.sourcePath = value("input");
+    } else if (isSet("input-dir")) {
+        settings.inputMode = 1;
+        settings.sourcePath = value("input-dir");
+    } else {
+        settings.inputMode = 2;
+    }
+
+    for (const char* name : {"frames", "width", "height", "jpeg-quality"}) {
+        if (isSet(name) && !wholeNumber(value(name)))
+            return usageError(error, QStringLiteral("--%1 needs a whole number").arg(QLatin1String(name)));
+    }
+    if (isSet("frames"))
+        settings.frameCountText = value("frames").trimmed();
+    if (isSet("width"))
+        settings.widthText = value("width").trimmed();
+    if (isSet("height"))
+        settings.heightText = value("height").trimmed();
+    if (isSet("jpeg-quality"))
+        settings.jpegQualityText = value("jpeg-quality").trimmed();
+    if (isSet("prefix"))
+        settings.outputPrefix = value("prefix");
+
+    if (isSet("format")) {
+        const QString format = value("format").toUpper();
+        if (!kFormats.contains(format))
+            return usageError(error, QStringLiteral("Unknown format: ") + value("format"));
+        settings.format = format;
+    }
+    if (isSet("preset")) {
+        const auto preset = wholeNumber(value("preset"));
+        if (!preset || *preset < 0 || *preset > std::numeric_limits<int>::max())
+            return usageError(error, QStringLiteral("--preset needs a preset index from 0"));
+        settings.presetIndex = static_cast<int>(*preset);
+        result.presetGiven = true;
+    }
+    if (isSet("maps")) {
+        settings.activateMaps = 1;
+        settings.mapBoxes.fill(0);
+        for (const QString& name : value("maps").split(QLatin1Char(','), Qt::SkipEmptyParts)) {
+            const qsizetype index = kMapNames.indexOf(name.trimmed().toLower());
+            if (index < 0)
+                return usageError(error, QStringLiteral("Unknown map kind: ") + name);
+            settings.mapBoxes[static_cast<size_t>(index)] = 1;
+        }
+    }
+    if (isSet("log"))
+        settings.toolLog = 1;
+    if (isSet("seed")) {
+        bool ok = false;
+        const quint64 seed = value("seed").trimmed().toULongLong(&ok);
+        if (!ok)
+            return usageError(error, QStringLiteral("--seed needs a non-negative whole number"));
+        settings.seed = seed;
+    }
+    for (const SwitchFlag& entry : kSwitches) {
+        if (!isSet(entry.name))
+            continue;
+        const QString state = value(entry.name).toLower();
+        if (state != QLatin1String("on") && state != QLatin1String("off"))
+            return usageError(error, QStringLiteral("--%1 takes on or off").arg(QLatin1String(entry.name)));
+        settings.*entry.field = state == QLatin1String("on") ? 1 : 0;
+    }
+    for (const ChoiceFlag& entry : kChoices) {
+        if (!isSet(entry.name))
+            continue;
+        const qsizetype code = entry.choices.indexOf(value(entry.name).toLower());
+        if (code < 0) {
+            return usageError(error, QStringLiteral("--%1 takes %2")
+                                         .arg(QLatin1String(entry.name), entry.choices.join(QLatin1Char('|'))));
+        }
+        settings.*entry.field = static_cast<int>(code);
+    }
+
+    if (options)
+        *options = std::move(result);
+    return CliParseResult::Run;
+}
+
+} // namespace quillon

@@ -1,0 +1,63 @@
+#pragma once
+
+#include "batch/BatchDisplay.h"
+#include "library/Record.h"
+
+#include <QObject>
+#include <QString>
+#include <QStringList>
+
+#include <atomic>
+
+namespace quillon {
+
+struct CliOptions;
+
+// Exit codes of quillon-cli.
+inline constexpr int kCliExitOk = 0;
+inline constexpr int kCliExitFailed = 2;      // a failed check, a bad flag, an unreadable chain
+inline constexpr int kCliExitInterrupted = 130; // SIGINT or SIGTERM
+
+// The command line's progress display: filter and source lines on standard
+// output (the controller prints the tool's output and the "deleted " lines
+// itself), alerts on standard error.
+class CliDisplay final : public BatchDisplay {
+public:
+    void showErrorAlert(const QString& message) override;
+    void beginProgressSheet() override { }
+    void endProgressSheet() override { }
+    void showFilterInfo(const QString& name, const QString& author) override;
+    void showSourceInfo(const QString& source) override;
+    void showRenderInfo(const QString& info) override { (void)info; }
+};
+
+// Builds the chain the options name: a chain file, or definitions read into
+// new records in the order given. False with *error on a file that cannot be
+// read.
+bool loadCliChain(const CliOptions& options, RecordList* chain, QString* error);
+// Writes the chain to a chain file and prints "Saveres=" with the outcome.
+bool saveCliChain(const QString& path, const RecordList& chain, QString* error);
+
+// One quillon-cli invocation: parse, check, run to the end, clean up.
+class CliRun final : public QObject {
+    Q_OBJECT
+public:
+    explicit CliRun(QObject* parent = nullptr);
+
+    // Runs with the controller on the calling thread's event loop and
+    // returns the exit code.
+    int exec(const QStringList& arguments);
+
+public Q_SLOTS:
+    // A termination request (SIGINT/SIGTERM): the run is aborted like the
+    // Abort button and ends with kCliExitInterrupted.
+    void requestAbort();
+
+Q_SIGNALS:
+    void abortRequested();
+
+private:
+    std::atomic<bool> m_interrupted{false};
+};
+
+} // namespace quillon

@@ -1,0 +1,87 @@
+#include "app/ui/DialogSeams.h"
+
+#include <QApplication>
+#include <QFileDialog>
+#include <QMessageBox>
+
+namespace quillon {
+
+FileDialogs& FileDialogs::instance()
+{
+    static FileDialogs dialogs;
+    return dialogs;
+}
+
+void FileDialogs::open(QWidget* parent, const FileDialogRequest& request,
+                       std::function<void(const QString&)> accepted)
+{
+    m_lastRequest = request;
+    if (m_next) {
+        const QString answer = *m_next;
+        m_next.reset();
+        if (!answer.isEmpty() && accepted)
+            accepted(answer);
+        return;
+    }
+
+    auto* dialog = new QFileDialog(parent);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->setWindowModality(Qt::WindowModal);
+    const QString title = !request.title.isEmpty() ? request.title : request.message;
+    if (!title.isEmpty())
+        dialog->setWindowTitle(title);
+    if (!request.prompt.isEmpty())
+        dialog->setLabelText(QFileDialog::Accept, request.prompt);
+    if (!request.nameFilter.isEmpty())
+        dialog->setNameFilter(request.nameFilter);
+    if (!request.defaultSuffix.isEmpty())
+        dialog->setDefaultSuffix(request.defaultSuffix);
+    if (request.mode == FileDialogRequest::Mode::Save) {
+        dialog->setAcceptMode(QFileDialog::AcceptSave);
+        dialog->setFileMode(QFileDialog::AnyFile);
+    } else {
+        dialog->setAcceptMode(QFileDialog::AcceptOpen);
+        dialog->setFileMode(request.canChooseDirectories && !request.canChooseFiles ? QFileDialog::Directory
+                                                                                    : QFileDialog::ExistingFile);
+        if (request.canChooseDirectories && !request.canChooseFiles)
+            dialog->setOption(QFileDialog::ShowDirsOnly);
+    }
+    dialog->setOption(QFileDialog::ReadOnly, !request.canCreateDirectories
+                                                 && request.mode == FileDialogRequest::Mode::Open);
+    QObject::connect(dialog, &QFileDialog::fileSelected, dialog, [accepted](const QString& path) {
+        if (accepted && !path.isEmpty())
+            accepted(path);
+    });
+    dialog->open();
+}
+
+MessageBoxes& MessageBoxes::instance()
+{
+    static MessageBoxes boxes;
+    return boxes;
+}
+
+void MessageBoxes::showError(QWidget* parent, const QString& message)
+{
+    if (m_recording) {
+        m_shown.append(message);
+        return;
+    }
+    QMessageBox box(parent);
+    box.setIcon(QMessageBox::Critical);
+    box.setText(QStringLiteral("Error:"));
+    box.setInformativeText(message);
+    box.addButton(QStringLiteral("OK"), QMessageBox::AcceptRole);
+    box.exec();
+}
+
+void MessageBoxes::beep()
+{
+    if (m_recording) {
+        ++m_beeps;
+        return;
+    }
+    QApplication::beep();
+}
+
+} // namespace quillon

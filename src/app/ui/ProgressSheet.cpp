@@ -1,0 +1,144 @@
+#include "app/ui/ProgressSheet.h"
+
+#include "ui_ProgressSheet.h"
+
+#include <QTimer>
+
+#include <algorithm>
+#include <limits>
+
+// The resources live in the static quillon_ui library; registering them
+// explicitly keeps the linker from dropping them.
+static void initQuillonResources()
+{
+    Q_INIT_RESOURCE(quillon);
+}
+
+namespace quillon {
+
+namespace {
+
+constexpr int kAnimationFrames = 6;
+
+int clampedRuns(qint64 runs)
+{
+    return static_cast<int>(std::clamp<qint64>(runs, 0, std::numeric_limits<int>::max()));
+}
+
+} // namespace
+
+ProgressSheet::ProgressSheet(QWidget* parent)
+    : QDialog(parent)
+    , m_ui(std::make_unique<Ui::ProgressSheet>())
+{
+    initQuillonResources();
+    m_ui->setupUi(this);
+    setWindowModality(Qt::WindowModal);
+    animArray = loadAnimationFrames();
+    if (!animArray.isEmpty())
+        m_ui->prAmination->setPixmap(animArray.first());
+
+    m_clockTimer = new QTimer(this);
+    m_clockTimer->setInterval(1000);
+    connect(m_clockTimer, &QTimer::timeout, this, &ProgressSheet::updateClock);
+    connect(m_ui->abortButton, &QPushButton::clicked, this, &ProgressSheet::abortRequested);
+}
+
+ProgressSheet::~ProgressSheet() = default;
+
+QList<QPixmap> ProgressSheet::loadAnimationFrames()
+{
+    initQuillonResources();
+    QList<QPixmap> frames;
+    for (int i = 0; i < kAnimationFrames; ++i)
+        frames.append(QPixmap(QStringLiteral(":/wobble/wobble0%1.png").arg(i)));
+    return frames;
+}
+
+int ProgressSheet::plannedToolRuns(int inputCount, int steps, qint64 frames)
+{
+    if (steps <= 0)
+        return 0;
+    const qint64 firstRuns = std::max(1, inputCount);
+    // A later step with nothing to read still runs the tool once.
+    const qint64 laterRuns = std::max<qint64>(1, firstRuns * std::max<qint64>(0, frames));
+    return clampedRuns(firstRuns + (steps - 1) * laterRuns);
+}
+
+void ProgressSheet::beginRun(int plannedRuns)
+{
+    m_planned = std::max(0, plannedRuns);
+    m_started = 0;
+    m_finished = false;
+    m_shownFrame = -1;
+    updateBar();
+    m_clock.start();
+    updateClock();
+    m_clockTimer->start();
+    open();
+}
+
+void ProgressSheet::endRun()
+{
+    m_clockTimer->stop();
+    updateClock();
+    if (isVisible())
+        done(QDialog::Accepted);
+}
+
+void ProgressSheet::finishRun()
+{
+    m_finished = true;
+    m_clockTimer->stop();
+    updateBar();
+}
+
+void ProgressSheet::showFilterInfo(const QString& name, const QString& author)
+{
+    m_ui->psFilterField->setText(name);
+    m_ui->prAuthorField->setText(author);
+}
+
+void ProgressSheet::showSourceInfo(const QString& source)
+{
+    m_ui->prSourceField->setText(source);
+    ++m_started;
+    updateBar();
+}
+
+void ProgressSheet::showRenderInfo(const QString& info)
+{
+    m_ui->prProgress->setText(info);
+}
+
+void ProgressSheet::showAnimationFrame(int frame)
+{
+    if (frame < 0 || frame >= animArray.size())
+        return;
+    m_shownFrame = frame;
+    m_ui->prAmination->setPixmap(animArray.at(frame));
+}
+
+void ProgressSheet::reject()
+{
+    // The sheet goes away only when the run ends; Escape means Abort.
+    Q_EMIT abortRequested();
+}
+
+void ProgressSheet::updateBar()
+{
+    // While a tool run is going, the runs before it are done.
+    const int done = m_finished ? m_started : std::max(0, m_started - 1);
+    const int maximum = std::max({1, m_planned, m_started});
+    m_ui->prRunProgress->setMaximum(maximum);
+    m_ui->prRunProgress->setValue(std::min(done, maximum));
+}
+
+void ProgressSheet::updateClock()
+{
+    const qint64 seconds = m_clock.isValid() ? m_clock.elapsed() / 1000 : 0;
+    m_ui->prElapsedField->setText(
+        QStringLiteral("%1:%2").arg(seconds / 60).arg(seconds % 60, 2, 10, QLatin1Char('0')));
+}
+
+} // namespace quillon

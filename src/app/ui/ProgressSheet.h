@@ -1,0 +1,77 @@
+#pragma once
+
+#include <QDialog>
+#include <QElapsedTimer>
+#include <QList>
+#include <QPixmap>
+
+#include <memory>
+
+class QTimer;
+
+namespace Ui {
+class ProgressSheet;
+} // namespace Ui
+
+namespace quillon {
+
+// The window-modal sheet shown while a batch runs: the running filter and its
+// author, the current source, the render tool's latest output, the animation,
+// a bar of tool runs done against tool runs planned, the elapsed time and the
+// Abort button. Closing it by Escape or the title bar asks for an abort.
+class ProgressSheet final : public QDialog {
+    Q_OBJECT
+public:
+    explicit ProgressSheet(QWidget* parent = nullptr);
+    ~ProgressSheet() override;
+
+    Ui::ProgressSheet* ui() const { return m_ui.get(); }
+
+    // The six animation frames wobble00..wobble05 from the resources, in order.
+    static QList<QPixmap> loadAnimationFrames();
+    // An estimate of the tool runs of a chain: the first step runs once per
+    // input (or once without input) and renders `frames` images each; every
+    // later step runs once per image of the step before.
+    static int plannedToolRuns(int inputCount, int steps, qint64 frames);
+
+    // Shows the sheet window-modal over its parent with the bar at 0 of
+    // `plannedRuns` and the clock at 0:00. The text fields keep what the
+    // previous run left until new reports arrive.
+    void beginRun(int plannedRuns);
+    // Hides the sheet and stops the clock; harmless when already hidden.
+    void endRun();
+    // The run is over: the bar shows every counted tool run as done.
+    void finishRun();
+
+    void showFilterInfo(const QString& name, const QString& author);
+    // A source marks the start of one tool run.
+    void showSourceInfo(const QString& source);
+    void showRenderInfo(const QString& info);
+    void showAnimationFrame(int frame);
+
+    int toolRunsStarted() const { return m_started; }
+    int toolRunsPlanned() const { return m_planned; }
+    // The frame last shown, -1 before the first tick of a run.
+    int shownFrame() const { return m_shownFrame; }
+
+Q_SIGNALS:
+    void abortRequested();
+
+public Q_SLOTS:
+    void reject() override;
+
+private:
+    void updateBar();
+    void updateClock();
+
+    std::unique_ptr<Ui::ProgressSheet> m_ui;
+    QList<QPixmap> animArray;
+    QTimer* m_clockTimer = nullptr;
+    QElapsedTimer m_clock;
+    int m_planned = 0;
+    int m_started = 0;
+    bool m_finished = false;
+    int m_shownFrame = -1;
+};
+
+} // namespace quillon

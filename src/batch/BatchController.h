@@ -1,0 +1,150 @@
+#pragma once
+
+#include "app/RunSettings.h"
+#include "library/Record.h"
+#include "step/StepParent.h"
+
+#include <QFile>
+#include <QList>
+#include <QObject>
+#include <QString>
+#include <QStringList>
+
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <vector>
+
+class QThread;
+class QTimer;
+
+namespace quillon {
+
+class BatchDisplay;
+class RunRandom;
+class filterProcessObject;
+
+// The batch run control: Start with its checks, the launch queue and its
+// worker thread, completion with the deletion of interim files, abort, the
+// step reports and the run log.
+//
+// Lives on one thread (the GUI thread in the window, the main thread in the
+// command line); every public function except writeLogFileWithMessage and
+// isAborted() is called there. The steps run on one worker thread per run
+// and report back with blocking queued calls, so reports arrive in order.
+class BatchController final : public QObject, public StepParent {
+    Q_OBJECT
+public:
+    // The run log's file name in the output directory and its title.
+    static const QString kLogFileName; // "qlrn_logfile.txt"
+    static const QString kLogTitle;    // "Quillon log"
+
+    explicit BatchController(BatchDisplay* display = nullptr, QObject* parent = nullptr);
+    // Aborts a run still going and waits for its wind-down.
+    ~BatchController() override;
+    Q_DISABLE_COPY_MOVE(BatchController)
+
+    void setDisplay(BatchDisplay* display) { m_display = display; }
+    BatchDisplay* display() const { return m_display; }
+
+    // Where the run's own standard output lines go (tool output, "deleted "
+    // lines, the log creation error); each call is one text without its line
+    // end. Default: written to stdout with a line end and flushed.
+    void setStandardOutput(std::function<void(const QString&)> sink);
+
+    // ---- Start, abort, completion (controller thread) --------------------
+    // Checks the settings and starts a run of `chain` (records shared with the
+    // caller: UseMaps/Maps are written into them and the value rule advances
+    // their parameters). Returns false when a check failed (the message went
+    // to showErrorAlert and to *error) or when a run or an aborted run's
+    // wind-down is still going (beep, *error set, nothing changed).
+    bool startBatchWithSender(const RecordList& chain, const RunSettings& settings, QString* error = nullptr);
+    // Stops the running step's tool and the worker; the run then winds down
+    // on its own and completes.
+    void abortProcessWithSender();
+    // The end of every run; called by the worker through a blocking call.
+    void operationComplete();
+
+    // True from a successful Start until operationComplete has run.
+    bool isRunning() const { return m_running; }
+    bool isAborted() const { return m_isAborted.load(); }
+
+    // ---- Pieces of Start, usable on their own ----------------------------
+    // Inputs for the snapshot's source path and input mode.
+    QStringList makesFilesArray() const;
+    // Every entry under `directory`, deep, files and subdirectories alike,
+    // skipping entries whose relative path begins with "."; sorted by path.
+    // Empty when the directory cannot be listed.
+    static QStringList loadImagesFromSourceFolder(const QString& directory);
+    // The name that names an input's outputs: photo.png gives photo;
+    // my.photo.png and photo stay whole.
+    static QString inputBaseName(const QString& path);
+
+    // ---- StepParent ------------------------------------------------------
+    const RunSettings& runSettings() const override { return m_settings; }
+    QString outputPrefix() const override { return m_outputPrefix; }
+    void setFilterInfoWithData(const QStringList& nameAndAuthor) override;
+    void setSourceInfoWithSource(const QString& source) override;
+    // Shows the text and prints it on standard output.
+    void setRenderInfoWithInfo(const QString& info) override;
+    // Appends the paths the run generated; anything outside the output
+    // directory, the output directory itself and the run's original inputs
+    // are refused.
+    void collectForDeletionWithList(const QStringList& paths) override;
+    // Worker thread: appends the text's UTF-8 bytes to the open log.
+    void writeLogFileWithMessage(const QString& message) override;
+    QObject* reportContext() override { return this; }
+
+    // ---- State, for the window and tests ---------------------------------
+    const QStringList& interimFiles() const { return m_interimFiles; }
+    bool dolog() const { return m_dolog; }
+    bool isLogOpen() const;
+    // The chain of the latest Start (shared records).
+    const RecordList& chain() const { return m_chain; }
+
+Q_SIGNALS:
+    void runStarted();
+    // Emitted at the end of operationComplete.
+    void runFinished(bool aborted);
+
+private:
+    using LaunchQueue = std::vector<std::unique_ptr<filterProcessObject>>;
+
+    bool failCheck(const QString& message, QString* error);
+    void openRunLog();
+    void closeRunLog();
+    void printLine(const QString& text) const;
+    void buildLaunchQueue();
+    // Worker thread.
+    void runLaunchQueue(LaunchQueue& queue);
+    // Runs `call` on the controller's thread and waits for it.
+    void callOnControllerThread(const std::function<void()>& call);
+    bool isDeletable(const QString& path) const;
+    void animationTimerLoopWithTimer();
+    void reapWorker();
+
+    BatchDisplay* m_display = nullptr;
+    std::function<void(const QString&)> m_standardOutput;
+
+    RecordList m_chain;
+    RunSettings m_settings;
+    QString m_outputPrefix;
+    QStringList m_interimFiles;
+    QStringList m_originalInputs; // canonical paths of the run's user inputs
+    QString m_canonicalOutputDir;
+    bool m_dolog = false;
+    std::unique_ptr<QFile> m_logfh;
+
+    std::atomic<bool> m_isAborted{false};
+    bool m_running = false;
+    filterProcessObject* m_runningFilter = nullptr; // touched on the controller thread only
+    std::unique_ptr<RunRandom> m_random;
+    QThread* m_worker = nullptr;
+    QList<QThread*> m_retiredWorkers; // past completion, not yet finished
+
+    QTimer* m_animTimer = nullptr;
+    int m_animState = 0;
+    int m_animDirection = 1;
+};
+
+} // namespace quillon

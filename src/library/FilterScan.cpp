@@ -1,0 +1,118 @@
+#include "library/FilterScan.h"
+
+#include "library/DefinitionReader.h"
+
+#include <QDir>
+#include <QDirIterator>
+#include <QFileInfo>
+#include <QCoreApplication>
+#include <QFutureWatcher>
+#include <QThreadPool>
+#include <QtConcurrent/QtConcurrentMap>
+#include <QtConcurrent/QtConcurrentRun>
+
+#include <algorithm>
+#include <utility>
+
+namespace quillon {
+
+namespace {
+
+// The library record of one file, or null when it is not a usable definition.
+RecordPtr readLibraryEntry(const QString& path)
+{
+    RecordPtr filterInfo = getFilterInfoWithPath(path);
+    if (!filterInfo->contains(key::name))
+        return nullptr;
+    filterInfo->setString(key::path, path);
+    return filterInfo;
+}
+
+// Scans wait on the global pool while it parses their files, so they run on
+// a pool of their own: were they on the global pool, two scans at once could
+// hold every global thread and wait forever for parses that never start.
+// The application waits for running scans as it shuts down, before the
+// global pool they parse on goes away.
+QThreadPool& scanPool()
+{
+    static QThreadPool* pool = [] {
+        auto* created = new QThreadPool;
+        qAddPostRoutine([] { FilterFetcher::waitForScans(); });
+        return created;
+    }();
+    return *pool;
+}
+
+} // namespace
+
+QStringList loadFilterNamesAndArrayWithPath(const QString& path)
+{
+    QStringList paths;
+    if (path.isEmpty())
+        return paths;
+    const QString root = QDir::cleanPath(QFileInfo(path).absoluteFilePath());
+    QDirIterator entries(root, QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden | QDir::System,
+                         QDirIterator::Subdirectories | QDirIterator::FollowSymlinks);
+    const QString extension = QStringLiteral(".ffxml");
+    while (entries.hasNext()) {
+        const QString entry = entries.next();
+        if (entry.endsWith(extension, Qt::CaseSensitive))
+            paths.append(entry);
+    }
+    return paths;
+}
+
+bool filterNameLessThan(const Record& left, const Record& right)
+{
+    return QString::compare(left.string(key::name), right.string(key::name), Qt::CaseSensitive) < 0;
+}
+
+RecordList scanFilterDirectory(const QString& path)
+{
+    const QStringList paths = loadFilterNamesAndArrayWithPath(path);
+    const RecordList read = QtConcurrent::blockingMapped<RecordList>(paths, readLibraryEntry);
+
+    // Sort on the names taken out once rather than looking them up per comparison.
+    std::vector<std::pair<QString, RecordPtr>> named;
+    named.reserve(read.size());
+    for (const RecordPtr& filterInfo : read) {
+        if (filterInfo)
+            named.emplace_back(filterInfo->string(key::name), filterInfo);
+    }
+    std::sort(named.begin(), named.end(), [](const auto& left, const auto& right) {
+        return QString::compare(left.first, right.first, Qt::CaseSensitive) < 0;
+    });
+
+    RecordList library;
+    library.reserve(named.size());
+    for (auto& entry : named)
+        library.push_back(std::move(entry.second));
+    return library;
+}
+
+FilterFetcher::FilterFetcher(QObject* parent)
+    : QObject(parent)
+{
+}
+
+FilterFetcher::~FilterFetcher() = default;
+
+void FilterFetcher::waitForScans()
+{
+    scanPool().waitForDone();
+}
+
+void FilterFetcher::launch(const QString& filterPath)
+{
+    // The watcher is a child: destroying the fetcher drops the pending
+    // hand-over, while the scan itself shares nothing with this object.
+    auto* watcher = new QFutureWatcher<RecordList>(this);
+    connect(watcher, &QFutureWatcher<RecordList>::finished, this, [this, watcher] {
+        const RecordList filters = watcher->result();
+        watcher->deleteLater();
+        Q_EMIT fetched(filters);
+    });
+    watcher->setFuture(QtConcurrent::run(&scanPool(), scanFilterDirectory, filterPath));
+}
+
+} // namespace quillon

@@ -1,0 +1,210 @@
+// The runner half of filterProcessObject: one tool run per input, the tool's
+// output, abort, and the reports to the controller.
+
+#include "step/FilterProcessObject.h"
+
+#include "step/StepParent.h"
+
+#include <QDeadlineTimer>
+#include <QElapsedTimer>
+#include <QFileInfo>
+#include <QMetaObject>
+#include <QObject>
+#include <QProcess>
+#include <QStringDecoder>
+#include <QThread>
+
+#include <utility>
+
+namespace quillon {
+
+namespace {
+
+// How long the worker waits for output before it looks at the abort flag.
+constexpr int kPollMilliseconds = 50;
+// How long a terminated tool gets to exit before it is killed.
+constexpr int kTerminateGraceMilliseconds = 3000;
+
+const QString kNoSource = QStringLiteral("<no source>");
+const QString kKilledMessage = QStringLiteral("The render tool did not stop; it was killed.");
+const QString kStartFailedMessage = QStringLiteral("Could not start the render tool: ");
+
+// Runs `report` on the controller's thread and waits, so reports arrive in
+// the order they were issued; directly when there is no other thread.
+template <typename Report>
+void deliver(StepParent* parent, Report&& report)
+{
+    if (!parent)
+        return;
+    QObject* context = parent->reportContext();
+    if (!context || context->thread() == QThread::currentThread()) {
+        report();
+        return;
+    }
+    QMetaObject::invokeMethod(context, std::forward<Report>(report), Qt::BlockingQueuedConnection);
+}
+
+// A chunk of tool output as shown: strict UTF-8 (an invalid chunk counts as
+// empty), trimmed at both ends.
+QString decodeChunk(const QByteArray& chunk)
+{
+    QStringDecoder decoder(QStringConverter::Utf8, QStringConverter::Flag::Stateless);
+    const QString text = decoder.decode(chunk);
+    if (decoder.hasError())
+        return {};
+    return text.trimmed();
+}
+
+} // namespace
+
+void filterProcessObject::runSeries()
+{
+    if (isAborted.load())
+        return;
+    showSetupInfo();
+    if (inFiles.isEmpty()) {
+        passOnSourceInfoWithData(kNoSource);
+        runEmpty();
+    } else {
+        runOnSources();
+    }
+}
+
+void filterProcessObject::showSetupInfo()
+{
+    const QString name = filterData ? filterData->string(key::name) : QString();
+    const QString author = filterData ? filterData->string(key::author) : QString();
+    passOnFilterInfoWithData({name, author});
+}
+
+void filterProcessObject::runOnSources()
+{
+    for (qsizetype i = 0; i < inFiles.size(); ++i) {
+        if (i > 0 && isAborted.load())
+            break;
+        const QString input = inFiles.at(i);
+        passOnSourceInfoWithData(QFileInfo(input).fileName());
+        runFilterOn(input, i < originalFileNames.size() ? originalFileNames.at(i) : QString());
+    }
+}
+
+void filterProcessObject::runEmpty()
+{
+    toolTask = std::make_unique<QProcess>();
+    toolTask->setProgram(toolPath);
+    toolTask->setArguments({createBatchFileNoFile()});
+    captureStandardOutputAndRouteToTextView(*toolTask);
+}
+
+void filterProcessObject::runFilterOn(const QString& inputPath, const QString& outfile)
+{
+    toolTask = std::make_unique<QProcess>();
+    toolTask->setProgram(toolPath);
+    // The task files are written before the tool starts.
+    toolTask->setArguments({createBatchFileWithFilepath(inputPath, outfile)});
+    captureStandardOutputAndRouteToTextView(*toolTask);
+}
+
+// Starts the prepared tool run, routes its standard output to the progress
+// line and the log while it runs, and waits for it to exit; then hands the
+// run's files over. Worker thread only: the process is created, read and
+// terminated here.
+void filterProcessObject::captureStandardOutputAndRouteToTextView(QProcess& task)
+{
+    task.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    task.setInputChannelMode(QProcess::ForwardedInputChannel);
+    task.setReadChannel(QProcess::StandardOutput);
+
+    const auto routeAvailableOutput = [this, &task] {
+        const QByteArray chunk = task.readAllStandardOutput();
+        if (chunk.isEmpty())
+            return;
+        const QString text = decodeChunk(chunk);
+        if (text.isEmpty())
+            return;
+        passOnRenderInfoWithData(text);
+        if (parent)
+            parent->writeLogFileWithMessage(text);
+    };
+
+    task.start(QIODevice::ReadOnly);
+    if (!task.waitForStarted(-1)) {
+        const QString message = kStartFailedMessage + task.errorString();
+        passOnRenderInfoWithData(message);
+        if (parent)
+            parent->writeLogFileWithMessage(message);
+    } else {
+        bool terminated = false;
+        bool killed = false;
+        QDeadlineTimer killDeadline;
+        while (task.state() != QProcess::NotRunning) {
+            if (isAborted.load() && !terminated) {
+                task.terminate();
+                terminated = true;
+                killDeadline.setRemainingTime(kTerminateGraceMilliseconds);
+            }
+            if (terminated && !killed && killDeadline.hasExpired()) {
+                task.kill();
+                killed = true;
+                passOnRenderInfoWithData(kKilledMessage);
+            }
+            if (task.bytesAvailable() > 0) {
+                routeAvailableOutput();
+                continue;
+            }
+            QElapsedTimer waited;
+            waited.start();
+            if (task.waitForReadyRead(kPollMilliseconds)) {
+                routeAvailableOutput();
+                continue;
+            }
+            // A quick false means the tool closed its output but still runs:
+            // wait for the exit instead of spinning.
+            if (task.state() != QProcess::NotRunning && waited.elapsed() < kPollMilliseconds / 2)
+                task.waitForFinished(kPollMilliseconds);
+        }
+        task.waitForFinished(-1);
+        // What the tool wrote just before it exited.
+        routeAvailableOutput();
+    }
+
+    // The inputs of a later step are interim outputs of the step before.
+    if (!isFirst && !inFiles.isEmpty())
+        taskIsDoneWithData(inFiles);
+    const QStringList finishedFiles = filesToRemove;
+    taskIsDoneWithData(finishedFiles);
+}
+
+void filterProcessObject::abortAction()
+{
+    // The worker sees the flag while it waits and terminates the tool itself.
+    isAborted.store(true);
+}
+
+void filterProcessObject::passOnFilterInfoWithData(const QStringList& nameAndAuthor)
+{
+    StepParent* target = parent;
+    deliver(parent, [target, nameAndAuthor] { target->setFilterInfoWithData(nameAndAuthor); });
+}
+
+void filterProcessObject::passOnSourceInfoWithData(const QString& source)
+{
+    StepParent* target = parent;
+    deliver(parent, [target, source] { target->setSourceInfoWithSource(source); });
+}
+
+void filterProcessObject::passOnRenderInfoWithData(const QString& info)
+{
+    StepParent* target = parent;
+    deliver(parent, [target, info] { target->setRenderInfoWithInfo(info); });
+}
+
+void filterProcessObject::taskIsDoneWithData(const QStringList& paths)
+{
+    if (paths.isEmpty())
+        return;
+    StepParent* target = parent;
+    deliver(parent, [target, paths] { target->collectForDeletionWithList(paths); });
+}
+
+} // namespace quillon

@@ -1,0 +1,579 @@
+// The task-file writers of filterProcessObject: the control file, the run
+// files (ordinary and map tasks), the option blocks and the output names.
+
+#include "step/FilterProcessObject.h"
+
+#include "app/RunSettings.h"
+#include "step/StepParent.h"
+#include "step/XmlFiles.h"
+
+#include <QStringView>
+
+#include <algorithm>
+#include <cstring>
+#include <optional>
+#include <string>
+#include <unordered_map>
+
+namespace quillon {
+
+namespace {
+
+const char* const kControlFileName = "controlfile.xml";
+
+QString joinPath(const QString& directory, const QString& name)
+{
+    if (directory.isEmpty())
+        return name;
+    if (directory.endsWith(QLatin1Char('/')))
+        return directory + name;
+    return directory + QLatin1Char('/') + name;
+}
+
+void setAttribute(pugi::xml_node element, const char* name, const QString& value)
+{
+    element.append_attribute(name).set_value(value.toUtf8().constData());
+}
+
+// Removes the attribute and appends it again, so it ends up last.
+void rewriteAttribute(pugi::xml_node element, const char* name, const QString& value)
+{
+    element.remove_attribute(name);
+    setAttribute(element, name, value);
+}
+
+// An option element: `name` with the one attribute value="...".
+void appendOption(pugi::xml_node parent, const char* name, const QString& value)
+{
+    setAttribute(parent.append_child(name), "value", value);
+}
+
+// The last child element of that name (a later duplicate wins).
+pugi::xml_node lastChildNamed(pugi::xml_node parent, const char* name)
+{
+    pugi::xml_node found;
+    for (pugi::xml_node child = parent.first_child(); child; child = child.next_sibling()) {
+        if (child.type() == pugi::node_element && std::strcmp(child.name(), name) == 0)
+            found = child;
+    }
+    return found;
+}
+
+// The element child at `index`, counting elements only; null beyond the end.
+pugi::xml_node elementChildAt(pugi::xml_node parent, qint64 index)
+{
+    if (index < 0)
+        return {};
+    qint64 i = 0;
+    for (pugi::xml_node child = parent.first_child(); child; child = child.next_sibling()) {
+        if (child.type() != pugi::node_element)
+            continue;
+        if (i++ == index)
+            return child;
+    }
+    return {};
+}
+
+QString runFilePath(const filterProcessObject& step, qint64 index)
+{
+    return joinPath(step.outPath, QStringLiteral("bth-run-%1.ffxml").arg(index));
+}
+
+// Task, Image, Selection: the start of every task.
+pugi::xml_node beginTask(const filterProcessObject& step, pugi::xml_node tasks, const QString& imagepath)
+{
+    pugi::xml_node task = tasks.append_child("Task");
+    pugi::xml_node image = task.append_child("Image");
+    setAttribute(image, "value", imagepath);
+    setAttribute(image, "width", step.settings().widthText);
+    setAttribute(image, "height", step.settings().heightText);
+    setAttribute(task.append_child("Selection"), "value", QString());
+    return task;
+}
+
+// Result and Preset, after the output name has been recorded.
+void appendResultAndPreset(pugi::xml_node task, const QString& resultPath)
+{
+    setAttribute(task.append_child("Result"), "path", resultPath);
+    appendOption(task, "Preset", QStringLiteral("0"));
+}
+
+// Names an ordinary task's output and records it in outFiles (and, where the
+// next steps need it, realFileNames). Returns the output's full path.
+QString nameOrdinaryOutput(filterProcessObject& step, qint64 index, const QString& outfile)
+{
+    const QString prefix = step.parent->outputPrefix();
+    const QString suffix = step.getFileSuffixFor(index);
+    const QString ext = step.getSelectedFileExtension();
+    QString name;
+    if (outfile.isEmpty()) {
+        name = QStringLiteral("NX_") + prefix + suffix + ext;
+        step.realFileNames.append(prefix + suffix + ext);
+    } else {
+        const QString base = filterProcessObject::makeBaseNameFromPathWithPath(outfile);
+        if (!step.isLast)
+            name = prefix + base + QLatin1Char('_') + QString::number(step.chainid) + suffix + ext;
+        else if (step.isFirst)
+            name = prefix + base + suffix + ext;
+        else
+            name = prefix + base + ext;
+        if (step.isFirst)
+            step.realFileNames.append(prefix + base + suffix + ext);
+    }
+    const QString full = joinPath(step.outPath, name);
+    step.outFiles.append(full);
+    return full;
+}
+
+QString nameMapOutput(filterProcessObject& step, qint64 index, const QString& outfile, qint64 mapindex)
+{
+    const QString prefix = step.parent->outputPrefix();
+    const QString suffix = step.getFileSuffixFor(index);
+    const QString map = filterProcessObject::getMapNameWithMapindex(mapindex);
+    const QString ext = step.getSelectedFileExtension();
+    const QString base
+        = outfile.isEmpty() ? QString() : filterProcessObject::makeBaseNameFromPathWithPath(outfile);
+    const QString name = prefix + base + suffix + map + ext;
+    step.realFileNames.append(name);
+    const QString full = joinPath(step.outPath, name);
+    step.outFiles.append(full);
+    return full;
+}
+
+void reportUnusableDefinition(const QString& path, const QString& reason)
+{
+    printConsoleLine(QStringLiteral("Could not use filter definition %1: %2").arg(path, reason));
+}
+
+// Why the preset at `index` of the document cannot be taken, or an empty
+// string when it can.
+QString presetProblem(pugi::xml_node root, qint64 index)
+{
+    const pugi::xml_node presets = root.child("Presets");
+    if (!presets)
+        return QStringLiteral("it has no Presets element");
+    if (!elementChildAt(presets, index))
+        return QStringLiteral("it has no preset at index %1").arg(index);
+    return {};
+}
+
+// The new value of one parameter, written where its kind belongs.
+void writeParameterValue(controlType kind, const QVariant& value, pugi::xml_node control)
+{
+    QString text;
+    const char* target = "Value";
+    switch (kind) {
+    case controlType::kTypeSlider:
+    case controlType::kTypeAngle:
+        text = QString::asprintf("%0.3f", value.toDouble());
+        break;
+    case controlType::kTypeIntSlider:
+        text = QString::number(value.toLongLong());
+        break;
+    case controlType::kTypeCheckbox:
+        text = value.toLongLong() > 0 ? QStringLiteral("true") : QStringLiteral("false");
+        target = "Checked";
+        break;
+    case controlType::kTypeVariations:
+        return;
+    }
+    for (pugi::xml_node child = control.first_child(); child; child = child.next_sibling()) {
+        if (child.type() != pugi::node_element)
+            continue;
+        const bool isValue = std::strcmp(child.name(), "Value") == 0;
+        const bool isChecked = std::strcmp(child.name(), "Checked") == 0;
+        if (!isValue && !isChecked)
+            continue;
+        child.remove_attribute("value");
+        if (std::strcmp(child.name(), target) == 0)
+            setAttribute(child, "value", text);
+    }
+}
+
+// Advances every parameter of the filter by one task and writes the values
+// into the preset's Settings and Controls.
+void applyParameters(filterProcessObject& step, pugi::xml_node settingsNode, pugi::xml_node controls)
+{
+    const RecordListPtr components = step.filterData->list(key::Components);
+    if (!components)
+        return;
+    const std::optional<double> frames = step.settings().frameCountReal();
+    // Controls by id, the first element of each id; built only when needed.
+    std::unordered_map<std::string, pugi::xml_node> byId;
+    bool indexed = false;
+    for (const RecordPtr& parameter : *components) {
+        if (!parameter)
+            continue;
+        const QVariant value = nextVariationValue(*parameter, frames, step.randomDraw);
+        if (!value.isValid())
+            continue;
+        const std::optional<controlType> kind = parameter->type();
+        if (!kind)
+            continue;
+        if (*kind == controlType::kTypeVariations) {
+            rewriteAttribute(settingsNode, "variation", QString::number(value.toLongLong()));
+            continue;
+        }
+        if (!indexed) {
+            for (pugi::xml_node control = controls.first_child(); control; control = control.next_sibling()) {
+                if (control.type() == pugi::node_element)
+                    byId.try_emplace(control.attribute("id").value(), control);
+            }
+            indexed = true;
+        }
+        const auto found = byId.find(parameter->string(key::CONTROL_ID).toStdString());
+        if (found != byId.end())
+            writeParameterValue(*kind, value, found->second);
+    }
+}
+
+// Serialises `document` to the run file of task `index`, records it and
+// appends the task's Filter element.
+bool writeRunFile(filterProcessObject& step, pugi::xml_document& document, qint64 index, pugi::xml_node task,
+    QString* error)
+{
+    const QString path = runFilePath(step, index);
+    step.filesToRemove.append(path);
+    appendOption(task, "Filter", path);
+    if (!writeFileAtomically(path, serializeXml(document))) {
+        printConsoleLine(QStringLiteral("HILFE!! - Could not create runfile."));
+        if (error)
+            *error = QStringLiteral("-1");
+        return false;
+    }
+    return true;
+}
+
+// The run file of a frame's first (or only) task: the definition with the
+// chosen preset and this task's values; map tasks also set map_type.
+bool writeDefinitionRunFile(filterProcessObject& step, qint64 index, std::optional<qint64> mapindex,
+    pugi::xml_node task, QString* error)
+{
+    if (!step.filterData) {
+        if (error)
+            *error = QStringLiteral("the step has no filter record");
+        return false;
+    }
+    const QString definition = step.filterData->string(key::path);
+    pugi::xml_document document;
+    if (!loadXmlFile(document, definition, error))
+        return false;
+    const pugi::xml_node root = document.document_element();
+    const QString problem = presetProblem(root, step.settings().presetIndex);
+    if (!problem.isEmpty()) {
+        reportUnusableDefinition(definition, problem);
+        if (error)
+            *error = problem;
+        return false;
+    }
+    const pugi::xml_node preset = step.getPresetFromRootWithRoot(root);
+    const pugi::xml_node settingsNode = lastChildNamed(preset, "Settings");
+    const pugi::xml_node controls = lastChildNamed(preset, "Controls");
+    if (!settingsNode || !controls) {
+        const QString reason
+            = QStringLiteral("its preset %1 has no %2 element")
+                  .arg(step.settings().presetIndex)
+                  .arg(settingsNode ? QStringLiteral("Controls") : QStringLiteral("Settings"));
+        reportUnusableDefinition(definition, reason);
+        if (error)
+            *error = reason;
+        return false;
+    }
+    if (mapindex)
+        rewriteAttribute(settingsNode, "map_type", QString::number(*mapindex));
+    applyParameters(step, settingsNode, controls);
+    filterProcessObject::setPresetWithPreset(preset, root);
+    return writeRunFile(step, document, index, task, error);
+}
+
+} // namespace
+
+// ---- Control file ---------------------------------------------------------
+
+QString filterProcessObject::createBatchFileWithFilepath(const QString& filepath, const QString& out)
+{
+    pugi::xml_document document;
+    pugi::xml_node tasks = document.append_child("Tasks");
+
+    const qint64 count = isFirst ? std::max<qint64>(settings().frameCount(), 0) : 1;
+    filesToRemove = QStringList();
+
+    const bool useMaps = isFirst && filterData && filterData->boolean(key::UseMaps);
+    const QList<qint64> maps = useMaps ? filterData->integers(key::Maps) : QList<qint64>();
+    // With maps on and none chosen there is no task at all, whatever the count.
+    const qint64 frames = useMaps && maps.isEmpty() ? 0 : count;
+
+    qint64 k = 0;
+    QString error;
+    for (qint64 f = 0; f < frames; ++f) {
+        if (useMaps) {
+            for (qsizetype m = 0; m < maps.size(); ++m, ++k) {
+                if (!createTaskSettingMapsWithIndex(k, filepath, out, maps[m], m == 0, &error, tasks))
+                    return {};
+            }
+        } else if (!createTaskSettingFor(f, filepath, out, &error, tasks)) {
+            return {};
+        }
+    }
+    createGlobalSettings(tasks);
+
+    const QString target = joinPath(outPath, QString::fromLatin1(kControlFileName));
+    filesToRemove.append(target);
+    if (!writeFileAtomically(target, serializeXml(document))) {
+        printConsoleLine(QStringLiteral("HILFE!! - Could not create controlfile"));
+        return {};
+    }
+    return target;
+}
+
+QString filterProcessObject::createBatchFileNoFile()
+{
+    return createBatchFileWithFilepath(QString(), QString());
+}
+
+// ---- Rendering and format options ----------------------------------------
+
+pugi::xml_node filterProcessObject::createGlobalSettings(pugi::xml_node parent) const
+{
+    pugi::xml_node global = parent.append_child("GlobalSettings");
+    createRenderOptions(global);
+    createBitmapFormatOptions(global);
+    return global;
+}
+
+pugi::xml_node filterProcessObject::createRenderOptions(pugi::xml_node parent) const
+{
+    const RunSettings& s = settings();
+    pugi::xml_node options = parent.append_child("RenderingOptions");
+    appendOption(options, "UseMultithreading", stringFromCheckbox(s.multithread));
+    appendOption(options, "Dither", stringFromCheckbox(s.dither));
+    appendOption(options, "Progressive", stringFromCheckbox(s.progressive));
+    appendOption(options, "OptimizeBlurs", QStringLiteral("true"));
+    appendOption(options, "AntiAliasBitmapComponentSources", stringFromCheckbox(s.antiAlias));
+    appendOption(options, "Jitter", QStringLiteral("0"));
+    appendOption(options, "TemporaryFilesLocation", QString());
+    appendOption(options, "RAMUsageLimit", QStringLiteral("60"));
+    appendOption(options, "NormalMapFlipY", stringFromCheckbox(s.normalmapFlip));
+    return options;
+}
+
+pugi::xml_node filterProcessObject::createBitmapFormatOptions(pugi::xml_node parent) const
+{
+    const RunSettings& s = settings();
+    pugi::xml_node options = parent.append_child("BitmapFormatOptions");
+    appendOption(options, "DefaultFormat", getSelectedFormatText());
+
+    pugi::xml_node jpg = options.append_child("JPG");
+    appendOption(jpg, "Quality", s.jpegQualityText);
+    appendOption(jpg, "FullPrecision", stringFromCheckbox(s.jpegFullPrecision));
+
+    pugi::xml_node png = options.append_child("PNG");
+    appendOption(png, "BitDepth", getPNGBitDepth(s.pngBitDepth));
+    appendOption(png, "IncludeTransparency", stringFromCheckbox(s.pngIncludeTrans));
+    appendOption(png, "ImageCompression", getPNGCompression(s.pngCompression));
+
+    pugi::xml_node tif = options.append_child("TIF");
+    appendOption(tif, "BitDepth", getTIFFBitDepth(s.tiffBitDepth));
+    appendOption(tif, "IncludeTransparency", stringFromCheckbox(s.tiffIncludeTrans));
+    appendOption(tif, "FloatFormat", stringFromCheckbox(s.tiffFloatFormat));
+    appendOption(tif, "ImageCompression", getTIFFCompression(s.tiffCompression));
+
+    pugi::xml_node tga = options.append_child("TGA");
+    appendOption(tga, "BitDepth", getTGABitDepth(s.tgaBitDepth));
+    appendOption(tga, "IncludeTransparency", stringFromCheckbox(s.tgaIncludeTrans));
+    appendOption(tga, "FlipRowOrder", stringFromCheckbox(s.tgaFlipOrder));
+
+    pugi::xml_node bmp = options.append_child("BMP");
+    appendOption(bmp, "BitDepth", QStringLiteral("32"));
+    appendOption(bmp, "FlipRowOrder", QStringLiteral("false"));
+
+    pugi::xml_node exr = options.append_child("EXR");
+    appendOption(exr, "BitDepth", QStringLiteral("32"));
+    appendOption(exr, "FlipRowOrder", QStringLiteral("false"));
+    appendOption(exr, "IncludeTransparency", QStringLiteral("true"));
+    appendOption(exr, "ImageCompression", QStringLiteral("PIZ"));
+
+    options.append_child("PFM");
+    return options;
+}
+
+QString filterProcessObject::stringFromCheckbox(int state)
+{
+    if (state == 1)
+        return QStringLiteral("true");
+    if (state == 0)
+        return QStringLiteral("false");
+    return QStringLiteral("unknown");
+}
+
+QString filterProcessObject::getSelectedFormatText() const
+{
+    const QString& format = settings().format;
+    // No format chosen: the window's first tab.
+    return format.isEmpty() ? QStringLiteral("JPEG") : format;
+}
+
+QString filterProcessObject::getSelectedFileExtension() const
+{
+    return QLatin1Char('.') + getSelectedFormatText().toLower();
+}
+
+// ---- Run files --------------------------------------------------------------
+
+pugi::xml_node filterProcessObject::createTaskSettingFor(
+    qint64 index, const QString& imagepath, const QString& outfile, QString* error, pugi::xml_node tasks)
+{
+    pugi::xml_node task = beginTask(*this, tasks, imagepath);
+    appendResultAndPreset(task, nameOrdinaryOutput(*this, index, outfile));
+    if (!writeDefinitionRunFile(*this, index, std::nullopt, task, error)) {
+        tasks.remove_child(task);
+        return {};
+    }
+    return task;
+}
+
+pugi::xml_node filterProcessObject::createTaskSettingMapsWithIndex(qint64 index, const QString& imagepath,
+    const QString& outfile, qint64 mapindex, bool first, QString* error, pugi::xml_node tasks)
+{
+    if (!first)
+        return copyAndChangeRunFileWithIndex(index, mapindex, imagepath, outfile, error, tasks);
+    pugi::xml_node task = beginTask(*this, tasks, imagepath);
+    appendResultAndPreset(task, nameMapOutput(*this, index, outfile, mapindex));
+    if (!writeDefinitionRunFile(*this, index, mapindex, task, error)) {
+        tasks.remove_child(task);
+        return {};
+    }
+    lastRunURL = runFilePath(*this, index);
+    return task;
+}
+
+pugi::xml_node filterProcessObject::copyAndChangeRunFileWithIndex(qint64 index, qint64 mapindex,
+    const QString& imagepath, const QString& outfile, QString* error, pugi::xml_node tasks)
+{
+    pugi::xml_node task = beginTask(*this, tasks, imagepath);
+    appendResultAndPreset(task, nameMapOutput(*this, index, outfile, mapindex));
+
+    const auto fail = [&] {
+        tasks.remove_child(task);
+        return pugi::xml_node();
+    };
+    pugi::xml_document document;
+    if (!loadXmlFile(document, lastRunURL, error))
+        return fail();
+    const pugi::xml_node root = document.document_element();
+    const pugi::xml_node preset = getPresetFromRootCopyWithRoot(root);
+    const pugi::xml_node settingsNode = lastChildNamed(preset, "Settings");
+    if (!settingsNode) {
+        const QString reason = preset ? QStringLiteral("its preset has no Settings element")
+                                      : QStringLiteral("it has no preset");
+        reportUnusableDefinition(lastRunURL, reason);
+        if (error)
+            *error = reason;
+        return fail();
+    }
+    rewriteAttribute(settingsNode, "map_type", QString::number(mapindex));
+    setPresetWithPreset(preset, root);
+    if (!writeRunFile(*this, document, index, task, error))
+        return fail();
+    return task;
+}
+
+pugi::xml_node filterProcessObject::getPresetFromRootWithRoot(pugi::xml_node root) const
+{
+    const pugi::xml_node preset = elementChildAt(root.child("Presets"), settings().presetIndex);
+    return preset ? makeDefaultPresetFromPreset(preset) : pugi::xml_node();
+}
+
+pugi::xml_node filterProcessObject::getPresetFromRootCopyWithRoot(pugi::xml_node root) const
+{
+    const pugi::xml_node preset = elementChildAt(root.child("Presets"), 0);
+    return preset ? makeDefaultPresetFromPreset(preset) : pugi::xml_node();
+}
+
+pugi::xml_node filterProcessObject::makeDefaultPresetFromPreset(pugi::xml_node preset)
+{
+    if (!preset)
+        return {};
+    // The new element waits at document level until setPresetWithPreset
+    // moves it into Presets; a pugixml node always belongs to a document.
+    pugi::xml_node wrapped = preset.root().append_child("DefaultPreset");
+    while (pugi::xml_node child = preset.first_child())
+        wrapped.append_move(child);
+    return wrapped;
+}
+
+void filterProcessObject::setPresetWithPreset(pugi::xml_node preset, pugi::xml_node root)
+{
+    pugi::xml_node presets = root.child("Presets");
+    if (!presets) {
+        printConsoleLine(QStringLiteral("Replace preset failed!"));
+        return;
+    }
+    while (pugi::xml_node child = presets.first_child())
+        presets.remove_child(child);
+    presets.append_move(preset);
+}
+
+// ---- Output names -------------------------------------------------------------
+
+QString filterProcessObject::getFileSuffixFor(qint64 index) const
+{
+    switch (settings().nameStyle) {
+    case 0:
+        return QLatin1Char('-') + QString::number(index + 1);
+    case 1:
+        return QString::asprintf("-%04lld", static_cast<long long>(index + 1));
+    case 2: {
+        const qint64 code = 97 + index;
+        const bool valid = code >= 0 && code <= 0x10FFFF && !(code >= 0xD800 && code <= 0xDFFF);
+        if (!valid) // past the last character: fall back to the plain number
+            return QLatin1Char('-') + QString::number(index + 1);
+        const char32_t character = static_cast<char32_t>(code);
+        return QLatin1Char('-') + QString::fromUcs4(&character, 1);
+    }
+    default:
+        return {};
+    }
+}
+
+QString filterProcessObject::makeBaseNameFromPathWithPath(const QString& path)
+{
+    QStringView component(path);
+    while (component.size() > 1 && component.endsWith(QLatin1Char('/')))
+        component.chop(1);
+    const qsizetype slash = component.lastIndexOf(QLatin1Char('/'));
+    if (slash >= 0 && component.size() > 1)
+        component = component.mid(slash + 1);
+    const qsizetype dot = component.indexOf(QLatin1Char('.'));
+    if (dot >= 0 && component.indexOf(QLatin1Char('.'), dot + 1) < 0)
+        return component.left(dot).toString();
+    return component.toString();
+}
+
+QString filterProcessObject::getMapNameWithMapindex(qint64 mapindex)
+{
+    switch (mapindex) {
+    case 1:
+        return QStringLiteral("_alpha");
+    case 2:
+        return QStringLiteral("_diffuse");
+    case 3:
+        return QStringLiteral("_bump");
+    case 4:
+        return QStringLiteral("_normal");
+    case 5:
+        return QStringLiteral("_specstr");
+    case 6:
+        return QStringLiteral("_specexp");
+    case 7:
+        return QStringLiteral("_ao");
+    case 8:
+        return QStringLiteral("_ro");
+    case 9:
+        return QStringLiteral("_metallic");
+    default:
+        return QStringLiteral("_base");
+    }
+}
+
+} // namespace quillon

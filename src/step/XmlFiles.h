@@ -1,0 +1,25 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+#include <pugixml.hpp>
+
+namespace quillon {
+
+// Reads an XML file with pugixml's default (forgiving) parse options. On
+// failure returns false and, when `error` is given, says why.
+bool loadXmlFile(pugi::xml_document& document, const QString& path, QString* error = nullptr);
+
+// Serialises a document with a leading declaration (version "1.0", encoding
+// "UTF-8"), two-space indentation and self-closing empty elements. Any
+// declaration already in the document is replaced.
+QByteArray serializeXml(pugi::xml_document& document);
+
+// Writes `bytes` to `path` atomically (temporary file, then rename).
+bool writeFileAtomically(const QString& path, const QByteArray& bytes, QString* error = nullptr);
+
+// One line on standard output, flushed at once.
+void printConsoleLine(const QString& line);
+
+} // namespace quillon

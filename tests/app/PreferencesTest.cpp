@@ -1,0 +1,156 @@
+#include "app/DemoProfile.h"
+#include "app/Preferences.h"
+
+#include <QDir>
+#include <QFile>
+#include <QSet>
+#include <QSettings>
+#include <QTemporaryDir>
+#include <gtest/gtest.h>
+
+namespace quillon {
+namespace {
+
+class PreferencesTest : public ::testing::Test {
+protected:
+    QString storePath() const { return m_dir.filePath(QStringLiteral("prefs.conf")); }
+
+    QTemporaryDir m_dir;
+};
+
+TEST_F(PreferencesTest, ResetWritesEveryFactoryValueAndSavesToDisk)
+{
+    {
+        Preferences prefs(storePath());
+        EXPECT_FALSE(prefs.stringForKey(pref::PREF_RESET));
+        prefs.prefsReset();
+    }
+    ASSERT_TRUE(QFile::exists(storePath()));
+
+    // A fresh store object reads what the reset saved.
+    Preferences prefs(storePath());
+    EXPECT_EQ(prefs.stringForKey(pref::PREF_RESET), QStringLiteral("YES"));
+    EXPECT_EQ(prefs.integerForKey(pref::CB_ANTIALIAS), 1);
+    EXPECT_EQ(prefs.integerForKey(pref::CB_MT), 1);
+    EXPECT_EQ(prefs.integerForKey(pref::CB_NORMALFLIP), 0);
+    EXPECT_EQ(prefs.integerForKey(pref::CB_DITHER), 0);
+    EXPECT_EQ(prefs.integerForKey(pref::CB_PROGRESSIVE), 1);
+    EXPECT_EQ(prefs.integerForKey(pref::CB_CLEANUP), 1);
+    EXPECT_EQ(prefs.integerForKey(pref::CB_TOOLLOG), 0);
+    EXPECT_EQ(prefs.stringForKey(pref::SET_WIDTH), QStringLiteral("600"));
+    EXPECT_EQ(prefs.stringForKey(pref::SET_HEIGHT), QStringLiteral("600"));
+    EXPECT_EQ(prefs.stringForKey(pref::OUT_PREFIX), QStringLiteral("my-export"));
+    EXPECT_EQ(prefs.stringForKey(pref::NUM_FRAMES), QStringLiteral("10"));
+    EXPECT_EQ(prefs.integerForKey(pref::NUM_FRAMES), 10);
+    EXPECT_EQ(prefs.integerForKey(pref::JPEG_FULLPRECISION), 1);
+    EXPECT_EQ(prefs.integerForKey(pref::JPEG_QUALITY), 80);
+    EXPECT_EQ(prefs.integerForKey(pref::TIFF_INCLUDETRANS), 1);
+    EXPECT_EQ(prefs.integerForKey(pref::TGA_INCLUDETRANS), 1);
+    EXPECT_EQ(prefs.stringForKey(pref::EXPORT_FORMAT), QStringLiteral("JPEG"));
+    for (const QString& key : {pref::PNG_BITDEPTH, pref::PNG_COMPRESSION, pref::PNG_INCLUDETRANS,
+                               pref::TIFF_BITDEPTH, pref::TIFF_COMPRESSION, pref::TIFF_FLOATFORMAT,
+                               pref::TGA_BITDEPTH, pref::TGA_FLIPORDER})
+        EXPECT_EQ(prefs.integerForKey(key), 0) << key.toStdString();
+
+    // The empty paths are present: start-up takes the "stored" branch.
+    for (const QString& key : {pref::TOOL_PATH, pref::FILTERS_PATH, pref::OUTPUT_DIR, pref::INPUT_PATH})
+        EXPECT_EQ(prefs.stringForKey(key), QString()) << key.toStdString();
+    // A reset never chooses the source type or the frame suffix.
+    EXPECT_FALSE(prefs.contains(pref::INPUT_MODE));
+    EXPECT_FALSE(prefs.contains(pref::OUTPUT_SUFFIX));
+}
+
+TEST_F(PreferencesTest, TableListsEachKeyOnceWithTheMarkerLastOfTheResetValues)
+{
+    QSet<QString> keys;
+    QString lastReset;
+    for (const PreferenceKey& row : Preferences::table()) {
+        EXPECT_FALSE(keys.contains(row.key)) << row.key.toStdString();
+        keys.insert(row.key);
+        if (row.resetValue)
+            lastReset = row.key;
+    }
+    EXPECT_EQ(keys.size(), 31);
+    EXPECT_EQ(lastReset, pref::PREF_RESET);
+    ASSERT_NE(Preferences::find(pref::NUM_FRAMES), nullptr);
+    EXPECT_EQ(Preferences::find(pref::NUM_FRAMES)->type, PreferenceKey::Type::Integer);
+    EXPECT_EQ(Preferences::find(pref::TOOL_PATH)->type, PreferenceKey::Type::String);
+    EXPECT_FALSE(Preferences::find(pref::OUTPUT_SUFFIX)->resetValue.has_value());
+    EXPECT_EQ(Preferences::find(QStringLiteral("NO_SUCH_KEY")), nullptr);
+}
+
+TEST_F(PreferencesTest, ResetKeepsSourceTypeAndSuffixButEmptiesThePaths)
+{
+    Preferences prefs(storePath());
+    prefs.setString(pref::INPUT_MODE, QStringLiteral("DIR"));
+    prefs.setString(pref::OUTPUT_SUFFIX, QStringLiteral("2"));
+    prefs.setString(pref::TOOL_PATH, QStringLiteral("/opt/tool"));
+    prefs.setString(pref::SET_WIDTH, QStringLiteral("123"));
+    prefs.prefsReset();
+
+    EXPECT_EQ(prefs.stringForKey(pref::INPUT_MODE), QStringLiteral("DIR"));
+    EXPECT_EQ(prefs.integerForKey(pref::OUTPUT_SUFFIX), 2);
+    EXPECT_EQ(prefs.stringForKey(pref::TOOL_PATH), QString());
+    EXPECT_EQ(prefs.stringForKey(pref::SET_WIDTH), QStringLiteral("600"));
+}
+
+TEST_F(PreferencesTest, TypedGettersReadTextAndNumbersAlike)
+{
+    Preferences prefs(storePath());
+    prefs.setInteger(pref::NUM_FRAMES, 10);
+    EXPECT_EQ(prefs.stringForKey(pref::NUM_FRAMES), QStringLiteral("10"));
+    prefs.setString(pref::OUTPUT_SUFFIX, QStringLiteral("1"));
+    EXPECT_EQ(prefs.integerForKey(pref::OUTPUT_SUFFIX), 1);
+    prefs.setString(pref::SET_WIDTH, QStringLiteral("wide"));
+    EXPECT_EQ(prefs.integerForKey(pref::SET_WIDTH), 0);
+    // Absent: no text, integer 0.
+    EXPECT_FALSE(prefs.stringForKey(pref::INPUT_MODE));
+    EXPECT_EQ(prefs.integerForKey(pref::INPUT_MODE), 0);
+    EXPECT_TRUE(prefs.sync());
+
+    // The same after a round trip through the file.
+    Preferences reread(storePath());
+    EXPECT_EQ(reread.stringForKey(pref::NUM_FRAMES), QStringLiteral("10"));
+    EXPECT_EQ(reread.integerForKey(pref::NUM_FRAMES), 10);
+    EXPECT_EQ(reread.integerForKey(pref::OUTPUT_SUFFIX), 1);
+}
+
+TEST_F(PreferencesTest, DemoProfilePointsAtItsOwnStoreAndCreatesTheOutputFolder)
+{
+    DemoLocations locations;
+    locations.filtersDir = m_dir.filePath(QStringLiteral("filters"));
+    locations.toolPath = m_dir.filePath(QStringLiteral("tool"));
+    locations.outputDir = m_dir.filePath(QStringLiteral("out/demo"));
+    locations.settingsFile = m_dir.filePath(QStringLiteral("config/demo.conf"));
+
+    QString error;
+    auto prefs = openDemoPreferences(locations, &error);
+    ASSERT_TRUE(prefs) << error.toStdString();
+    EXPECT_TRUE(QDir(locations.outputDir).exists());
+    EXPECT_EQ(prefs->stringForKey(pref::PREF_RESET), QStringLiteral("YES"));
+    EXPECT_EQ(prefs->stringForKey(pref::TOOL_PATH), locations.toolPath);
+    EXPECT_EQ(prefs->stringForKey(pref::FILTERS_PATH), locations.filtersDir);
+    EXPECT_EQ(prefs->stringForKey(pref::OUTPUT_DIR), locations.outputDir);
+    EXPECT_EQ(prefs->fileName(), locations.settingsFile);
+
+    // A second launch keeps the demo's own changes but renews the paths.
+    prefs->setString(pref::SET_WIDTH, QStringLiteral("321"));
+    prefs->setString(pref::TOOL_PATH, QStringLiteral("/elsewhere"));
+    prefs->sync();
+    prefs.reset();
+    auto again = openDemoPreferences(locations, &error);
+    ASSERT_TRUE(again);
+    EXPECT_EQ(again->stringForKey(pref::SET_WIDTH), QStringLiteral("321"));
+    EXPECT_EQ(again->stringForKey(pref::TOOL_PATH), locations.toolPath);
+}
+
+TEST_F(PreferencesTest, DemoLocationsFindTheBuildTreesSampleFiltersAndStandIn)
+{
+    const DemoLocations locations = findDemoLocations(m_dir.path());
+    EXPECT_TRUE(QFileInfo(locations.filtersDir).isDir()) << locations.filtersDir.toStdString();
+    EXPECT_TRUE(QFileInfo(locations.toolPath).isExecutable()) << locations.toolPath.toStdString();
+    EXPECT_TRUE(locations.settingsFile.endsWith(QStringLiteral("Quillon/demo.conf")));
+}
+
+} // namespace
+} // namespace quillon

@@ -1,0 +1,116 @@
+#include "app/ui/ProgressSheet.h"
+
+#include <QLabel>
+#include <QMainWindow>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <gtest/gtest.h>
+
+namespace quillon {
+namespace {
+
+TEST(ProgressSheetTest, AnimationFramesAreSixDistinctImagesFromTheResources)
+{
+    const QList<QPixmap> frames = ProgressSheet::loadAnimationFrames();
+    ASSERT_EQ(frames.size(), 6);
+    for (const QPixmap& frame : frames) {
+        EXPECT_FALSE(frame.isNull());
+        EXPECT_EQ(frame.size(), frames.first().size());
+    }
+    EXPECT_NE(frames[0].toImage(), frames[5].toImage());
+}
+
+TEST(ProgressSheetTest, PlannedToolRunsFollowTheChain)
+{
+    // One step: once per input, or once without input.
+    EXPECT_EQ(ProgressSheet::plannedToolRuns(0, 1, 10), 1);
+    EXPECT_EQ(ProgressSheet::plannedToolRuns(4, 1, 10), 4);
+    // Every later step runs once per image the step before rendered.
+    EXPECT_EQ(ProgressSheet::plannedToolRuns(0, 2, 3), 1 + 3);
+    EXPECT_EQ(ProgressSheet::plannedToolRuns(2, 3, 5), 2 + 2 * 10);
+    EXPECT_EQ(ProgressSheet::plannedToolRuns(1, 2, 0), 2);
+    EXPECT_EQ(ProgressSheet::plannedToolRuns(3, 0, 10), 0);
+}
+
+class ProgressSheetWindowTest : public ::testing::Test {
+protected:
+    template <class T> T* part(const char* name) const
+    {
+        T* found = m_sheet->findChild<T*>(QString::fromLatin1(name));
+        EXPECT_NE(found, nullptr) << name;
+        return found;
+    }
+    QLabel* label(const char* name) const { return part<QLabel>(name); }
+    QProgressBar* bar() const { return part<QProgressBar>("prRunProgress"); }
+
+    QMainWindow m_window;
+    ProgressSheet* m_sheet = new ProgressSheet(&m_window);
+};
+
+TEST_F(ProgressSheetWindowTest, ShowsReportsAndCountsToolRunsAgainstThePlan)
+{
+    m_window.show();
+    m_sheet->beginRun(3);
+    EXPECT_TRUE(m_sheet->isVisible());
+    EXPECT_EQ(m_sheet->windowModality(), Qt::WindowModal);
+    EXPECT_EQ(bar()->maximum(), 3);
+    EXPECT_EQ(bar()->value(), 0);
+    EXPECT_EQ(label("prElapsedField")->text(), QStringLiteral("0:00"));
+
+    m_sheet->showFilterInfo(QStringLiteral("Soft Glow"), QStringLiteral("Quillon Samples"));
+    m_sheet->showSourceInfo(QStringLiteral("<no source>"));
+    m_sheet->showRenderInfo(QStringLiteral("rendering 1 of 3"));
+    EXPECT_EQ(label("psFilterField")->text(), QStringLiteral("Soft Glow"));
+    EXPECT_EQ(label("prAuthorField")->text(), QStringLiteral("Quillon Samples"));
+    EXPECT_EQ(label("prSourceField")->text(), QStringLiteral("<no source>"));
+    EXPECT_EQ(label("prProgress")->text(), QStringLiteral("rendering 1 of 3"));
+    EXPECT_EQ(bar()->value(), 0); // the first run is still going
+
+    m_sheet->showSourceInfo(QStringLiteral("a.png"));
+    EXPECT_EQ(bar()->value(), 1);
+    m_sheet->finishRun();
+    EXPECT_EQ(bar()->value(), 2);
+
+    m_sheet->endRun();
+    EXPECT_FALSE(m_sheet->isVisible());
+    m_sheet->endRun(); // a second end is harmless
+    // The fields keep the last run's reports.
+    EXPECT_EQ(label("psFilterField")->text(), QStringLiteral("Soft Glow"));
+}
+
+TEST_F(ProgressSheetWindowTest, MoreRunsThanPlannedStretchTheBar)
+{
+    m_sheet->beginRun(1);
+    for (int i = 0; i < 3; ++i)
+        m_sheet->showSourceInfo(QStringLiteral("x"));
+    EXPECT_EQ(bar()->maximum(), 3);
+    EXPECT_EQ(bar()->value(), 2);
+    m_sheet->endRun();
+}
+
+TEST_F(ProgressSheetWindowTest, AnimationShowsTheFrameItIsGiven)
+{
+    EXPECT_EQ(m_sheet->shownFrame(), -1);
+    const QList<QPixmap> frames = ProgressSheet::loadAnimationFrames();
+    m_sheet->showAnimationFrame(4);
+    EXPECT_EQ(m_sheet->shownFrame(), 4);
+    EXPECT_EQ(label("prAmination")->pixmap().toImage(), frames[4].toImage());
+    m_sheet->showAnimationFrame(9); // no such frame
+    EXPECT_EQ(m_sheet->shownFrame(), 4);
+}
+
+TEST_F(ProgressSheetWindowTest, AbortButtonAndEscapeBothAskForAnAbort)
+{
+    QSignalSpy aborts(m_sheet, &ProgressSheet::abortRequested);
+    m_sheet->beginRun(1);
+    part<QPushButton>("abortButton")->click();
+    m_sheet->reject();
+    EXPECT_EQ(aborts.count(), 2);
+    // Only the run's end closes the sheet.
+    EXPECT_TRUE(m_sheet->isVisible());
+    m_sheet->endRun();
+}
+
+} // namespace
+} // namespace quillon

@@ -1,0 +1,176 @@
+#include "SettingsWindowFixture.h"
+
+#include "app/RunSettings.h"
+#include "app/ui/ProgressSheet.h"
+#include "batch/BatchController.h"
+#include "support/BatchFixtures.h"
+
+#include <QDir>
+#include <QFile>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QTableView>
+#include <QTest>
+
+namespace quillon::test {
+namespace {
+
+constexpr int kRunTimeoutMs = 60000;
+
+class WindowRunTest : public SettingsWindowTest {
+protected:
+    void SetUp() override
+    {
+        SettingsWindowTest::SetUp();
+        ASSERT_TRUE(QDir().mkpath(filtersDir()));
+        ASSERT_TRUE(QDir().mkpath(outputDir()));
+        writeBatchDefinition(filtersDir(), QStringLiteral("Glow.ffxml"), QStringLiteral("Glow"),
+                             QStringLiteral("Window Test"));
+        writeBatchDefinition(filtersDir(), QStringLiteral("Rust.ffxml"), QStringLiteral("Rust"),
+                             QStringLiteral("Window Test"));
+        delegate().applicationDidFinishLaunching();
+    }
+
+    QString filtersDir() const { return m_dir.filePath(QStringLiteral("filters")); }
+    QString outputDir() const { return m_dir.filePath(QStringLiteral("out")); }
+
+    void locate(const char* button, const QString& path)
+    {
+        FileDialogs::instance().setNextFileName(path);
+        widget<QPushButton>(button)->click();
+    }
+
+    // Scans the Filters directory and adds the library's first `count`
+    // filters to the chain through the add sheet.
+    void buildChain(int count)
+    {
+        locate("locateFiltersButton", filtersDir());
+        QTRY_VERIFY_WITH_TIMEOUT(delegate().library() && delegate().library()->size() == 2, 10000);
+        auto* library = widget<QTableView>("addFilterList");
+        for (int row = 0; row < count; ++row) {
+            library->clearSelection();
+            library->selectRow(row);
+            delegate().addFilterToListWithSender();
+        }
+        ASSERT_EQ(static_cast<int>(delegate().chain().size()), count);
+    }
+
+    // Everything but the chain set for a run without input.
+    void prepareRunWithoutInput(const QString& frames)
+    {
+        locate("locateRenderToolButton", QStringLiteral(QUILLON_STANDIN_PATH));
+        locate("locateOutputButton", outputDir());
+        choose(popup("sourceTypePopup"), 2);
+        field("outputFilenamePrefixField")->setText(QStringLiteral("win"));
+        field("numberOfFramesField")->setText(frames);
+        auto* formats = widget<QTabWidget>("formatTabControl");
+        formats->setCurrentIndex(1); // PNG
+    }
+
+    QStringList taskFilesLeft() const
+    {
+        return QDir(outputDir()).entryList({QStringLiteral("controlfile.xml"), QStringLiteral("bth-run-*")},
+                                           QDir::Files);
+    }
+
+    QString startAndTakeAlert()
+    {
+        MessageBoxes::instance().clearShownMessages();
+        widget<QPushButton>("startButton")->click();
+        EXPECT_FALSE(delegate().batchController()->isRunning());
+        const QStringList shown = alerts();
+        return shown.size() == 1 ? shown.first() : QStringLiteral("<%1 alerts>").arg(shown.size());
+    }
+};
+
+TEST_F(WindowRunTest, StartShowsTheFirstFailedCheckInTheErrorAlert)
+{
+    EXPECT_EQ(startAndTakeAlert(), QStringLiteral("No filters in the queue"));
+
+    buildChain(1);
+    EXPECT_EQ(startAndTakeAlert(), QStringLiteral("No Batchrender tool selected"));
+
+    locate("locateRenderToolButton", QStringLiteral(QUILLON_STANDIN_PATH));
+    EXPECT_EQ(startAndTakeAlert(), QStringLiteral("No output path selected"));
+
+    const QString notADirectory = m_dir.filePath(QStringLiteral("plain-file"));
+    QFile plain(notADirectory);
+    ASSERT_TRUE(plain.open(QIODevice::WriteOnly));
+    plain.close();
+    locate("locateOutputButton", notADirectory);
+    EXPECT_EQ(startAndTakeAlert(), QStringLiteral("No output path selected"));
+
+    locate("locateOutputButton", outputDir());
+    choose(popup("sourceTypePopup"), 0);
+    EXPECT_EQ(startAndTakeAlert(), QStringLiteral("Input file does not exist"));
+
+    choose(popup("sourceTypePopup"), 1);
+    EXPECT_EQ(startAndTakeAlert(), QStringLiteral("Input directory does not exist"));
+
+    const QString emptyInputs = m_dir.filePath(QStringLiteral("inputs"));
+    ASSERT_TRUE(QDir().mkpath(emptyInputs));
+    locate("locateSourceButton", emptyInputs);
+    EXPECT_EQ(startAndTakeAlert(), QStringLiteral("Input directory empty"));
+
+    choose(popup("sourceTypePopup"), 2);
+    field("outputFilenamePrefixField")->setText(QString());
+    EXPECT_EQ(startAndTakeAlert(), QStringLiteral("No filename gives (file prefix when running without input)"));
+    EXPECT_FALSE(delegate().progressSheet()->isVisible());
+    EXPECT_TRUE(taskFilesLeft().isEmpty());
+}
+
+TEST_F(WindowRunTest, AFullRunCompletesClosesTheSheetAndDeletesTheInterimFiles)
+{
+    // Slow enough tool runs for the animation to tick.
+    BatchEnvGuard delay("QUILLON_STANDIN_DELAY_MS", "150");
+    buildChain(2);
+    prepareRunWithoutInput(QStringLiteral("3"));
+    box("toollogCB")->click();
+
+    QSignalSpy finished(delegate().batchController(), &BatchController::runFinished);
+    widget<QPushButton>("startButton")->click();
+    EXPECT_TRUE(alerts().isEmpty()) << alerts().join(QStringLiteral("; ")).toStdString();
+    EXPECT_TRUE(delegate().progressSheet()->isVisible());
+    EXPECT_EQ(delegate().progressSheet()->windowModality(), Qt::WindowModal);
+    // The first step once without input, the second once per frame.
+    EXPECT_EQ(delegate().progressSheet()->toolRunsPlanned(), 4);
+
+    QTRY_COMPARE_WITH_TIMEOUT(finished.count(), 1, kRunTimeoutMs);
+    EXPECT_FALSE(finished.first().first().toBool());
+    EXPECT_FALSE(delegate().progressSheet()->isVisible());
+    EXPECT_EQ(delegate().progressSheet()->toolRunsStarted(), 4);
+    EXPECT_GE(delegate().progressSheet()->shownFrame(), 0);
+    EXPECT_EQ(delegate().outputPrefix, QStringLiteral("win"));
+
+    EXPECT_TRUE(taskFilesLeft().isEmpty()) << taskFilesLeft().join(QLatin1Char(' ')).toStdString();
+    const QStringList images = QDir(outputDir()).entryList({QStringLiteral("*.png")}, QDir::Files);
+    // Only the last step's images stay; the first step's were its inputs.
+    EXPECT_EQ(images.size(), 3) << images.join(QLatin1Char(' ')).toStdString();
+
+    QFile log(QDir(outputDir()).filePath(QStringLiteral("qlrn_logfile.txt")));
+    ASSERT_TRUE(log.open(QIODevice::ReadOnly));
+    EXPECT_TRUE(log.readAll().startsWith("Quillon log"));
+}
+
+TEST_F(WindowRunTest, AbortClosesTheSheetAtOnceAndTheRunWindsDown)
+{
+    BatchEnvGuard delay("QUILLON_STANDIN_DELAY_MS", "4000");
+    buildChain(1);
+    prepareRunWithoutInput(QStringLiteral("2"));
+
+    QSignalSpy finished(delegate().batchController(), &BatchController::runFinished);
+    widget<QPushButton>("startButton")->click();
+    ASSERT_TRUE(delegate().progressSheet()->isVisible());
+    // Abort once the tool is running.
+    QTRY_VERIFY_WITH_TIMEOUT(delegate().progressSheet()->toolRunsStarted() >= 1, kRunTimeoutMs);
+    delegate().progressSheet()->findChild<QPushButton*>(QStringLiteral("abortButton"))->click();
+    EXPECT_FALSE(delegate().progressSheet()->isVisible());
+
+    QTRY_COMPARE_WITH_TIMEOUT(finished.count(), 1, kRunTimeoutMs);
+    EXPECT_TRUE(finished.first().first().toBool());
+    EXPECT_FALSE(delegate().batchController()->isRunning());
+    EXPECT_TRUE(taskFilesLeft().isEmpty()) << taskFilesLeft().join(QLatin1Char(' ')).toStdString();
+}
+
+} // namespace
+} // namespace quillon::test

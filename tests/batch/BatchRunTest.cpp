@@ -1,0 +1,522 @@
+// End-to-end batch runs through the real stand-in render tool, driven from
+// the test's thread so every report takes the real queued path.
+
+#include "batch/BatchController.h"
+#include "batch/BatchDisplay.h"
+#include "support/BatchFixtures.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTimer>
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <unistd.h>
+
+namespace quillon {
+namespace {
+
+using test::batchChainRecord;
+using test::batchDirectoryNames;
+using test::batchSnapshot;
+using test::BatchEnvGuard;
+using test::writeBatchDefinition;
+using test::writeBatchInputImage;
+
+// Records what the run shows, one line per call.
+class RecordingDisplay final : public BatchDisplay {
+public:
+    QStringList events;
+    QStringList alerts;
+    QStringList sources;
+    QStringList renderLines;
+    int beeps = 0;
+    std::function<void(const QString&)> onSource;
+
+    void showErrorAlert(const QString& message) override
+    {
+        alerts.append(message);
+        events.append(QStringLiteral("alert:") + message);
+    }
+    void beginProgressSheet() override { events.append(QStringLiteral("begin")); }
+    void endProgressSheet() override { events.append(QStringLiteral("end")); }
+    void showFilterInfo(const QString& name, const QString& author) override
+    {
+        events.append(QStringLiteral("filter:%1|%2").arg(name, author));
+    }
+    void showSourceInfo(const QString& source) override
+    {
+        sources.append(source);
+        events.append(QStringLiteral("source:") + source);
+        if (onSource)
+            onSource(source);
+    }
+    void showRenderInfo(const QString& info) override { renderLines.append(info); }
+    void runFinished(bool aborted) override
+    {
+        events.append(aborted ? QStringLiteral("finished:aborted") : QStringLiteral("finished"));
+    }
+    void beep() override { ++beeps; }
+};
+
+class BatchRun : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        ASSERT_TRUE(m_temp.isValid());
+        const QDir root(m_temp.path());
+        ASSERT_TRUE(root.mkpath(QStringLiteral("filters")));
+        ASSERT_TRUE(root.mkpath(QStringLiteral("out")));
+        ASSERT_TRUE(root.mkpath(QStringLiteral("in")));
+        m_out = root.filePath(QStringLiteral("out"));
+        m_in = root.filePath(QStringLiteral("in"));
+        m_filters = root.filePath(QStringLiteral("filters"));
+        m_controller.setStandardOutput([this](const QString& line) { m_stdout.append(line); });
+
+        m_settings.toolPath = QStringLiteral(QUILLON_STANDIN_PATH);
+        m_settings.outputPath = m_out;
+        m_settings.format = QStringLiteral("PNG");
+        m_settings.frameCountText = QStringLiteral("2");
+        m_settings.outputPrefix = QStringLiteral("p_");
+        m_settings.seed = 7;
+    }
+
+    RecordPtr filter(const QString& name)
+    {
+        const QString path = writeBatchDefinition(m_filters, name + QStringLiteral(".ffxml"), name,
+                                                  QStringLiteral("Quillon Tests"));
+        RecordPtr record = batchChainRecord(path);
+        EXPECT_TRUE(record);
+        return record;
+    }
+
+    QString input(const QString& name)
+    {
+        const QString path = QDir(m_in).filePath(name);
+        EXPECT_TRUE(writeBatchInputImage(path));
+        return path;
+    }
+
+    bool waitForIdle(int timeoutMs = 60000)
+    {
+        return QTest::qWaitFor([this] { return !m_controller.isRunning(); }, timeoutMs);
+    }
+
+    QStringList deletedLines() const { return m_stdout.filter(QStringLiteral("deleted ")); }
+
+    static bool isTaskFile(const QString& name)
+    {
+        return name == QLatin1String("controlfile.xml") || name.endsWith(QLatin1String(".ffxml"));
+    }
+
+    QStringList taskFilesLeft() const
+    {
+        QStringList left;
+        for (const QString& name : batchDirectoryNames(m_out)) {
+            if (isTaskFile(name))
+                left.append(name);
+        }
+        return left;
+    }
+
+    QTemporaryDir m_temp;
+    QString m_out;
+    QString m_in;
+    QString m_filters;
+    RecordingDisplay m_display;
+    BatchController m_controller{&m_display};
+    QStringList m_stdout;
+    RunSettings m_settings;
+};
+
+TEST_F(BatchRun, OneStepOverTwoInputsDeletesTaskFilesAndKeepsOutputs)
+{
+    input(QStringLiteral("a.png"));
+    input(QStringLiteral("b.png"));
+    const auto before = batchSnapshot(m_in);
+    m_settings.inputMode = 1;
+    m_settings.sourcePath = m_in;
+
+    QString error;
+    ASSERT_TRUE(m_controller.startBatchWithSender({filter(QStringLiteral("Glow"))}, m_settings, &error))
+        << error.toStdString();
+    ASSERT_TRUE(waitForIdle());
+
+    EXPECT_EQ(batchDirectoryNames(m_out),
+              (QStringList{"p_a-1.png", "p_a-2.png", "p_b-1.png", "p_b-2.png"}));
+    EXPECT_EQ(m_display.events.first(), QStringLiteral("begin"));
+    EXPECT_EQ(m_display.events.at(1), QStringLiteral("filter:Glow|Quillon Tests"));
+    EXPECT_EQ(m_display.sources, (QStringList{"a.png", "b.png"}));
+    EXPECT_EQ(m_display.events.last(), QStringLiteral("finished"));
+    // Both tool runs used the same control file path; it is removed once.
+    const QString control = QDir(m_out).filePath(QStringLiteral("controlfile.xml"));
+    EXPECT_EQ(deletedLines().count(QStringLiteral("deleted ") + control), 1);
+    EXPECT_GE(deletedLines().size(), 2);
+    for (const QString& line : deletedLines())
+        EXPECT_TRUE(isTaskFile(QFileInfo(line.mid(8)).fileName())) << line.toStdString();
+    EXPECT_TRUE(m_controller.interimFiles().isEmpty());
+    EXPECT_EQ(batchSnapshot(m_in), before);
+    // The tool's output reached the display and standard output.
+    EXPECT_FALSE(m_display.renderLines.isEmpty());
+    EXPECT_TRUE(m_stdout.contains(m_display.renderLines.first()));
+}
+
+TEST_F(BatchRun, ThreeStepChainKeepsOnlyTheLastStepsOutputs)
+{
+    const QString source = input(QStringLiteral("a.png"));
+    const auto before = batchSnapshot(m_in);
+    m_settings.inputMode = 0;
+    m_settings.sourcePath = source;
+
+    ASSERT_TRUE(m_controller.startBatchWithSender(
+        {filter(QStringLiteral("One")), filter(QStringLiteral("Two")), filter(QStringLiteral("Three"))},
+        m_settings));
+    ASSERT_TRUE(waitForIdle());
+
+    EXPECT_EQ(batchDirectoryNames(m_out), (QStringList{"p_p_a-1.png", "p_p_a-2.png"}));
+    EXPECT_EQ(m_display.events.filter(QStringLiteral("filter:")),
+              (QStringList{"filter:One|Quillon Tests", "filter:Two|Quillon Tests", "filter:Three|Quillon Tests"}));
+    // Step two and three each ran once per output of the step before.
+    EXPECT_EQ(m_display.sources, (QStringList{"a.png", "p_a_0-1.png", "p_a_0-2.png", "p_p_a-1_1-1.png",
+                                              "p_p_a-2_1-1.png"}));
+    EXPECT_EQ(batchSnapshot(m_in), before);
+}
+
+TEST_F(BatchRun, NoInputUsesThePrefixThenDropsItAfterTheFirstStep)
+{
+    m_settings.inputMode = 2;
+    m_settings.outputPrefix = QStringLiteral("demo");
+    m_settings.frameCountText = QStringLiteral("3");
+
+    ASSERT_TRUE(m_controller.startBatchWithSender({filter(QStringLiteral("Solo"))}, m_settings));
+    ASSERT_TRUE(waitForIdle());
+    EXPECT_EQ(batchDirectoryNames(m_out), (QStringList{"NX_demo-1.png", "NX_demo-2.png", "NX_demo-3.png"}));
+    EXPECT_EQ(m_display.sources, QStringList{"<no source>"});
+
+    QDir(m_out).removeRecursively();
+    QDir().mkpath(m_out);
+    m_display.sources.clear();
+    ASSERT_TRUE(m_controller.startBatchWithSender({filter(QStringLiteral("First")), filter(QStringLiteral("Second"))},
+                                                  m_settings));
+    ASSERT_TRUE(waitForIdle());
+    EXPECT_EQ(batchDirectoryNames(m_out), (QStringList{"demo-1.png", "demo-2.png", "demo-3.png"}));
+    EXPECT_EQ(m_controller.outputPrefix(), QString());
+}
+
+TEST_F(BatchRun, AbortDuringTheSecondOfThreeInputs)
+{
+    input(QStringLiteral("a.png"));
+    input(QStringLiteral("b.png"));
+    input(QStringLiteral("c.png"));
+    const auto before = batchSnapshot(m_in);
+    m_settings.inputMode = 1;
+    m_settings.sourcePath = m_in;
+    m_settings.frameCountText = QStringLiteral("1");
+    BatchEnvGuard delay("QUILLON_STANDIN_DELAY_MS", "2000");
+    m_display.onSource = [this](const QString& source) {
+        if (source == QLatin1String("b.png"))
+            QTimer::singleShot(300, &m_controller, [this] { m_controller.abortProcessWithSender(); });
+    };
+
+    ASSERT_TRUE(m_controller.startBatchWithSender({filter(QStringLiteral("Slow"))}, m_settings));
+    ASSERT_TRUE(waitForIdle());
+
+    EXPECT_EQ(m_display.sources, (QStringList{"a.png", "b.png"}));
+    EXPECT_EQ(m_display.events.last(), QStringLiteral("finished:aborted"));
+    EXPECT_TRUE(m_controller.isAborted());
+    EXPECT_TRUE(taskFilesLeft().isEmpty()) << taskFilesLeft().join(' ').toStdString();
+    EXPECT_FALSE(QFileInfo::exists(QDir(m_out).filePath(QStringLiteral("p_c-1.png"))));
+    EXPECT_TRUE(QFileInfo::exists(QDir(m_out).filePath(QStringLiteral("p_a-1.png"))));
+    EXPECT_EQ(batchSnapshot(m_in), before);
+}
+
+TEST_F(BatchRun, AToolThatIgnoresTerminateIsKilledAfterTheGracePeriod)
+{
+    m_settings.inputMode = 2;
+    BatchEnvGuard hang("QUILLON_STANDIN_HANG", "ignore-term");
+    m_display.onSource = [this](const QString&) {
+        QTimer::singleShot(300, &m_controller, [this] { m_controller.abortProcessWithSender(); });
+    };
+    ASSERT_TRUE(m_controller.startBatchWithSender({filter(QStringLiteral("Stuck"))}, m_settings));
+    ASSERT_TRUE(waitForIdle());
+    EXPECT_TRUE(m_display.renderLines.contains(QStringLiteral("The render tool did not stop; it was killed.")));
+    EXPECT_TRUE(taskFilesLeft().isEmpty());
+}
+
+TEST_F(BatchRun, StartIsRefusedWhileARunOrItsWindDownIsGoing)
+{
+    m_settings.inputMode = 2;
+    BatchEnvGuard delay("QUILLON_STANDIN_DELAY_MS", "1500");
+    ASSERT_TRUE(m_controller.startBatchWithSender({filter(QStringLiteral("Busy"))}, m_settings));
+    QString error;
+    EXPECT_FALSE(m_controller.startBatchWithSender({filter(QStringLiteral("Busy"))}, m_settings, &error));
+    EXPECT_EQ(m_display.beeps, 1);
+    m_controller.abortProcessWithSender();
+    EXPECT_FALSE(m_controller.startBatchWithSender({filter(QStringLiteral("Busy"))}, m_settings));
+    EXPECT_EQ(m_display.beeps, 2);
+    EXPECT_TRUE(m_display.alerts.isEmpty());
+    ASSERT_TRUE(waitForIdle());
+    EXPECT_TRUE(m_controller.startBatchWithSender({filter(QStringLiteral("Busy"))}, m_settings));
+    ASSERT_TRUE(waitForIdle());
+    EXPECT_FALSE(m_controller.isAborted());
+}
+
+TEST_F(BatchRun, LogHoldsTheTitleFollowedByTheTrimmedChunks)
+{
+    m_settings.inputMode = 2;
+    m_settings.toolLog = 1;
+    ASSERT_TRUE(m_controller.startBatchWithSender({filter(QStringLiteral("Logged"))}, m_settings));
+    ASSERT_TRUE(waitForIdle());
+    EXPECT_FALSE(m_controller.isLogOpen());
+
+    QFile log(QDir(m_out).filePath(QStringLiteral("qlrn_logfile.txt")));
+    ASSERT_TRUE(log.open(QIODevice::ReadOnly));
+    const QByteArray content = log.readAll();
+    ASSERT_FALSE(m_display.renderLines.isEmpty());
+    EXPECT_EQ(content, (QStringLiteral("Quillon log") + m_display.renderLines.join(QString())).toUtf8());
+    for (const QString& line : m_display.renderLines)
+        EXPECT_EQ(line, line.trimmed());
+    log.close();
+
+    // A run without logging leaves the old log alone.
+    m_settings.toolLog = 0;
+    ASSERT_TRUE(m_controller.startBatchWithSender({filter(QStringLiteral("Quiet"))}, m_settings));
+    ASSERT_TRUE(waitForIdle());
+    ASSERT_TRUE(log.open(QIODevice::ReadOnly));
+    EXPECT_EQ(log.readAll(), content);
+}
+
+TEST_F(BatchRun, WhiteSpaceAndInvalidUtf8OutputIsNeitherShownNorLogged)
+{
+    m_settings.inputMode = 2;
+    m_settings.toolLog = 1;
+    BatchEnvGuard bad("QUILLON_STANDIN_BAD_UTF8", "1");
+    ASSERT_TRUE(m_controller.startBatchWithSender({filter(QStringLiteral("Garbled"))}, m_settings));
+    ASSERT_TRUE(waitForIdle());
+    QFile log(QDir(m_out).filePath(QStringLiteral("qlrn_logfile.txt")));
+    ASSERT_TRUE(log.open(QIODevice::ReadOnly));
+    EXPECT_EQ(log.readAll(), (QStringLiteral("Quillon log") + m_display.renderLines.join(QString())).toUtf8());
+    for (const QString& line : m_display.renderLines) {
+        EXPECT_FALSE(line.trimmed().isEmpty());
+        EXPECT_FALSE(line.contains(QChar::ReplacementCharacter));
+    }
+}
+
+TEST_F(BatchRun, ALogThatCannotBeCreatedIsReportedAndTheRunGoesOn)
+{
+    m_settings.inputMode = 2;
+    m_settings.toolLog = 1;
+    // A directory where the log file should be makes its creation fail.
+    ASSERT_TRUE(QDir(m_out).mkdir(QStringLiteral("qlrn_logfile.txt")));
+    ASSERT_TRUE(m_controller.startBatchWithSender({filter(QStringLiteral("NoLog"))}, m_settings));
+    ASSERT_TRUE(waitForIdle());
+    EXPECT_EQ(m_stdout.filter(QStringLiteral("Error creating logfile ")).size(), 1);
+    EXPECT_TRUE(batchDirectoryNames(m_out).contains(QStringLiteral("NX_p_-1.png")));
+}
+
+TEST_F(BatchRun, AToolThatCannotStartIsReportedAndTheRunGoesOn)
+{
+    m_settings.inputMode = 2;
+    m_settings.toolLog = 1;
+    m_settings.toolPath = m_in; // exists, so it passes the check, but is no program
+    ASSERT_TRUE(m_controller.startBatchWithSender({filter(QStringLiteral("A")), filter(QStringLiteral("B"))},
+                                                  m_settings));
+    ASSERT_TRUE(waitForIdle());
+    // One run of the first step, then one per (planned) output of it.
+    const QStringList failures = m_display.renderLines.filter(QStringLiteral("Could not start the render tool: "));
+    EXPECT_EQ(failures.size(), 3);
+    EXPECT_TRUE(m_display.renderLines.first().startsWith(QStringLiteral("Could not start the render tool: ")));
+    QFile log(QDir(m_out).filePath(QStringLiteral("qlrn_logfile.txt")));
+    ASSERT_TRUE(log.open(QIODevice::ReadOnly));
+    EXPECT_TRUE(log.readAll().startsWith("Quillon logCould not start the render tool: "));
+    EXPECT_EQ(m_display.events.last(), QStringLiteral("finished"));
+}
+
+TEST_F(BatchRun, UserFilesAreNeverDeleted)
+{
+    // An input that lives in the output directory, and a file elsewhere.
+    const QString inside = QDir(m_out).filePath(QStringLiteral("mine.png"));
+    ASSERT_TRUE(writeBatchInputImage(inside));
+    const QString outside = input(QStringLiteral("elsewhere.png"));
+    m_settings.inputMode = 0;
+    m_settings.sourcePath = inside;
+    BatchEnvGuard delay("QUILLON_STANDIN_DELAY_MS", "300");
+
+    ASSERT_TRUE(m_controller.startBatchWithSender({filter(QStringLiteral("Keep")), filter(QStringLiteral("Keep2"))},
+                                                  m_settings));
+    m_controller.collectForDeletionWithList({inside, outside, m_out, QDir(m_out).filePath(QStringLiteral("../in/elsewhere.png"))});
+    EXPECT_TRUE(m_controller.interimFiles().isEmpty());
+    ASSERT_TRUE(waitForIdle());
+
+    EXPECT_TRUE(QFileInfo::exists(inside));
+    EXPECT_TRUE(QFileInfo::exists(outside));
+    EXPECT_TRUE(taskFilesLeft().isEmpty());
+    EXPECT_TRUE(batchDirectoryNames(m_out).contains(QStringLiteral("p_p_mine-1.png")));
+}
+
+TEST_F(BatchRun, MapsAreWrittenIntoTheRecordOfAOneFilterChainOnly)
+{
+    m_settings.inputMode = 2;
+    m_settings.frameCountText = QStringLiteral("1");
+    m_settings.activateMaps = 1;
+    m_settings.mapBoxes = {1, 0, 0, 0, 1, 0, 0, 0, 0, 0};
+    RecordPtr single = filter(QStringLiteral("Mapped"));
+    ASSERT_TRUE(m_controller.startBatchWithSender({single}, m_settings));
+    ASSERT_TRUE(waitForIdle());
+    EXPECT_TRUE(single->boolean(key::UseMaps));
+    EXPECT_EQ(single->integers(key::Maps), (QList<qint64>{0, 4}));
+
+    RecordPtr first = filter(QStringLiteral("M1"));
+    RecordPtr second = filter(QStringLiteral("M2"));
+    ASSERT_TRUE(m_controller.startBatchWithSender({first, second}, m_settings));
+    ASSERT_TRUE(waitForIdle());
+    EXPECT_FALSE(first->boolean(key::UseMaps, true));
+    EXPECT_FALSE(second->boolean(key::UseMaps, true));
+    EXPECT_FALSE(first->contains(key::Maps));
+}
+
+// ---- Checks before the run ------------------------------------------------
+
+TEST_F(BatchRun, EveryFailedCheckShowsItsMessageAndStartsNothing)
+{
+    const QString file = input(QStringLiteral("x.png"));
+    const QString empty = QDir(m_temp.path()).filePath(QStringLiteral("empty"));
+    ASSERT_TRUE(QDir().mkpath(empty));
+    const RecordList chain{filter(QStringLiteral("Check"))};
+
+    struct Case {
+        const char* message;
+        std::function<void(RunSettings&)> change;
+        bool emptyChain = false;
+    };
+    const std::vector<Case> cases = {
+        {"No filters in the queue", [](RunSettings& s) { s = RunSettings(); }, true},
+        {"No Batchrender tool selected", [](RunSettings& s) { s.toolPath = QStringLiteral("/nonexistent/tool"); }},
+        {"No Batchrender tool selected", [](RunSettings& s) { s.toolPath.clear(); }},
+        {"No output path selected", [](RunSettings& s) { s.outputPath.clear(); }},
+        {"No output path selected", [&](RunSettings& s) { s.outputPath = file; }},
+        {"No output path selected", [&](RunSettings& s) { s.outputPath = m_out + QStringLiteral("/missing"); }},
+        {"Input file does not exist", [](RunSettings& s) { s.inputMode = 0; }},
+        {"Input file does not exist",
+         [&](RunSettings& s) {
+             s.inputMode = 0;
+             s.sourcePath = m_in + QStringLiteral("/missing.png");
+         }},
+        {"Input directory does not exist", [](RunSettings& s) { s.inputMode = 1; }},
+        {"Input directory does not exist",
+         [&](RunSettings& s) {
+             s.inputMode = 1;
+             s.sourcePath = file;
+         }},
+        {"Input directory empty",
+         [&](RunSettings& s) {
+             s.inputMode = 1;
+             s.sourcePath = empty;
+         }},
+        {"No filename gives (file prefix when running without input)",
+         [](RunSettings& s) {
+             s.inputMode = 2;
+             s.outputPrefix.clear();
+         }},
+        {"Number of frames must not be negative",
+         [](RunSettings& s) {
+             s.inputMode = 2;
+             s.frameCountText = QStringLiteral("-3");
+         }},
+    };
+    for (const Case& c : cases) {
+        RunSettings settings = m_settings;
+        c.change(settings);
+        m_display.alerts.clear();
+        QString error;
+        EXPECT_FALSE(m_controller.startBatchWithSender(c.emptyChain ? RecordList() : chain, settings, &error));
+        EXPECT_EQ(error, QString::fromLatin1(c.message));
+        EXPECT_EQ(m_display.alerts, QStringList{QString::fromLatin1(c.message)});
+        EXPECT_FALSE(m_controller.isRunning());
+    }
+    EXPECT_TRUE(batchDirectoryNames(m_out).isEmpty());
+    EXPECT_EQ(m_display.events.filter(QStringLiteral("begin")).size(), 0);
+}
+
+TEST_F(BatchRun, AToolPathThatIsADirectoryPassesItsCheck)
+{
+    m_settings.inputMode = 2;
+    m_settings.toolPath = m_in;
+    EXPECT_TRUE(m_controller.startBatchWithSender({filter(QStringLiteral("Dir"))}, m_settings));
+    ASSERT_TRUE(waitForIdle());
+}
+
+TEST_F(BatchRun, AnUnreadableInputDirectoryCannotBeScanned)
+{
+    if (::geteuid() == 0)
+        GTEST_SKIP() << "permissions are not enforced for root";
+    input(QStringLiteral("x.png"));
+    ASSERT_TRUE(QFile::setPermissions(m_in, QFileDevice::WriteOwner));
+    m_settings.inputMode = 1;
+    m_settings.sourcePath = m_in;
+    QString error;
+    EXPECT_FALSE(m_controller.startBatchWithSender({filter(QStringLiteral("Scan"))}, m_settings, &error));
+    QFile::setPermissions(m_in, QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
+    EXPECT_EQ(error, QStringLiteral("Error scanning input directory"));
+}
+
+TEST_F(BatchRun, AFailedInputCheckLeavesTheLogWithItsTitle)
+{
+    m_settings.toolLog = 1;
+    m_settings.inputMode = 0;
+    EXPECT_FALSE(m_controller.startBatchWithSender({filter(QStringLiteral("T"))}, m_settings));
+    QFile log(QDir(m_out).filePath(QStringLiteral("qlrn_logfile.txt")));
+    ASSERT_TRUE(log.open(QIODevice::ReadOnly));
+    EXPECT_EQ(log.readAll(), QByteArray("Quillon log"));
+}
+
+// ---- Inputs ---------------------------------------------------------------
+
+TEST(BatchInputs, DirectoryListingIsDeepSortedAndSkipsHiddenRelativePaths)
+{
+    QTemporaryDir temp;
+    const QDir root(temp.path());
+    ASSERT_TRUE(root.mkpath(QStringLiteral("sub/deeper")));
+    ASSERT_TRUE(root.mkpath(QStringLiteral(".hidden")));
+    for (const char* name : {"b.png", "a.png", ".dot.png", "sub/c.png", "sub/.inner.png", "sub/deeper/d.png",
+                             ".hidden/e.png"}) {
+        QFile file(root.filePath(QString::fromLatin1(name)));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    }
+    const QStringList listed = BatchController::loadImagesFromSourceFolder(temp.path());
+    QStringList relative;
+    for (const QString& path : listed)
+        relative.append(root.relativeFilePath(path));
+    EXPECT_EQ(relative, (QStringList{"a.png", "b.png", "sub", "sub/.inner.png", "sub/c.png", "sub/deeper",
+                                     "sub/deeper/d.png"}));
+    EXPECT_TRUE(QFileInfo(listed.first()).isAbsolute());
+    EXPECT_TRUE(BatchController::loadImagesFromSourceFolder(root.filePath(QStringLiteral("none"))).isEmpty());
+}
+
+TEST(BatchInputs, BaseNamesSplitTheLastComponentAtDots)
+{
+    EXPECT_EQ(BatchController::inputBaseName(QStringLiteral("/x/photo.png")), QStringLiteral("photo"));
+    EXPECT_EQ(BatchController::inputBaseName(QStringLiteral("/x/my.photo.png")), QStringLiteral("my.photo.png"));
+    EXPECT_EQ(BatchController::inputBaseName(QStringLiteral("/x.y/photo")), QStringLiteral("photo"));
+}
+
+TEST_F(BatchRun, ADirectoryOfOnlyHiddenFilesRunsOnceWithoutInput)
+{
+    QFile hidden(QDir(m_in).filePath(QStringLiteral(".keep")));
+    ASSERT_TRUE(hidden.open(QIODevice::WriteOnly));
+    hidden.close();
+    m_settings.inputMode = 1;
+    m_settings.sourcePath = m_in;
+    m_settings.frameCountText = QStringLiteral("1");
+    ASSERT_TRUE(m_controller.startBatchWithSender({filter(QStringLiteral("Hidden"))}, m_settings));
+    ASSERT_TRUE(waitForIdle());
+    EXPECT_EQ(m_display.sources, QStringList{"<no source>"});
+    EXPECT_TRUE(QFileInfo::exists(hidden.fileName()));
+}
+
+} // namespace
+} // namespace quillon

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "app/RunSettings.h"
+#include "step/StepParent.h"
+
+#include <QList>
+#include <QString>
+#include <QStringList>
+
+namespace quillon {
+
+// A controller for step tests: hands out a settings snapshot and a prefix
+// that the test sets, and records every report in order. reportContext() is
+// null, so reports arrive as direct calls on the step's thread.
+class StepTestParent final : public StepParent {
+public:
+    StepTestParent();
+
+    const RunSettings& runSettings() const override { return settings; }
+    QString outputPrefix() const override { return prefix; }
+
+    void setFilterInfoWithData(const QStringList& nameAndAuthor) override;
+    void setSourceInfoWithSource(const QString& source) override;
+    void setRenderInfoWithInfo(const QString& info) override;
+    void collectForDeletionWithList(const QStringList& paths) override;
+    void writeLogFileWithMessage(const QString& message) override;
+    QObject* reportContext() override { return nullptr; }
+
+    RunSettings settings;
+    QString prefix; // starts as settings.outputPrefix
+
+    QList<QStringList> filterInfos;
+    QStringList sources;
+    QStringList renderInfos;
+    QList<QStringList> deletionLists;
+    QStringList logMessages;
+};
+
+} // namespace quillon
