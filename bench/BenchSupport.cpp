@@ -3,6 +3,8 @@
 #include <QDir>
 #include <QFile>
 
+#include <time.h>
+
 namespace quillon::bench {
 
 namespace {
@@ -39,6 +41,13 @@ void resetPeakRss()
     QFile refs(QStringLiteral("/proc/self/clear_refs"));
     if (refs.open(QIODevice::WriteOnly))
         refs.write("5");
+}
+
+double threadCpuSeconds()
+{
+    timespec now{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
+    return double(now.tv_sec) + double(now.tv_nsec) / 1e9;
 }
 
 QString benchDataDir(const QString& what)

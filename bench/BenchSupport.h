@@ -16,6 +16,10 @@ void resetPeakRss();
 // (generated data is reused), named after `what`.
 QString benchDataDir(const QString& what);
 
+// CPU time of the calling thread, in seconds: less disturbed than the wall
+// clock when other programs compete for the processors.
+double threadCpuSeconds();
+
 // Seconds since `start`.
 inline double secondsSince(std::chrono::steady_clock::time_point start)
 {

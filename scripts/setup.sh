@@ -11,6 +11,7 @@ QUILLON_PACKAGES=(
   qt6-base-dev libpugixml-dev libplist-dev
   libgtest-dev libgmock-dev libbenchmark-dev
   fonts-dejavu-core xvfb xauth
+  clang libclang-rt-14-dev
 )
 
 quillon_install_packages() {

@@ -22,3 +22,22 @@ set_source_files_properties(
 add_dependencies(quillon quillon-help quillon-standin-render)
 # Tests of the window look for the help document too.
 add_dependencies(quillon_ui quillon-help)
+
+# Register the chain-file type and the desktop entry's association with it,
+# so a double-click on a .qlch file opens Quillon. Packagers (DESTDIR set)
+# leave this to the system's triggers.
+install(CODE "set(QUILLON_DATADIR \"${CMAKE_INSTALL_DATADIR}\")")
+install(CODE [[
+  if("$ENV{DESTDIR}" STREQUAL "")
+    find_program(QUILLON_UPDATE_MIME update-mime-database)
+    find_program(QUILLON_UPDATE_DESKTOP update-desktop-database)
+    if(QUILLON_UPDATE_MIME)
+      execute_process(COMMAND ${QUILLON_UPDATE_MIME} "${CMAKE_INSTALL_PREFIX}/${QUILLON_DATADIR}/mime"
+                    OUTPUT_QUIET ERROR_QUIET)
+    endif()
+    if(QUILLON_UPDATE_DESKTOP)
+      execute_process(COMMAND ${QUILLON_UPDATE_DESKTOP} "${CMAKE_INSTALL_PREFIX}/${QUILLON_DATADIR}/applications"
+                    OUTPUT_QUIET ERROR_QUIET)
+    endif()
+  endif()
+]])

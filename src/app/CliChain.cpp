@@ -5,6 +5,8 @@
 
 #include <QFileInfo>
 
+#include <cstdio>
+
 namespace quillon {
 
 bool loadCliChain(const CliOptions& options, RecordList* chain, QString* error)
@@ -12,6 +14,15 @@ bool loadCliChain(const CliOptions& options, RecordList* chain, QString* error)
     RecordList loaded;
     if (!options.chainFile.isEmpty()) {
         ChainReadResult result = readChainFile(options.chainFile);
+        // The window's answer to an unknown parameter kind: the line on
+        // standard output and a beep (the terminal bell on standard error).
+        // The command line then refuses the shortened chain rather than
+        // running part of it.
+        if (result.status == ChainReadResult::UnknownCode) {
+            reportUnknownChainCode();
+            std::fputc('\a', stderr);
+            std::fflush(stderr);
+        }
         if (result.status != ChainReadResult::Ok) {
             if (error) {
                 *error = QStringLiteral("Cannot read the chain file %1: %2")

@@ -115,12 +115,14 @@ void addOptions(QCommandLineParser& parser)
     valued("tool", "PATH", "The render tool executable.");
     valued("output", "DIR", "The output directory (also holds the task files and the log).");
     valued("input", "FILE", "Render one input image.");
-    valued("input-dir", "DIR", "Render every file under DIR (deep, hidden entries skipped).");
+    valued("input-dir", "DIR",
+           "Render every entry under DIR, files and subdirectories, at any depth, sorted by path; entries whose "
+           "path inside DIR begins with \".\" are skipped.");
     valued("frames", "N", "Frames per input (default 10).");
     valued("width", "W", "Width without input (default 600).");
     valued("height", "H", "Height without input (default 600).");
     valued("prefix", "TEXT", "Output name prefix (default my-export).");
-    valued("frame-style", "STYLE", "Frame numbering: plain, four-digit or letter.");
+    valued("frame-style", "STYLE", "Frame numbering: plain (default), four-digit or letter.");
     valued("format", "FORMAT", "JPEG, PNG, TIFF, TGA, BMP, EXR or PFM (default JPEG).");
     valued("preset", "K", "Zero-based preset index for every step (default 0).");
     valued("maps", "LIST",

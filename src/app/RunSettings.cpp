@@ -1,9 +1,12 @@
 #include "app/RunSettings.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <charconv>
 #include <cmath>
 #include <cstdlib>
 #include <limits>
+#include <system_error>
 
 namespace quillon {
 
@@ -36,11 +39,58 @@ std::optional<qint64> leadingInteger(const QString& text)
 
 std::optional<double> leadingReal(const QString& text)
 {
+    // Only a decimal number counts ("0x10" is 0, "inf" and "nan" are no
+    // number, as a text field's doubleValue has them): the longest prefix of
+    // sign, digits, point, digits and exponent is converted.
     const QByteArray bytes = trimmedLeading(text);
-    const char* begin = bytes.constData();
-    char* end = nullptr;
-    const double value = std::strtod(begin, &end);
-    if (end == begin || std::isnan(value))
+    const auto isDigit
+        = [&bytes](qsizetype at) { return at < bytes.size() && bytes[at] >= '0' && bytes[at] <= '9'; };
+    qsizetype i = 0;
+    if (i < bytes.size() && (bytes[i] == '+' || bytes[i] == '-'))
+        ++i;
+    // The decimal exponent of the leading significant digit, for telling an
+    // overflow from an underflow below.
+    qint64 magnitude = 0;
+    bool significant = false;
+    qsizetype digits = 0;
+    for (; isDigit(i); ++i, ++digits) {
+        significant = significant || bytes[i] != '0';
+        if (significant)
+            ++magnitude;
+    }
+    if (i < bytes.size() && bytes[i] == '.') {
+        for (++i; isDigit(i); ++i, ++digits) {
+            significant = significant || bytes[i] != '0';
+            if (!significant)
+                --magnitude;
+        }
+    }
+    if (digits == 0)
+        return std::nullopt;
+    if (i < bytes.size() && (bytes[i] == 'e' || bytes[i] == 'E')) {
+        qsizetype at = i + 1;
+        const bool negativeExponent = at < bytes.size() && bytes[at] == '-';
+        if (at < bytes.size() && (bytes[at] == '+' || bytes[at] == '-'))
+            ++at;
+        if (isDigit(at)) {
+            qint64 exponent = 0;
+            for (i = at; isDigit(i); ++i)
+                exponent = std::min<qint64>(exponent * 10 + (bytes[i] - '0'), 1'000'000'000);
+            magnitude += negativeExponent ? -exponent : exponent;
+        }
+    }
+    // from_chars, unlike strtod, ignores the C locale the application runs in
+    // (a German locale would stop strtod at the ".").
+    const qsizetype start = bytes.startsWith('+') ? 1 : 0; // from_chars takes no "+"
+    double value = 0.0;
+    const std::from_chars_result parsed
+        = std::from_chars(bytes.constData() + start, bytes.constData() + i, value);
+    if (parsed.ec == std::errc::result_out_of_range) {
+        // Too small gives zero, too large infinity, keeping the sign.
+        value = magnitude > 0 ? std::numeric_limits<double>::infinity() : 0.0;
+        return bytes.startsWith('-') ? -value : value;
+    }
+    if (parsed.ec != std::errc())
         return std::nullopt;
     return value;
 }

@@ -1,4 +1,5 @@
 #include "app/CliRun.h"
+#include "app/MemoryTuning.h"
 
 #include <QCoreApplication>
 #include <QSocketNotifier>
@@ -40,6 +41,7 @@ bool installTerminationHandlers()
 
 int main(int argc, char** argv)
 {
+    quillon::keepFreedMemoryForReuse();
     QCoreApplication app(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("quillon-cli"));
     QCoreApplication::setApplicationVersion(QStringLiteral(QUILLON_VERSION));

@@ -1,16 +1,21 @@
 #include "app/DemoProfile.h"
+#include "app/MemoryTuning.h"
 #include "app/Preferences.h"
 #include "app/ui/AppDelegate.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
+#include <QElapsedTimer>
 #include <QMainWindow>
+#include <QPixmap>
+#include <QTimer>
 
 #include <cstdio>
 
 // quillon [--demo] [FILE.qlch]
 int main(int argc, char** argv)
 {
+    quillon::keepFreedMemoryForReuse();
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Quillon"));
     QApplication::setOrganizationName(QStringLiteral("Quillon"));
@@ -27,6 +32,12 @@ int main(int argc, char** argv)
         QStringLiteral("Start with the demo settings (sample filters, stand-in render tool, demo output "
                        "folder), kept apart from your own preferences."));
     parser.addOption(demoOption);
+    // For the documentation: saves a picture of the window and quits.
+    QCommandLineOption screenshotOption(QStringLiteral("screenshot"),
+                                        QStringLiteral("Save a picture of the window to PATH and quit."),
+                                        QStringLiteral("PATH"));
+    screenshotOption.setFlags(QCommandLineOption::HiddenFromHelp);
+    parser.addOption(screenshotOption);
     parser.process(app);
 
     quillon::AppDelegate delegate;
@@ -51,6 +62,26 @@ int main(int argc, char** argv)
     const QStringList positional = parser.positionalArguments();
     if (!positional.isEmpty())
         delegate.openChainFile(positional.first());
+
+    QElapsedTimer waited;
+    if (parser.isSet(screenshotOption)) {
+        const QString path = parser.value(screenshotOption);
+        auto* poll = new QTimer(&app);
+        poll->setInterval(50);
+        waited.start();
+        QObject::connect(poll, &QTimer::timeout, &app, [&delegate, &waited, poll, path] {
+            // Wait for the library scan (the add button comes on with it);
+            // without a Filters directory none comes, so not for ever.
+            if (!delegate.library() && waited.elapsed() < 10000)
+                return;
+            poll->stop();
+            const bool saved = delegate.window()->grab().save(path);
+            if (!saved)
+                std::fprintf(stderr, "Cannot write %s\n", qPrintable(path));
+            QCoreApplication::exit(saved ? 0 : 1);
+        });
+        poll->start();
+    }
 
     return app.exec();
 }

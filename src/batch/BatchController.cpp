@@ -38,10 +38,16 @@ void printToStdout(const QString& text)
 
 // The canonical form of a path whose last component may not exist (or may
 // be a link that must not be followed): the parent resolved, the name kept.
-QString canonicalParentJoined(const QString& path)
+// A run hands over thousands of files of one directory, so each parent is
+// resolved once per cache.
+QString canonicalParentJoined(const QString& path, QHash<QString, QString>& parents)
 {
     const QFileInfo info(QDir::cleanPath(QFileInfo(path).absoluteFilePath()));
-    const QString parent = QFileInfo(info.absolutePath()).canonicalFilePath();
+    const QString parentPath = info.absolutePath();
+    auto known = parents.constFind(parentPath);
+    if (known == parents.cend())
+        known = parents.insert(parentPath, QFileInfo(parentPath).canonicalFilePath());
+    const QString& parent = known.value();
     if (parent.isEmpty())
         return {};
     return parent.endsWith(QLatin1Char('/')) ? parent + info.fileName()
@@ -194,7 +200,14 @@ void BatchController::openRunLog()
         printLine(QStringLiteral("Error creating logfile ") + title.errorString());
         return;
     }
-    title.write(kLogTitle.toUtf8());
+    const QByteArray titleBytes = kLogTitle.toUtf8();
+    // commit() ignores a failure to write the buffered bytes, hence the flush.
+    if (title.write(titleBytes) != titleBytes.size() || !title.flush()) {
+        const QString why = title.errorString();
+        title.cancelWriting();
+        printLine(QStringLiteral("Error creating logfile ") + why);
+        return;
+    }
     if (!title.commit()) {
         printLine(QStringLiteral("Error creating logfile ") + title.errorString());
         return;
@@ -265,10 +278,10 @@ void BatchController::buildLaunchQueue()
     for (const QString& path : inputs + QStringList{m_settings.sourcePath}) {
         if (path.isEmpty())
             continue;
-        m_originalInputs.append(absolutePath(path));
+        m_originalInputs.insert(absolutePath(path));
         const QString resolved = QFileInfo(path).canonicalFilePath();
         if (!resolved.isEmpty())
-            m_originalInputs.append(resolved);
+            m_originalInputs.insert(resolved);
     }
 
     QStringList baseNames;
@@ -373,14 +386,17 @@ void BatchController::runLaunchQueue(LaunchQueue& queue)
                 break;
         }
     }
-    callOnControllerThread([this] { operationComplete(); });
+    QStringList interim;
+    callOnControllerThread([this, &interim] { interim = beginCompletion(); });
+    const QStringList deletedLines = deleteInterimFiles(interim);
+    callOnControllerThread([this, &deletedLines] { finishCompletion(deletedLines); });
 }
 
-bool BatchController::isDeletable(const QString& path) const
+bool BatchController::isDeletable(const QString& path, ParentCache& parents) const
 {
     if (path.isEmpty() || m_canonicalOutputDir.isEmpty())
         return false;
-    const QString candidate = canonicalParentJoined(path);
+    const QString candidate = canonicalParentJoined(path, parents);
     if (candidate.isEmpty())
         return false;
     const QString inside = m_canonicalOutputDir.endsWith(QLatin1Char('/'))
@@ -390,35 +406,62 @@ bool BatchController::isDeletable(const QString& path) const
         return false;
     if (m_originalInputs.contains(candidate) || m_originalInputs.contains(absolutePath(path)))
         return false;
-    const QString resolved = QFileInfo(path).canonicalFilePath();
+    // Anything but a link resolves to the candidate itself, checked above.
+    const QFileInfo info(path);
+    if (!info.isSymLink())
+        return true;
+    const QString resolved = info.canonicalFilePath();
     return resolved.isEmpty() || !m_originalInputs.contains(resolved);
 }
 
 void BatchController::collectForDeletionWithList(const QStringList& paths)
 {
+    ParentCache parents;
     for (const QString& path : paths) {
-        if (isDeletable(path))
-            m_interimFiles.append(path);
+        // A path handed over again (every tool run of a step rewrites the
+        // same control file) is deleted once all the same.
+        if (m_interimSet.contains(path) || !isDeletable(path, parents))
+            continue;
+        m_interimSet.insert(path);
+        m_interimFiles.append(path);
     }
 }
 
 void BatchController::operationComplete()
+{
+    finishCompletion(deleteInterimFiles(beginCompletion()));
+}
+
+QStringList BatchController::beginCompletion()
 {
     m_runningFilter = nullptr;
     if (m_display)
         m_display->endProgressSheet();
     if (m_dolog)
         closeRunLog();
+    m_interimSet.clear();
+    return std::exchange(m_interimFiles, QStringList());
+}
 
-    for (const QString& path : std::as_const(m_interimFiles)) {
+QStringList BatchController::deleteInterimFiles(const QStringList& paths) const
+{
+    ParentCache parents;
+    QStringList deletedLines;
+    for (const QString& path : paths) {
         const QFileInfo info(path);
         // Only files (or links) this run generated; never a whole directory.
-        if (!isDeletable(path) || (info.isDir() && !info.isSymLink()))
+        if (!isDeletable(path, parents) || (info.isDir() && !info.isSymLink()))
             continue;
         if (QFile::remove(path))
-            printLine(QStringLiteral("deleted ") + path);
+            deletedLines.append(QStringLiteral("deleted ") + path);
     }
-    m_interimFiles.clear();
+    return deletedLines;
+}
+
+void BatchController::finishCompletion(const QStringList& deletedLines)
+{
+    for (const QString& line : deletedLines)
+        printLine(line);
 
     if (m_animTimer)
         m_animTimer->stop();

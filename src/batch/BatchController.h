@@ -6,7 +6,9 @@
 
 #include <QFile>
 #include <QList>
+#include <QHash>
 #include <QObject>
+#include <QSet>
 #include <QString>
 #include <QStringList>
 
@@ -119,7 +121,16 @@ private:
     void runLaunchQueue(LaunchQueue& queue);
     // Runs `call` on the controller's thread and waits for it.
     void callOnControllerThread(const std::function<void()>& call);
-    bool isDeletable(const QString& path) const;
+    // Canonical parent directories already resolved, by the parent as given.
+    using ParentCache = QHash<QString, QString>;
+    bool isDeletable(const QString& path, ParentCache& parents) const;
+    // The completion in its three parts: the first and last run on the
+    // controller thread; the deletion pass in between touches no member that
+    // changes during a run, so the worker runs it and the window keeps
+    // serving its events while thousands of files go.
+    QStringList beginCompletion();
+    QStringList deleteInterimFiles(const QStringList& paths) const;
+    void finishCompletion(const QStringList& deletedLines);
     void animationTimerLoopWithTimer();
     void reapWorker();
 
@@ -130,7 +141,8 @@ private:
     RunSettings m_settings;
     QString m_outputPrefix;
     QStringList m_interimFiles;
-    QStringList m_originalInputs; // canonical paths of the run's user inputs
+    QSet<QString> m_interimSet;        // the same paths, to keep the list free of repeats
+    QSet<QString> m_originalInputs;    // canonical paths of the run's user inputs
     QString m_canonicalOutputDir;
     bool m_dolog = false;
     std::unique_ptr<QFile> m_logfh;

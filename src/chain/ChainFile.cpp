@@ -288,6 +288,38 @@ QString checkBinaryShape(const QByteArray& data)
         return std::optional<Refs>(Refs { at, count });
     };
 
+    // libplist asserts that a dictionary key holds no NUL character, so such a
+    // key must not get that far. Keys are ASCII (0x5) or UTF-16 (0x6) strings.
+    auto keyHasNul = [&](quint64 index) -> bool {
+        const quint64 offset
+            = readBigEndian(bytes + tableAt + index * static_cast<quint64>(offsetSize), offsetSize);
+        if (offset < 8 || offset >= tableAt)
+            return false; // refused as damaged elsewhere
+        const unsigned char marker = bytes[offset];
+        const int kind = marker >> 4;
+        if (kind != 0x5 && kind != 0x6)
+            return false;
+        quint64 count = marker & 0x0F;
+        quint64 at = offset + 1;
+        if (count == 0x0F) {
+            if (at >= tableAt || (bytes[at] >> 4) != 0x1)
+                return false;
+            const int intSize = 1 << (bytes[at] & 0x0F);
+            if (intSize > 8 || at + 1 + static_cast<quint64>(intSize) > tableAt)
+                return false;
+            count = readBigEndian(bytes + at + 1, intSize);
+            at += 1 + static_cast<quint64>(intSize);
+        }
+        const quint64 unit = kind == 0x6 ? 2 : 1;
+        if (count > (tableAt - at) / unit)
+            return false;
+        for (quint64 i = 0; i < count; ++i) {
+            if (readBigEndian(bytes + at + i * unit, static_cast<int>(unit)) == 0)
+                return true;
+        }
+        return false;
+    };
+
     enum : unsigned char { Unseen, Open, Done };
     std::vector<unsigned char> state(objectCount, Unseen);
     std::vector<quint32> depthOf(objectCount, 0);
@@ -296,6 +328,7 @@ QString checkBinaryShape(const QByteArray& data)
         quint64 index;
         Refs refs;
         quint64 next;
+        bool dict;
     };
     std::vector<Frame> stack;
     auto push = [&](quint64 index) -> bool {
@@ -309,7 +342,9 @@ QString checkBinaryShape(const QByteArray& data)
             expanded[index] = 1;
             return true;
         }
-        stack.push_back(Frame { index, **refs, 0 });
+        const quint64 offset
+            = readBigEndian(bytes + tableAt + index * static_cast<quint64>(offsetSize), offsetSize);
+        stack.push_back(Frame { index, **refs, 0, (bytes[offset] >> 4) == 0xD });
         return true;
     };
     if (!push(root))
@@ -340,6 +375,8 @@ QString checkBinaryShape(const QByteArray& data)
         ++frame.next;
         if (child >= objectCount)
             return damaged;
+        if (frame.dict && frame.next <= frame.refs.count / 2 && keyHasNul(child))
+            return QStringLiteral("A key holds a NUL character.");
         if (state[child] == Open)
             return damaged;
         if (state[child] == Unseen) {
@@ -575,7 +612,9 @@ bool writeChainFile(const QString& path, const RecordList& chain, QString* error
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly))
         return setError(error, QStringLiteral("Cannot write \"%1\": %2").arg(path, file.errorString()));
-    if (file.write(xml.get(), static_cast<qint64>(length)) != static_cast<qint64>(length)) {
+    // commit() ignores a failure to write the last buffered bytes (disk
+    // full), so they are flushed and checked here first.
+    if (file.write(xml.get(), static_cast<qint64>(length)) != static_cast<qint64>(length) || !file.flush()) {
         const QString why = file.errorString();
         file.cancelWriting();
         return setError(error, QStringLiteral("Cannot write \"%1\": %2").arg(path, why));
@@ -601,6 +640,9 @@ ChainReadResult readChainFile(const QString& path)
         return refused(path, QStringLiteral("The file does not exist."));
     if (info.isDir())
         return refused(path, QStringLiteral("It is a directory."));
+    // A pipe or a device would block the read or never end.
+    if (!info.isFile())
+        return refused(path, QStringLiteral("It is not a regular file."));
     if (info.size() > kMaxChainFileBytes)
         return refused(
             path, QStringLiteral("It is larger than %1 MB.").arg(kMaxChainFileBytes / (1024 * 1024)));
@@ -608,7 +650,17 @@ ChainReadResult readChainFile(const QString& path)
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
         return refused(path, QStringLiteral("It cannot be read: %1").arg(file.errorString()));
-    const QByteArray data = file.read(kMaxChainFileBytes + 1);
+    // Read in pieces rather than with one buffer of the largest size: the file
+    // may have grown since it was measured, and most chain files are small.
+    QByteArray data;
+    data.reserve(static_cast<qsizetype>(info.size()) + 1);
+    while (data.size() <= kMaxChainFileBytes) {
+        char piece[64 * 1024];
+        const qint64 got = file.read(piece, sizeof piece);
+        if (got <= 0)
+            break;
+        data.append(piece, static_cast<qsizetype>(got));
+    }
     if (file.error() != QFileDevice::NoError)
         return refused(path, QStringLiteral("It cannot be read: %1").arg(file.errorString()));
     if (data.size() > kMaxChainFileBytes)

@@ -1,6 +1,7 @@
 #include "library/DefinitionReader.h"
 
 #include <QFile>
+#include <QFileInfo>
 
 #include <pugixml.hpp>
 
@@ -28,15 +29,8 @@ bool isNamed(const pugi::xml_node& node, const char* name)
 pugi::xml_node openDefinition(const QString& path, unsigned int options, QByteArray& bytes,
                               pugi::xml_document& document)
 {
-    if (path.isEmpty())
+    if (!readDefinitionFile(path, bytes))
         return {};
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return {};
-    bytes = file.readAll();
-    if (file.error() != QFileDevice::NoError)
-        return {};
-    file.close();
     const pugi::xml_parse_result parsed = document.load_buffer_inplace(bytes.data(),
                                                                        static_cast<size_t>(bytes.size()), options);
     if (!parsed)
@@ -110,7 +104,49 @@ RecordPtr parameterFromControl(const pugi::xml_node& control, controlType kind, 
     return parameter;
 }
 
+bool fail(QString* error, const QString& message)
+{
+    if (error)
+        *error = message;
+    return false;
+}
+
 } // namespace
+
+bool readDefinitionFile(const QString& path, QByteArray& bytes, QString* error)
+{
+    bytes.clear();
+    if (path.isEmpty())
+        return fail(error, QStringLiteral("no file was given"));
+    const QFileInfo info(path);
+    if (!info.exists())
+        return fail(error, QStringLiteral("%1 does not exist").arg(path));
+    if (!info.isFile())
+        return fail(error, QStringLiteral("%1 is not a regular file").arg(path));
+    const QString tooLarge
+        = QStringLiteral("%1 is larger than %2 MB").arg(path).arg(kMaxDefinitionBytes / (1024 * 1024));
+    if (info.size() > kMaxDefinitionBytes)
+        return fail(error, tooLarge);
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return fail(error, QStringLiteral("cannot open %1: %2").arg(path, file.errorString()));
+    // In pieces: the file may have grown since it was measured.
+    bytes.reserve(static_cast<qsizetype>(info.size()));
+    while (bytes.size() <= kMaxDefinitionBytes) {
+        char piece[64 * 1024];
+        const qint64 got = file.read(piece, sizeof piece);
+        if (got < 0)
+            return fail(error, QStringLiteral("cannot read %1: %2").arg(path, file.errorString()));
+        if (got == 0)
+            break;
+        bytes.append(piece, static_cast<qsizetype>(got));
+    }
+    if (bytes.size() > kMaxDefinitionBytes) {
+        bytes.clear();
+        return fail(error, tooLarge);
+    }
+    return true;
+}
 
 QString getAttributeFromNodeWithInelement(const pugi::xml_node& inelement, const char* attribute)
 {

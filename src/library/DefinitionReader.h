@@ -2,6 +2,7 @@
 
 #include "library/Record.h"
 
+#include <QByteArray>
 #include <QString>
 #include <QVariantMap>
 
@@ -14,6 +15,16 @@ namespace quillon {
 // Reading of filter definitions (.ffxml). Both readers parse the whole file
 // with pugixml and keep nothing of the tree once they return; they are
 // reentrant and run on any thread.
+
+// Definition files larger than this are not read; a real one holds a few
+// kilobytes.
+inline constexpr qint64 kMaxDefinitionBytes = qint64(128) * 1024 * 1024;
+
+// Reads a definition file whole into `bytes`. Fails (false, and a reason in
+// `error`) when the path does not name a regular file (a pipe or a device
+// would block or never end), when the file is larger than
+// kMaxDefinitionBytes, or when it cannot be read.
+bool readDefinitionFile(const QString& path, QByteArray& bytes, QString* error = nullptr);
 
 // The library reader: a new record with "name", "author" and, when the
 // definition has Components/Result/FilterType, "filtertype". The record is

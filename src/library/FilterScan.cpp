@@ -18,6 +18,12 @@ namespace quillon {
 
 namespace {
 
+// The text a name is sorted by: canonically equivalent names compare equal.
+QString filterSortKey(const QString& name)
+{
+    return name.normalized(QString::NormalizationForm_C);
+}
+
 // The library record of one file, or null when it is not a usable definition.
 RecordPtr readLibraryEntry(const QString& path)
 {
@@ -31,12 +37,16 @@ RecordPtr readLibraryEntry(const QString& path)
 // Scans wait on the global pool while it parses their files, so they run on
 // a pool of their own: were they on the global pool, two scans at once could
 // hold every global thread and wait forever for parses that never start.
-// The application waits for running scans as it shuts down, before the
-// global pool they parse on goes away.
+// One scan at a time, in launch order: the libraries are handed over in the
+// order the scans were asked for, so the last Filters directory chosen is the
+// library that stays (each scan still parses on every core). The application
+// waits for running scans as it shuts down, before the global pool they parse
+// on goes away.
 QThreadPool& scanPool()
 {
     static QThreadPool* pool = [] {
         auto* created = new QThreadPool;
+        created->setMaxThreadCount(1);
         qAddPostRoutine([] { FilterFetcher::waitForScans(); });
         return created;
     }();
@@ -62,9 +72,29 @@ QStringList loadFilterNamesAndArrayWithPath(const QString& path)
     return paths;
 }
 
+bool codePointLessThan(const QString& left, const QString& right)
+{
+    const qsizetype common = std::min(left.size(), right.size());
+    for (qsizetype i = 0; i < common; ++i) {
+        char16_t a = left.at(i).unicode();
+        char16_t b = right.at(i).unicode();
+        if (a == b)
+            continue;
+        // UTF-16 order puts surrogates (code points above U+FFFF) before
+        // U+E000..U+FFFF; shift both ranges so the units compare in
+        // code-point order.
+        if (a >= 0xD800 && b >= 0xD800) {
+            a = static_cast<char16_t>(a >= 0xE000 ? a - 0x800 : a + 0x2000);
+            b = static_cast<char16_t>(b >= 0xE000 ? b - 0x800 : b + 0x2000);
+        }
+        return a < b;
+    }
+    return left.size() < right.size();
+}
+
 bool filterNameLessThan(const Record& left, const Record& right)
 {
-    return QString::compare(left.string(key::name), right.string(key::name), Qt::CaseSensitive) < 0;
+    return codePointLessThan(filterSortKey(left.string(key::name)), filterSortKey(right.string(key::name)));
 }
 
 RecordList scanFilterDirectory(const QString& path)
@@ -77,11 +107,10 @@ RecordList scanFilterDirectory(const QString& path)
     named.reserve(read.size());
     for (const RecordPtr& filterInfo : read) {
         if (filterInfo)
-            named.emplace_back(filterInfo->string(key::name), filterInfo);
+            named.emplace_back(filterSortKey(filterInfo->string(key::name)), filterInfo);
     }
-    std::sort(named.begin(), named.end(), [](const auto& left, const auto& right) {
-        return QString::compare(left.first, right.first, Qt::CaseSensitive) < 0;
-    });
+    std::sort(named.begin(), named.end(),
+        [](const auto& left, const auto& right) { return codePointLessThan(left.first, right.first); });
 
     RecordList library;
     library.reserve(named.size());

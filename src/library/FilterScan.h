@@ -14,9 +14,15 @@ namespace quillon {
 // cannot be listed gives an empty list.
 QStringList loadFilterNamesAndArrayWithPath(const QString& path);
 
-// Library order: "name" compared by UTF-16 code units, case-sensitive, so
-// "Zebra" comes before "apple" and the empty name first.
+// Library order: "name" compared by Unicode code points, case-sensitive and
+// not localised, so "Zebra" comes before "apple" and the empty name first.
+// Canonically equivalent names (composed or decomposed accents) compare
+// equal: both are compared in normalisation form C.
 bool filterNameLessThan(const Record& left, const Record& right);
+
+// Code-point order of two texts (not UTF-16 code-unit order: a character
+// above U+FFFF sorts after U+FFFD).
+bool codePointLessThan(const QString& left, const QString& right);
 
 // The filter library of a directory: every definition below it read with the
 // library reader in parallel on the global thread pool, "path" set, records

@@ -55,6 +55,22 @@ QString decodeChunk(const QByteArray& chunk)
     return text.trimmed();
 }
 
+// How many bytes at the end of `data` begin a UTF-8 character that the data
+// does not complete: the pipe cuts the tool's output anywhere, and such a
+// tail belongs to the next chunk.
+qsizetype incompleteUtf8Tail(const QByteArray& data)
+{
+    const qsizetype size = data.size();
+    for (qsizetype back = 1; back <= 3 && back <= size; ++back) {
+        const auto byte = static_cast<unsigned char>(data.at(size - back));
+        if ((byte & 0xC0) == 0x80)
+            continue; // a continuation byte: look further back for the lead
+        const qsizetype length = byte >= 0xF0 ? 4 : byte >= 0xE0 ? 3 : byte >= 0xC0 ? 2 : 1;
+        return length > back ? back : 0;
+    }
+    return 0;
+}
+
 } // namespace
 
 void filterProcessObject::runSeries()
@@ -115,8 +131,10 @@ void filterProcessObject::captureStandardOutputAndRouteToTextView(QProcess& task
     task.setInputChannelMode(QProcess::ForwardedInputChannel);
     task.setReadChannel(QProcess::StandardOutput);
 
-    const auto routeAvailableOutput = [this, &task] {
-        const QByteArray chunk = task.readAllStandardOutput();
+    // A character cut by the pipe is completed by the next read, so valid
+    // UTF-8 output reaches the display and the log whole.
+    QByteArray carried;
+    const auto routeChunk = [this](const QByteArray& chunk) {
         if (chunk.isEmpty())
             return;
         const QString text = decodeChunk(chunk);
@@ -125,6 +143,13 @@ void filterProcessObject::captureStandardOutputAndRouteToTextView(QProcess& task
         passOnRenderInfoWithData(text);
         if (parent)
             parent->writeLogFileWithMessage(text);
+    };
+    const auto routeAvailableOutput = [&task, &carried, &routeChunk] {
+        QByteArray chunk = carried + task.readAllStandardOutput();
+        const qsizetype tail = incompleteUtf8Tail(chunk);
+        carried = chunk.right(tail);
+        chunk.chop(tail);
+        routeChunk(chunk);
     };
 
     task.start(QIODevice::ReadOnly);
@@ -164,8 +189,10 @@ void filterProcessObject::captureStandardOutputAndRouteToTextView(QProcess& task
                 task.waitForFinished(kPollMilliseconds);
         }
         task.waitForFinished(-1);
-        // What the tool wrote just before it exited.
+        // What the tool wrote just before it exited, and a last character
+        // it never completed (invalid, so it shows nothing).
         routeAvailableOutput();
+        routeChunk(std::exchange(carried, QByteArray()));
     }
 
     // The inputs of a later step are interim outputs of the step before.

@@ -227,15 +227,21 @@ void applyParameters(filterProcessObject& step, pugi::xml_node settingsNode, pug
     }
 }
 
+// Room for a re-serialised file: its source and some more indentation.
+qsizetype expectedOutputSize(const QByteArray& source)
+{
+    return source.size() + source.size() / 4 + 4096;
+}
+
 // Serialises `document` to the run file of task `index`, records it and
 // appends the task's Filter element.
 bool writeRunFile(filterProcessObject& step, pugi::xml_document& document, qint64 index, pugi::xml_node task,
-    QString* error)
+    qsizetype expectedSize, QString* error)
 {
     const QString path = runFilePath(step, index);
     step.filesToRemove.append(path);
     appendOption(task, "Filter", path);
-    if (!writeFileAtomically(path, serializeXml(document))) {
+    if (!writeFileAtomically(path, serializeXml(document, expectedSize))) {
         printConsoleLine(QStringLiteral("HILFE!! - Could not create runfile."));
         if (error)
             *error = QStringLiteral("-1");
@@ -255,8 +261,10 @@ bool writeDefinitionRunFile(filterProcessObject& step, qint64 index, std::option
         return false;
     }
     const QString definition = step.filterData->string(key::path);
+    // Parsed in place: `source` holds the tree's text and outlives it.
+    QByteArray source;
     pugi::xml_document document;
-    if (!loadXmlFile(document, definition, error))
+    if (!loadXmlFile(document, definition, error, &source))
         return false;
     const pugi::xml_node root = document.document_element();
     const QString problem = presetProblem(root, step.settings().presetIndex);
@@ -283,7 +291,7 @@ bool writeDefinitionRunFile(filterProcessObject& step, qint64 index, std::option
         rewriteAttribute(settingsNode, "map_type", QString::number(*mapindex));
     applyParameters(step, settingsNode, controls);
     filterProcessObject::setPresetWithPreset(preset, root);
-    return writeRunFile(step, document, index, task, error);
+    return writeRunFile(step, document, index, task, expectedOutputSize(source), error);
 }
 
 } // namespace
@@ -457,8 +465,9 @@ pugi::xml_node filterProcessObject::copyAndChangeRunFileWithIndex(qint64 index, 
         tasks.remove_child(task);
         return pugi::xml_node();
     };
+    QByteArray source;
     pugi::xml_document document;
-    if (!loadXmlFile(document, lastRunURL, error))
+    if (!loadXmlFile(document, lastRunURL, error, &source))
         return fail();
     const pugi::xml_node root = document.document_element();
     const pugi::xml_node preset = getPresetFromRootCopyWithRoot(root);
@@ -473,7 +482,7 @@ pugi::xml_node filterProcessObject::copyAndChangeRunFileWithIndex(qint64 index, 
     }
     rewriteAttribute(settingsNode, "map_type", QString::number(mapindex));
     setPresetWithPreset(preset, root);
-    if (!writeRunFile(*this, document, index, task, error))
+    if (!writeRunFile(*this, document, index, task, expectedOutputSize(source), error))
         return fail();
     return task;
 }

@@ -7,14 +7,19 @@
 
 namespace quillon {
 
-// Reads an XML file with pugixml's default (forgiving) parse options. On
-// failure returns false and, when `error` is given, says why.
-bool loadXmlFile(pugi::xml_document& document, const QString& path, QString* error = nullptr);
+// Reads an XML file with pugixml's default (forgiving) parse options,
+// keeping comments, processing instructions and the document type. On
+// failure returns false and, when `error` is given, says why. With `storage`
+// the document is parsed in place, in the file's bytes kept there: it must
+// outlive the document and stay untouched.
+bool loadXmlFile(pugi::xml_document& document, const QString& path, QString* error = nullptr,
+                 QByteArray* storage = nullptr);
 
 // Serialises a document with a leading declaration (version "1.0", encoding
 // "UTF-8"), two-space indentation and self-closing empty elements. Any
-// declaration already in the document is replaced.
-QByteArray serializeXml(pugi::xml_document& document);
+// declaration already in the document is replaced. `expectedSize`, when
+// known, saves the growing of the result.
+QByteArray serializeXml(pugi::xml_document& document, qsizetype expectedSize = 0);
 
 // Writes `bytes` to `path` atomically (temporary file, then rename).
 bool writeFileAtomically(const QString& path, const QByteArray& bytes, QString* error = nullptr);

@@ -534,6 +534,15 @@ TEST_F(ParameterEditorTest, StoringWithoutASelectedRowChangesNothing)
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "Tried to much filter values with no valueline selected\n");
 }
 
+TEST_F(ParameterEditorTest, EditorBoxNamesTheRowItEdits)
+{
+    setActive(IntRow, true);
+    selectRow("filterParamList", IntRow);
+    EXPECT_EQ(editor()->title(), "Variation of Radius over the frames");
+    selectRow("filterParamList", VariationRow);
+    EXPECT_EQ(editor()->title(), "Variation of Variations over the frames");
+}
+
 } // namespace
 
 namespace {

@@ -118,5 +118,22 @@ TEST(CliOptions, HelpAndVersion)
     EXPECT_TRUE(cliHelpText().contains(QStringLiteral("--save-chain")));
 }
 
+TEST(CliOptions, HelpStatesTheDefaultsTheFlagsStartFrom)
+{
+    const RunSettings defaults;
+    const QString help = cliHelpText().simplified();
+    EXPECT_TRUE(help.contains(QStringLiteral("(default %1)").arg(defaults.frameCountText)));
+    EXPECT_TRUE(help.contains(QStringLiteral("(default %1)").arg(defaults.widthText)));
+    EXPECT_TRUE(help.contains(QStringLiteral("(default %1)").arg(defaults.outputPrefix)));
+    EXPECT_TRUE(help.contains(QStringLiteral("(default %1)").arg(defaults.format)));
+    EXPECT_TRUE(help.contains(QStringLiteral("(default %1)").arg(defaults.jpegQualityText)));
+    EXPECT_EQ(defaults.nameStyle, 0);
+    EXPECT_TRUE(help.contains(QStringLiteral("plain (default)")));
+    // The input directory listing takes subdirectories too and skips only
+    // what lies under a name beginning with ".".
+    EXPECT_TRUE(help.contains(QStringLiteral("files and subdirectories")));
+    EXPECT_FALSE(help.contains(QStringLiteral("hidden entries skipped")));
+}
+
 } // namespace
 } // namespace quillon

@@ -4,6 +4,7 @@
 #include "support/BatchFixtures.h"
 
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QProcess>
 #include <QTemporaryDir>
@@ -195,6 +196,42 @@ TEST_F(CliRun, SaveChainWritesTheChainAfterTheRun)
                                  m_out, "--format", "PNG", "--frames", "1", "--prefix", "c_"});
     EXPECT_EQ(again.exitCode, 0) << again.err.toStdString();
     EXPECT_EQ(batchDirectoryNames(m_out), QStringList{"NX_c_-1.png"});
+}
+
+TEST_F(CliRun, AnUnknownParameterKindInTheChainFileIsReportedAndNothingRuns)
+{
+    const auto writeChain = [this](const QString& name, const QByteArray& body) {
+        const QString path = QDir(m_temp.path()).filePath(name);
+        QFile file(path);
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\">\n" + body + "</plist>\n");
+        return path;
+    };
+    const QByteArray filter = "<dict><key>name</key><string>Glow</string><key>path</key><string>"
+        + m_definition.toUtf8() + "</string><key>Components</key><array><dict><key>CONTROL_ID</key>"
+        + "<string>##@@##</string><key>CONTROL_PROXY</key><integer>CODE</integer><key>ACTIVE</key>"
+        + "<integer>0</integer></dict></array></dict>";
+    QByteArray unknown = filter;
+    unknown.replace("CODE", "7");
+    QByteArray known = filter;
+    known.replace("CODE", "4");
+    const QString unknownChain = writeChain(QStringLiteral("unknown.qlch"), "<array>" + known + unknown + "</array>");
+    const QStringList runFlags{"--tool", QStringLiteral(QUILLON_STANDIN_PATH), "--output", m_out, "--prefix", "c_"};
+
+    const CliResult stopped = run(QStringList{"--chain", unknownChain} + runFlags);
+    EXPECT_EQ(stopped.exitCode, 2);
+    EXPECT_TRUE(stopped.out.contains(QStringLiteral("Fuckdata in save\n"))) << stopped.out.toStdString();
+    EXPECT_TRUE(stopped.err.contains(QStringLiteral("unknown parameter kind"))) << stopped.err.toStdString();
+    EXPECT_TRUE(batchDirectoryNames(m_out).isEmpty());
+
+    // A file that is no chain at all is refused with its reason, without
+    // the unknown-kind line.
+    const QString notAChain = writeChain(QStringLiteral("dict.qlch"), known);
+    const CliResult refused = run(QStringList{"--chain", notAChain} + runFlags);
+    EXPECT_EQ(refused.exitCode, 2);
+    EXPECT_FALSE(refused.out.contains(QStringLiteral("Fuckdata in save")));
+    EXPECT_TRUE(refused.err.contains(QStringLiteral("is not a filter chain file"))) << refused.err.toStdString();
+    EXPECT_TRUE(batchDirectoryNames(m_out).isEmpty());
 }
 
 } // namespace

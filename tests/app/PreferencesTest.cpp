@@ -5,6 +5,7 @@
 #include <QFile>
 #include <QSet>
 #include <QSettings>
+#include <QStandardPaths>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
@@ -58,6 +59,14 @@ TEST_F(PreferencesTest, ResetWritesEveryFactoryValueAndSavesToDisk)
     // A reset never chooses the source type or the frame suffix.
     EXPECT_FALSE(prefs.contains(pref::INPUT_MODE));
     EXPECT_FALSE(prefs.contains(pref::OUTPUT_SUFFIX));
+}
+
+TEST_F(PreferencesTest, TheUsersStoreIsTheNativeFileInTheUsersConfigLocation)
+{
+    // Only looked at, never written.
+    const Preferences prefs;
+    const QString config = QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation);
+    EXPECT_EQ(prefs.fileName(), QDir(config).filePath(QStringLiteral("Quillon/Quillon.conf")));
 }
 
 TEST_F(PreferencesTest, TableListsEachKeyOnceWithTheMarkerLastOfTheResetValues)

@@ -79,6 +79,26 @@ TEST_F(ProgressSheetWindowTest, ShowsReportsAndCountsToolRunsAgainstThePlan)
     EXPECT_EQ(label("psFilterField")->text(), QStringLiteral("Soft Glow"));
 }
 
+TEST_F(ProgressSheetWindowTest, StepFieldCountsTheFiltersOfTheChainInOrder)
+{
+    m_sheet->setPlannedSteps(3);
+    m_sheet->beginRun(5);
+    EXPECT_EQ(label("prStepField")->text(), QString());
+    m_sheet->showFilterInfo(QStringLiteral("Stone Wall"), QStringLiteral("Quillon Samples"));
+    EXPECT_EQ(label("prStepField")->text(), QStringLiteral("1 of 3"));
+    m_sheet->showFilterInfo(QStringLiteral("Vignette"), QStringLiteral("Quillon Samples"));
+    EXPECT_EQ(label("prStepField")->text(), QStringLiteral("2 of 3"));
+    EXPECT_EQ(m_sheet->stepsStarted(), 2);
+    m_sheet->endRun();
+
+    // A new run counts from the first filter again.
+    m_sheet->beginRun(1);
+    EXPECT_EQ(m_sheet->stepsStarted(), 0);
+    m_sheet->showFilterInfo(QStringLiteral("Stone Wall"), QStringLiteral("Quillon Samples"));
+    EXPECT_EQ(label("prStepField")->text(), QStringLiteral("1 of 3"));
+    m_sheet->endRun();
+}
+
 TEST_F(ProgressSheetWindowTest, MoreRunsThanPlannedStretchTheBar)
 {
     m_sheet->beginRun(1);

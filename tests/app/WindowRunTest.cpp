@@ -7,10 +7,14 @@
 
 #include <QDir>
 #include <QFile>
+#include <QLabel>
+#include <QMainWindow>
 #include <QPushButton>
 #include <QSignalSpy>
+#include <QStatusBar>
 #include <QTableView>
 #include <QTest>
+#include <QTimer>
 
 namespace quillon::test {
 namespace {
@@ -139,8 +143,12 @@ TEST_F(WindowRunTest, AFullRunCompletesClosesTheSheetAndDeletesTheInterimFiles)
     EXPECT_FALSE(finished.first().first().toBool());
     EXPECT_FALSE(delegate().progressSheet()->isVisible());
     EXPECT_EQ(delegate().progressSheet()->toolRunsStarted(), 4);
+    EXPECT_EQ(delegate().progressSheet()->stepsStarted(), 2);
+    EXPECT_EQ(delegate().progressSheet()->findChild<QLabel*>(QStringLiteral("prStepField"))->text(),
+              QStringLiteral("2 of 2"));
     EXPECT_GE(delegate().progressSheet()->shownFrame(), 0);
     EXPECT_EQ(delegate().outputPrefix, QStringLiteral("win"));
+    EXPECT_EQ(delegate().window()->statusBar()->currentMessage(), QStringLiteral("Run finished."));
 
     EXPECT_TRUE(taskFilesLeft().isEmpty()) << taskFilesLeft().join(QLatin1Char(' ')).toStdString();
     const QStringList images = QDir(outputDir()).entryList({QStringLiteral("*.png")}, QDir::Files);
@@ -160,7 +168,7 @@ TEST_F(WindowRunTest, AbortClosesTheSheetAtOnceAndTheRunWindsDown)
 
     QSignalSpy finished(delegate().batchController(), &BatchController::runFinished);
     widget<QPushButton>("startButton")->click();
-    ASSERT_TRUE(delegate().progressSheet()->isVisible());
+    ASSERT_TRUE(delegate().progressSheet()->isVisible()) << alerts().join(QStringLiteral("; ")).toStdString();
     // Abort once the tool is running.
     QTRY_VERIFY_WITH_TIMEOUT(delegate().progressSheet()->toolRunsStarted() >= 1, kRunTimeoutMs);
     delegate().progressSheet()->findChild<QPushButton*>(QStringLiteral("abortButton"))->click();
@@ -170,6 +178,54 @@ TEST_F(WindowRunTest, AbortClosesTheSheetAtOnceAndTheRunWindsDown)
     EXPECT_TRUE(finished.first().first().toBool());
     EXPECT_FALSE(delegate().batchController()->isRunning());
     EXPECT_TRUE(taskFilesLeft().isEmpty()) << taskFilesLeft().join(QLatin1Char(' ')).toStdString();
+}
+
+TEST_F(WindowRunTest, AToolThatHadToBeKilledIsNamedInTheStatusLine)
+{
+    BatchEnvGuard hang("QUILLON_STANDIN_HANG", "ignore-term");
+    buildChain(1);
+    prepareRunWithoutInput(QStringLiteral("1"));
+
+    QSignalSpy finished(delegate().batchController(), &BatchController::runFinished);
+    widget<QPushButton>("startButton")->click();
+    QTRY_VERIFY_WITH_TIMEOUT(delegate().progressSheet()->toolRunsStarted() >= 1, kRunTimeoutMs);
+    delegate().progressSheet()->findChild<QPushButton*>(QStringLiteral("abortButton"))->click();
+    EXPECT_FALSE(delegate().progressSheet()->isVisible());
+
+    QTRY_COMPARE_WITH_TIMEOUT(finished.count(), 1, kRunTimeoutMs);
+    EXPECT_EQ(delegate().window()->statusBar()->currentMessage(),
+              QStringLiteral("Run aborted. The render tool did not stop; it was killed."));
+    EXPECT_TRUE(taskFilesLeft().isEmpty()) << taskFilesLeft().join(QLatin1Char(' ')).toStdString();
+}
+
+TEST_F(WindowRunTest, TheAnimationSwingsBackAndForthAndStopsWithTheRun)
+{
+    // Tool runs long enough for eleven ticks; the abort ends them early.
+    BatchEnvGuard delay("QUILLON_STANDIN_DELAY_MS", "30000");
+    buildChain(1);
+    prepareRunWithoutInput(QStringLiteral("1"));
+
+    QSignalSpy frames(delegate().progressSheet(), &ProgressSheet::animationFrameShown);
+    QSignalSpy finished(delegate().batchController(), &BatchController::runFinished);
+    widget<QPushButton>("startButton")->click();
+    ASSERT_TRUE(delegate().progressSheet()->isVisible());
+
+    QTRY_VERIFY_WITH_TIMEOUT(frames.count() >= 11, kRunTimeoutMs);
+    QList<int> shown;
+    for (int i = 0; i < 11; ++i)
+        shown.append(frames.at(i).first().toInt());
+    EXPECT_EQ(shown, (QList<int>{0, 1, 2, 3, 4, 5, 4, 3, 2, 1, 0}));
+
+    QTimer* animation = nullptr;
+    for (QTimer* timer : delegate().batchController()->findChildren<QTimer*>()) {
+        if (timer->isActive() && timer->interval() == 100)
+            animation = timer;
+    }
+    ASSERT_NE(animation, nullptr) << "no 0.1 s animation timer running";
+
+    delegate().progressSheet()->findChild<QPushButton*>(QStringLiteral("abortButton"))->click();
+    QTRY_COMPARE_WITH_TIMEOUT(finished.count(), 1, kRunTimeoutMs);
+    EXPECT_FALSE(animation->isActive());
 }
 
 } // namespace

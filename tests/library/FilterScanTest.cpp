@@ -5,6 +5,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QSet>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QThread>
@@ -171,6 +172,43 @@ TEST(FilterScan, KeepsUsableDefinitionsSortedByCodePoints)
     EXPECT_EQ(library.front()->string(key::path), root + QStringLiteral("/Nameless.ffxml"));
 }
 
+TEST(FilterScan, SortsByCodePointsWithCanonicalEquivalentsTogether)
+{
+    QTemporaryDir dir;
+    const QString root = dir.path();
+    // U+FF21 (fullwidth A) is below U+1F600 as a code point, though its
+    // UTF-16 unit 0xFF21 is above the surrogate 0xD83D.
+    const QString fullwidth = QString(QChar(0xFF21)) + QStringLiteral("wide");
+    const QString emoji = QString::fromUcs4(U"\U0001F600 smile");
+    const QString composed = QString::fromUcs4(U"\u00C9cole");
+    const QString decomposed = QString::fromUcs4(U"E\u0301cole");
+    writeFile(root, QStringLiteral("emoji.ffxml"), definitionNamed(emoji));
+    writeFile(root, QStringLiteral("wide.ffxml"), definitionNamed(fullwidth));
+    writeFile(root, QStringLiteral("zebra.ffxml"), definitionNamed(QStringLiteral("zebra")));
+    writeFile(root, QStringLiteral("Zebra.ffxml"), definitionNamed(QStringLiteral("Zebra")));
+    writeFile(root, QStringLiteral("ecole1.ffxml"), definitionNamed(composed));
+    writeFile(root, QStringLiteral("ecole2.ffxml"), definitionNamed(decomposed));
+
+    const QStringList listed = names(scanFilterDirectory(root));
+    ASSERT_EQ(listed.size(), 6);
+    EXPECT_EQ(listed.mid(0, 2), (QStringList { QStringLiteral("Zebra"), QStringLiteral("zebra") }));
+    // The two spellings of the same name sit together, after "zebra".
+    EXPECT_EQ(QSet<QString>(listed.begin() + 2, listed.begin() + 4), (QSet<QString> { composed, decomposed }));
+    EXPECT_EQ(listed.mid(4), (QStringList { fullwidth, emoji }));
+
+    auto named = [](const QString& name) {
+        Record record;
+        record.setString(key::name, name);
+        return record;
+    };
+    EXPECT_TRUE(filterNameLessThan(named(fullwidth), named(emoji)));
+    EXPECT_FALSE(filterNameLessThan(named(emoji), named(fullwidth)));
+    EXPECT_FALSE(filterNameLessThan(named(composed), named(decomposed)));
+    EXPECT_FALSE(filterNameLessThan(named(decomposed), named(composed)));
+    EXPECT_TRUE(filterNameLessThan(named(QString()), named(QStringLiteral("A"))));
+    EXPECT_TRUE(codePointLessThan(QStringLiteral("ab"), QStringLiteral("abc")));
+}
+
 TEST(FilterScan, OddDefinitionsKeepOnlyTheUsableOnes)
 {
     EXPECT_EQ(names(scanFilterDirectory(kOddDir)),
@@ -290,6 +328,28 @@ TEST(FilterFetcher, EveryScanHandsOverItsOwnResult)
     EXPECT_TRUE(nowhere.m_baseFiltersArray.empty());
     EXPECT_FALSE(nowhere.m_spinnerRunning);
     EXPECT_TRUE(nowhere.m_addFilterButtonEnabled);
+}
+
+TEST(FilterFetcher, LibrariesArriveInTheOrderTheScansWereLaunched)
+{
+    // A large directory chosen first and a small one after it: the small
+    // library would be ready first, but the last choice must be the last
+    // library handed over.
+    QTemporaryDir large;
+    for (int i = 0; i < 400; ++i)
+        writeFile(large.path(), QStringLiteral("d%1/F%2.ffxml").arg(i % 20).arg(i),
+                  definitionNamed(QStringLiteral("Large%1").arg(i)));
+    QTemporaryDir small;
+    writeFile(small.path(), QStringLiteral("Only.ffxml"), definitionNamed(QStringLiteral("Only")));
+
+    QList<int> sizes;
+    FilterFetcher fetcher;
+    QObject::connect(&fetcher, &FilterFetcher::fetched,
+                     [&sizes](const RecordList& filters) { sizes.append(static_cast<int>(filters.size())); });
+    fetcher.launch(large.path());
+    fetcher.launch(small.path());
+    ASSERT_TRUE(QTest::qWaitFor([&] { return sizes.size() == 2; }, 30000));
+    EXPECT_EQ(sizes, (QList<int>{400, 1}));
 }
 
 TEST(FilterFetcher, DestroyedFetcherDropsItsHandOver)

@@ -233,6 +233,28 @@ TEST_F(RunFile, AnUnwritableRunFileIsReportedAndTheTaskDropped)
     EXPECT_TRUE(tasks.first_child().empty());
 }
 
+TEST_F(RunFile, CommentsAndInstructionsOfTheDefinitionAreKept)
+{
+    QByteArray definition(kDefinition);
+    definition.replace("<Filter>", "<?render-hint fast?>\n<!-- made by hand -->\n<Filter>");
+    definition.replace("<Controls>", "<Controls><!-- tuned -->");
+    ASSERT_TRUE(writeText(definitionPath, definition));
+    activate(QStringLiteral("glow_amount"), 1);
+    auto step = makeStep(filter, true, true, 0);
+    QString error;
+    writeOneTask(*step, &error);
+    const QByteArray runFile = readText(out(QStringLiteral("bth-run-0.ffxml")));
+    EXPECT_TRUE(runFile.startsWith("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<?render-hint fast?>\n"
+                                   "<!-- made by hand -->\n<Filter>"))
+        << runFile.left(200).toStdString();
+    EXPECT_EQ(runFile.count("<?xml "), 1);
+    EXPECT_EQ(runFile.count("<!-- tuned -->"), 1);
+    EXPECT_EQ(countNodes(out(QStringLiteral("bth-run-0.ffxml")), "/Filter/Presets/*"), 1);
+    EXPECT_EQ(xpathValue(out(QStringLiteral("bth-run-0.ffxml")),
+                  "/Filter/Presets/DefaultPreset/Controls/SliderControl[@id='glow_amount']/Value/@value"),
+        QStringLiteral("0.500"));
+}
+
 // ---- Preset helpers -------------------------------------------------------------
 
 TEST(PresetHelpers, MakeDefaultPresetMovesEveryChildInOrder)

@@ -181,6 +181,12 @@ bool writeResult(const QImage& image, const QString& path, const QString& format
         file.cancelWriting();
         return false;
     }
+    // commit() ignores a failure to write the last buffered bytes.
+    if (!file.flush()) {
+        *error = QStringLiteral("cannot write \"%1\": %2").arg(path, file.errorString());
+        file.cancelWriting();
+        return false;
+    }
     if (!file.commit()) {
         *error = QStringLiteral("cannot write \"%1\": %2").arg(path, file.errorString());
         return false;

@@ -19,6 +19,13 @@
 //                                    "ignore-term" also ignores SIGTERM
 //   QUILLON_STANDIN_BAD_UTF8=1       print a line with invalid UTF-8 bytes first
 //   QUILLON_STANDIN_FLOOD_BYTES=N    print N bytes of filler lines first (at most 1 GiB)
+//   QUILLON_STANDIN_FLOOD_FILL=TEXT  the filler of those lines (UTF-8; default "x")
+//   QUILLON_STANDIN_GATE=FILE        after the first output line, wait until FILE
+//                                    exists (at most 60 s) before the tasks
+//   QUILLON_STANDIN_CRASH_AFTER=N    abort() once N tasks are done (0 included:
+//                                    before the first task)
+//   QUILLON_STANDIN_JOURNAL=FILE     append "pid <pid>" at start and "wrote <path>"
+//                                    after each result written
 //   QUILLON_STANDIN_RECORD=FILE      append "control <path>" and one "result <path>"
 //                                    line per task to FILE
 // A switch that is empty or "0" is off.
@@ -35,6 +42,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <thread>
+#include <unistd.h>
 
 using namespace quillon::standin;
 
@@ -42,6 +50,9 @@ namespace {
 
 constexpr qint64 kMaxControlFileBytes = qint64(16) * 1024 * 1024;
 constexpr qint64 kMaxFloodBytes = qint64(1) << 30;
+constexpr qint64 kMaxFillBytes = 4096;
+constexpr int kGatePollMs = 10;
+constexpr int kGateLimitMs = 60 * 1000;
 
 QByteArray env(const char* name)
 {
@@ -74,9 +85,9 @@ void printError(const QString& message)
     std::fflush(stderr);
 }
 
-void record(const QByteArray& line)
+void appendLine(const char* variable, const QByteArray& line)
 {
-    const QString path = QString::fromLocal8Bit(env("QUILLON_STANDIN_RECORD"));
+    const QString path = QString::fromLocal8Bit(env(variable));
     if (path.isEmpty())
         return;
     QFile file(path);
@@ -84,19 +95,46 @@ void record(const QByteArray& line)
         file.write(line + '\n');
 }
 
+void record(const QByteArray& line)
+{
+    appendLine("QUILLON_STANDIN_RECORD", line);
+}
+
+void journal(const QByteArray& line)
+{
+    appendLine("QUILLON_STANDIN_JOURNAL", line);
+}
+
+// Waits until the gate file exists, so a test can change the world while
+// the tool is between its first line and its tasks.
+void waitAtGate()
+{
+    const QString gate = QString::fromLocal8Bit(env("QUILLON_STANDIN_GATE"));
+    if (gate.isEmpty())
+        return;
+    for (int waited = 0; waited < kGateLimitMs && !QFile::exists(gate); waited += kGatePollMs)
+        std::this_thread::sleep_for(std::chrono::milliseconds(kGatePollMs));
+}
+
+// Exactly `bytes` bytes of numbered filler lines; a last line that would not
+// fit whole is replaced by dots, so a multi-byte filler is never cut inside a
+// character.
 void flood(qint64 bytes)
 {
     bytes = std::min(bytes, kMaxFloodBytes);
-    const QByteArray filler(99, 'x');
+    QByteArray fill = env("QUILLON_STANDIN_FLOOD_FILL").left(kMaxFillBytes);
+    if (fill.isEmpty())
+        fill = "x";
+    QByteArray filler;
+    while (filler.size() < 99)
+        filler += fill;
     qint64 written = 0;
     for (qint64 n = 0; written < bytes; ++n) {
-        const QByteArray line = QByteArray::number(n).rightJustified(8, '0') + ' ' + filler;
-        const qint64 take = std::min<qint64>(line.size() + 1, bytes - written);
-        std::fwrite(
-            line.constData(), 1, static_cast<std::size_t>(std::min<qint64>(take, line.size())), stdout);
-        if (take > line.size())
-            std::fputc('\n', stdout);
-        written += take;
+        QByteArray line = QByteArray::number(n).rightJustified(8, '0') + ' ' + filler + '\n';
+        if (line.size() > bytes - written)
+            line = QByteArray(bytes - written, '.');
+        std::fwrite(line.constData(), 1, static_cast<std::size_t>(line.size()), stdout);
+        written += line.size();
     }
     std::fflush(stdout);
 }
@@ -127,6 +165,7 @@ int main(int argc, char** argv)
         return 1;
     }
     record("control " + controlPath.toUtf8());
+    journal("pid " + QByteArray::number(static_cast<qint64>(::getpid())));
     printLine("Quillon stand-in render tool: " + controlPath.toUtf8());
 
     if (switchOn("QUILLON_STANDIN_CRASH"))
@@ -137,6 +176,7 @@ int main(int argc, char** argv)
         printLine(QByteArray("Bad bytes: \xff\xfe \xc3\x28 \xed\xa0\x80 end"));
     if (const qint64 bytes = envNumber("QUILLON_STANDIN_FLOOD_BYTES", 0); bytes > 0)
         flood(bytes);
+    waitAtGate();
 
     ControlSpec control;
     if (!parseControlFile(controlBytes, &control, &error)) {
@@ -146,8 +186,13 @@ int main(int argc, char** argv)
 
     const qint64 delayMs = std::clamp<qint64>(envNumber("QUILLON_STANDIN_DELAY_MS", 0), 0, 24 * 3600 * 1000);
     const auto total = control.tasks.size();
+    const qint64 crashAfter = env("QUILLON_STANDIN_CRASH_AFTER").trimmed().isEmpty()
+        ? -1
+        : envNumber("QUILLON_STANDIN_CRASH_AFTER", -1);
     bool allWritten = true;
     for (std::size_t i = 0; i < total; ++i) {
+        if (crashAfter >= 0 && static_cast<qint64>(i) >= crashAfter)
+            std::abort();
         const TaskSpec& task = control.tasks[i];
         if (delayMs > 0)
             std::this_thread::sleep_for(std::chrono::milliseconds(delayMs));
@@ -159,6 +204,8 @@ int main(int argc, char** argv)
             || !writeResult(renderTask(task, run), task.resultPath, control.defaultFormat, &error)) {
             printLine(QStringLiteral("Error: %1").arg(error).toUtf8());
             allWritten = false;
+        } else {
+            journal("wrote " + task.resultPath.toUtf8());
         }
     }
     printLine("Done");

@@ -14,6 +14,7 @@
 #include <QCloseEvent>
 #include <QCoreApplication>
 #include <QDialog>
+#include <QFileInfo>
 #include <QHeaderView>
 #include <QMainWindow>
 #include <QSignalBlocker>
@@ -462,7 +463,8 @@ void AppDelegate::toggleUseMapsWithSender(QObject* /*sender*/)
 
 void AppDelegate::openChainFile(const QString& path)
 {
-    openFilterChainWithUrl(QUrl::fromLocalFile(path));
+    // A name given on the command line is relative to the working directory.
+    openFilterChainWithUrl(QUrl::fromLocalFile(QFileInfo(path).absoluteFilePath()));
 }
 
 void AppDelegate::saveFilterChainWithSender(QObject* /*sender*/)
@@ -547,7 +549,14 @@ void AppDelegate::filterParamListClick()
     for (QWidget* editor : editors)
         blockers.push_back(std::make_unique<QSignalBlocker>(editor));
 
+    // The box names the row it edits, and the row stays in sight above it.
+    const QString name = param->string(key::CONTROL_NAME);
+    ui.filterParamGroup->setTitle(tr("Variation of %1 over the frames")
+                                      .arg(name.isEmpty() ? paramNameText(*param).trimmed() : name));
     ui.filterParamGroup->show();
+    ui.parametersTabLayout->activate();
+    ui.filterParamList->scrollTo(
+        m_paramModel->index(selectedRowOf(ui.filterParamList), ParamTableModel::filterParamNameColumn));
     const int popState = clampToInt(param->integer(key::POPSTATE));
     switch (*kind) {
     case controlType::kTypeCheckbox:

@@ -20,6 +20,7 @@
 #include <QFileInfo>
 #include <QMainWindow>
 #include <QSignalBlocker>
+#include <QStatusBar>
 #include <QUrl>
 
 #include <algorithm>
@@ -105,7 +106,8 @@ void AppDelegate::setupSettingsSide()
 
     m_progressSheet = new ProgressSheet(m_window);
     m_batchDisplay.reset(new WindowBatchDisplay(
-        m_progressSheet, [this](const QString& message) { showApplicationErrorAlertWithMessage(message); }));
+        m_progressSheet, [this](const QString& message) { showApplicationErrorAlertWithMessage(message); },
+        [this](const QString& status) { m_window->statusBar()->showMessage(status); }));
     m_batch.reset(new BatchController(m_batchDisplay.get()));
 
     Ui::SettingsPane& s = *m_settingsUi;
@@ -690,6 +692,7 @@ void AppDelegate::startBatchWithSender(QObject* /*sender*/)
         inputs = 1;
     else if (settings.inputMode == kSourceDirectory && QFileInfo(settings.sourcePath).isDir())
         inputs = static_cast<int>(BatchController::loadImagesFromSourceFolder(settings.sourcePath).size());
+    m_progressSheet->setPlannedSteps(static_cast<int>(filterArray.size()));
     m_batchDisplay->setPlannedToolRuns(ProgressSheet::plannedToolRuns(
         inputs, static_cast<int>(filterArray.size()), settings.frameCount()));
 

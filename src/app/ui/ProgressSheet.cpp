@@ -69,6 +69,8 @@ void ProgressSheet::beginRun(int plannedRuns)
 {
     m_planned = std::max(0, plannedRuns);
     m_started = 0;
+    m_steps = 0;
+    m_ui->prStepField->clear();
     m_finished = false;
     m_shownFrame = -1;
     updateBar();
@@ -97,6 +99,10 @@ void ProgressSheet::showFilterInfo(const QString& name, const QString& author)
 {
     m_ui->psFilterField->setText(name);
     m_ui->prAuthorField->setText(author);
+    // Each filter of the chain reports itself once, in chain order.
+    ++m_steps;
+    m_ui->prStepField->setText(m_plannedSteps > 0 ? tr("%1 of %2").arg(m_steps).arg(m_plannedSteps)
+                                                   : QString::number(m_steps));
 }
 
 void ProgressSheet::showSourceInfo(const QString& source)
@@ -117,6 +123,7 @@ void ProgressSheet::showAnimationFrame(int frame)
         return;
     m_shownFrame = frame;
     m_ui->prAmination->setPixmap(animArray.at(frame));
+    Q_EMIT animationFrameShown(frame);
 }
 
 void ProgressSheet::reject()

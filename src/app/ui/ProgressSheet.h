@@ -5,6 +5,7 @@
 #include <QList>
 #include <QPixmap>
 
+#include <algorithm>
 #include <memory>
 
 class QTimer;
@@ -34,9 +35,13 @@ public:
     // later step runs once per image of the step before.
     static int plannedToolRuns(int inputCount, int steps, qint64 frames);
 
+    // The number of filters in the chain of the next run; the sheet counts
+    // the filters reported against it ("Step 2 of 3").
+    void setPlannedSteps(int steps) { m_plannedSteps = std::max(0, steps); }
+
     // Shows the sheet window-modal over its parent with the bar at 0 of
-    // `plannedRuns` and the clock at 0:00. The text fields keep what the
-    // previous run left until new reports arrive.
+    // `plannedRuns`, the clock at 0:00 and the step count empty. The other
+    // text fields keep what the previous run left until new reports arrive.
     void beginRun(int plannedRuns);
     // Hides the sheet and stops the clock; harmless when already hidden.
     void endRun();
@@ -51,11 +56,15 @@ public:
 
     int toolRunsStarted() const { return m_started; }
     int toolRunsPlanned() const { return m_planned; }
+    // Filters reported in the current run.
+    int stepsStarted() const { return m_steps; }
     // The frame last shown, -1 before the first tick of a run.
     int shownFrame() const { return m_shownFrame; }
 
 Q_SIGNALS:
     void abortRequested();
+    // Each animation frame as it is put on the sheet.
+    void animationFrameShown(int frame);
 
 public Q_SLOTS:
     void reject() override;
@@ -70,6 +79,8 @@ private:
     QElapsedTimer m_clock;
     int m_planned = 0;
     int m_started = 0;
+    int m_plannedSteps = 0;
+    int m_steps = 0;
     bool m_finished = false;
     int m_shownFrame = -1;
 };

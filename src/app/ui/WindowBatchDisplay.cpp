@@ -3,11 +3,15 @@
 #include "app/ui/DialogSeams.h"
 #include "app/ui/ProgressSheet.h"
 
+#include <algorithm>
+
 namespace quillon {
 
-WindowBatchDisplay::WindowBatchDisplay(ProgressSheet* sheet, std::function<void(const QString&)> showAlert)
+WindowBatchDisplay::WindowBatchDisplay(ProgressSheet* sheet, std::function<void(const QString&)> showAlert,
+                                       std::function<void(const QString&)> showStatus)
     : m_sheet(sheet)
     , m_showAlert(std::move(showAlert))
+    , m_showStatus(std::move(showStatus))
 {
 }
 
@@ -19,11 +23,14 @@ void WindowBatchDisplay::showErrorAlert(const QString& message)
 
 void WindowBatchDisplay::beginProgressSheet()
 {
+    m_sheetOpen = true;
+    m_reportedAfterClose.clear();
     m_sheet->beginRun(m_planned);
 }
 
 void WindowBatchDisplay::endProgressSheet()
 {
+    m_sheetOpen = false;
     m_sheet->endRun();
 }
 
@@ -39,7 +46,29 @@ void WindowBatchDisplay::showSourceInfo(const QString& source)
 
 void WindowBatchDisplay::showRenderInfo(const QString& info)
 {
-    m_sheet->showRenderInfo(info);
+    if (!m_sheetOpen) {
+        const QString last = info.trimmed().section(QLatin1Char('\n'), -1);
+        if (!last.isEmpty())
+            m_reportedAfterClose = last;
+    }
+    m_sheet->showRenderInfo(tailForDisplay(info));
+}
+
+QString WindowBatchDisplay::tailForDisplay(const QString& info)
+{
+    qsizetype start = 0;
+    qsizetype lines = 0;
+    for (qsizetype i = info.size(); i-- > 0;) {
+        if (info.at(i) == QLatin1Char('\n') && ++lines == kShownLines) {
+            start = i + 1;
+            break;
+        }
+    }
+    start = std::max(start, info.size() - kShownCharacters);
+    // Never begin with the second half of a surrogate pair.
+    if (start > 0 && start < info.size() && info.at(start).isLowSurrogate())
+        ++start;
+    return start == 0 ? info : info.mid(start);
 }
 
 void WindowBatchDisplay::showAnimationFrame(int frame)
@@ -47,9 +76,15 @@ void WindowBatchDisplay::showAnimationFrame(int frame)
     m_sheet->showAnimationFrame(frame);
 }
 
-void WindowBatchDisplay::runFinished(bool /*aborted*/)
+void WindowBatchDisplay::runFinished(bool aborted)
 {
     m_sheet->finishRun();
+    if (!m_showStatus)
+        return;
+    QString status = aborted ? QStringLiteral("Run aborted.") : QStringLiteral("Run finished.");
+    if (aborted && !m_reportedAfterClose.isEmpty())
+        status += QLatin1Char(' ') + m_reportedAfterClose.left(kShownCharacters);
+    m_showStatus(status);
 }
 
 void WindowBatchDisplay::beep()

@@ -9,10 +9,14 @@ namespace quillon {
 class ProgressSheet;
 
 // The main window's side of a batch run: reports go to the progress sheet,
-// failed checks to the window's error alert.
+// failed checks to the window's error alert, and how the run ended to the
+// window's status line. Abort closes the sheet at once, so what the run still
+// reports while it winds down (a tool that had to be killed) is kept for the
+// status line.
 class WindowBatchDisplay final : public BatchDisplay {
 public:
-    WindowBatchDisplay(ProgressSheet* sheet, std::function<void(const QString&)> showAlert);
+    WindowBatchDisplay(ProgressSheet* sheet, std::function<void(const QString&)> showAlert,
+                       std::function<void(const QString&)> showStatus = {});
 
     // Called by the window before Start: the size of the bar of the next run.
     void setPlannedToolRuns(int runs) { m_planned = runs; }
@@ -22,14 +26,25 @@ public:
     void endProgressSheet() override;
     void showFilterInfo(const QString& name, const QString& author) override;
     void showSourceInfo(const QString& source) override;
+    // Shows the tail of the output (its last lines, at most a few hundred
+    // characters): a label laid out anew with a whole pipe-full of lines
+    // would hold the window up for a quarter of a second per report.
     void showRenderInfo(const QString& info) override;
     void showAnimationFrame(int frame) override;
     void runFinished(bool aborted) override;
     void beep() override;
 
+    // What showRenderInfo puts on the sheet.
+    static constexpr qsizetype kShownLines = 4;
+    static constexpr qsizetype kShownCharacters = 800;
+    static QString tailForDisplay(const QString& info);
+
 private:
     ProgressSheet* m_sheet;
     std::function<void(const QString&)> m_showAlert;
+    std::function<void(const QString&)> m_showStatus;
+    bool m_sheetOpen = false;
+    QString m_reportedAfterClose;
     int m_planned = 0;
 };
 
