@@ -8,8 +8,8 @@
 namespace quillon::fuzz {
 
 // The readers take paths, so each input is written to a file of a scratch
-// directory that lives as long as the fuzzing process (under TMPDIR, or
-// /dev/shm when it exists, to keep the disk out of the loop).
+// directory of the fuzzing process: under TMPDIR when it is set, otherwise in
+// /dev/shm when it exists (to keep the disk out of the loop).
 QString scratchDirectory();
 
 // Writes the input to `name` in the scratch directory and returns its path;

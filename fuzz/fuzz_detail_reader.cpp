@@ -32,8 +32,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
         if (!components || components->empty())
             std::abort();
         const RecordPtr& last = components->back();
-        if (last->string(key::CONTROL_ID) != kVariationsId
-            || last->type() != controlType::kTypeVariations)
+        if (last->string(key::CONTROL_ID) != kVariationsId || last->type() != controlType::kTypeVariations)
             std::abort();
         for (const RecordPtr& parameter : *components) {
             if (!parameter || !parameter->type() || parameter->string(key::CONTROL_ID).isEmpty())

@@ -75,13 +75,13 @@ void checkRunFile(const QString& path)
 
 void runStep(FuzzParent& parent, const RecordPtr& filter, const QString& outDir)
 {
-    filterProcessObject step(filter, { QStringLiteral("/nowhere/in.png") }, {}, true, true, 0, &parent,
-        { QStringLiteral("in") });
+    filterProcessObject step(
+        filter, { QStringLiteral("/nowhere/in.png") }, {}, true, true, 0, &parent, { QStringLiteral("in") });
     step.outPath = outDir;
     int draws = 0;
     step.randomDraw = [&draws] { return (draws++ * 379) % 1000; };
-    const QString control = step.createBatchFileWithFilepath(QStringLiteral("/nowhere/in.png"),
-                                                             QStringLiteral("/nowhere/in.png"));
+    const QString control = step.createBatchFileWithFilepath(
+        QStringLiteral("/nowhere/in.png"), QStringLiteral("/nowhere/in.png"));
     if (control.isEmpty())
         return;
     pugi::xml_document document;

@@ -30,8 +30,9 @@ for target in "${targets[@]}"; do
   name="${target#fuzz_}"
   mkdir -p "$work/$name"
   echo "== $target: ${seconds} s on fuzz/corpus/$name"
+  # The targets' scratch files go into the work directory as well.
   # -timeout: one input taking longer than 10 s counts as a hang.
-  if ! "$build/fuzz/$target" -max_total_time="$seconds" -timeout=10 -rss_limit_mb=2048 \
+  if ! TMPDIR="$work" "$build/fuzz/$target" -max_total_time="$seconds" -timeout=10 -rss_limit_mb=2048 \
       -print_final_stats=1 -artifact_prefix="$work/$name-" \
       "$work/$name" "$root/fuzz/corpus/$name" > "$work/$name.log" 2>&1; then
     status=1

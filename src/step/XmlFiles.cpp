@@ -2,37 +2,38 @@
 
 #include "library/DefinitionReader.h"
 
-#include <QCoreApplication>
 #include <QFile>
-#include <QFileInfo>
+#include <QSaveFile>
 
-#include <atomic>
-#include <cerrno>
 #include <cstdio>
-#include <cstring>
-
-#include <fcntl.h>
-#include <stdio.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 namespace quillon {
 
 namespace {
 
+// Thrown by a ByteArrayWriter whose output passed its limit, to stop the
+// save; caught in serializeXml.
+struct OutputLimitReached {
+};
+
 class ByteArrayWriter final : public pugi::xml_writer {
 public:
-    explicit ByteArrayWriter(QByteArray& target)
+    // A negative limit is no limit.
+    ByteArrayWriter(QByteArray& target, qsizetype limit)
         : m_target(target)
+        , m_limit(limit)
     {
     }
     void write(const void* data, size_t size) override
     {
+        if (m_limit >= 0 && m_target.size() + static_cast<qsizetype>(size) > m_limit)
+            throw OutputLimitReached();
         m_target.append(static_cast<const char*>(data), static_cast<qsizetype>(size));
     }
 
 private:
     QByteArray& m_target;
+    qsizetype m_limit;
 };
 
 constexpr quint64 kMaxIndentationBytes = 16 * 1024 * 1024;
@@ -62,27 +63,6 @@ quint64 indentationBytes(const pugi::xml_document& document)
         node = node.next_sibling();
     }
     return total;
-}
-
-// Puts the file at `source` in the place of `target` in one step: a reader
-// sees the old file or the new one, never neither. A rename over an existing
-// file makes ext4 write the new file out to the disk at once (its guard for
-// programs that skip fsync), which cost more than writing a whole task file;
-// exchanging the two names does not, and the old file, now under the
-// temporary name, is removed before it ever reaches the disk.
-bool replaceFile(const QByteArray& source, const QByteArray& target)
-{
-#if defined(RENAME_EXCHANGE)
-    struct stat existing {};
-    // Only a regular file is exchanged: a directory or a link in the way is
-    // left to rename, which refuses the one and replaces the other.
-    if (::lstat(target.constData(), &existing) == 0 && S_ISREG(existing.st_mode)
-        && ::renameat2(AT_FDCWD, source.constData(), AT_FDCWD, target.constData(), RENAME_EXCHANGE) == 0) {
-        ::unlink(source.constData());
-        return true;
-    }
-#endif
-    return std::rename(source.constData(), target.constData()) == 0;
 }
 
 } // namespace
@@ -125,10 +105,20 @@ QByteArray serializeXml(pugi::xml_document& document, qsizetype expectedSize)
     QByteArray bytes;
     if (expectedSize > 0)
         bytes.reserve(expectedSize);
-    ByteArrayWriter writer(bytes);
     // Indentation grows with depth: a document nested 100,000 levels deep
     // would take some 20 GB pretty-printed. Such a document is written
-    // without indentation; it reads the same.
+    // without indentation; it reads the same. Its indentation can only pass
+    // kMaxIndentationBytes when the indented output does, so the tree is
+    // walked to count it only for outputs that large: for the others the
+    // walk cost a sixth of a run file's time.
+    try {
+        ByteArrayWriter writer(bytes, static_cast<qsizetype>(kMaxIndentationBytes));
+        document.save(writer, "  ", pugi::format_indent, pugi::encoding_utf8);
+        return bytes;
+    } catch (const OutputLimitReached&) {
+        bytes.clear();
+    }
+    ByteArrayWriter writer(bytes, -1);
     const unsigned int format
         = indentationBytes(document) > kMaxIndentationBytes ? pugi::format_raw : pugi::format_indent;
     document.save(writer, "  ", format, pugi::encoding_utf8);
@@ -137,37 +127,21 @@ QByteArray serializeXml(pugi::xml_document& document, qsizetype expectedSize)
 
 bool writeFileAtomically(const QString& path, const QByteArray& bytes, QString* error)
 {
-    // The render tool's files live only for one run: a reader must never see
-    // half a file, but nothing needs them after a crash. So they are written
-    // to a new file beside the target that then takes its place, without the
-    // flush to the disk that QSaveFile makes before its rename (that flush
-    // cost more than writing a whole run file).
-    static std::atomic<quint64> counter{0};
-    const QString temporaryStem = path + QStringLiteral(".quillon-%1-").arg(QCoreApplication::applicationPid());
-    QFile temporary;
-    bool opened = false;
-    for (int attempt = 0; attempt < 16 && !opened; ++attempt) {
-        temporary.setFileName(temporaryStem + QString::number(counter.fetch_add(1)));
-        opened = temporary.open(QIODevice::WriteOnly | QIODevice::NewOnly);
-        // Only a name already taken is worth another try.
-        if (!opened && !QFileInfo::exists(temporary.fileName()))
-            break;
-    }
-    if (!opened) {
-        if (error)
-            *error = QStringLiteral("cannot write %1: %2").arg(path, temporary.errorString());
-        return false;
-    }
-    const bool written = temporary.write(bytes) == bytes.size() && temporary.flush();
-    temporary.close();
+    // The tool reads the old file or the new one, never half of one. The
+    // flush before commit matters: QSaveFile would otherwise rename a file
+    // whose last buffered bytes could not be written (a full disk) over the
+    // target.
+    QSaveFile file(path);
     QString problem;
-    if (!written || temporary.error() != QFileDevice::NoError)
-        problem = temporary.errorString();
-    else if (!replaceFile(QFile::encodeName(temporary.fileName()), QFile::encodeName(path)))
-        problem = QString::fromLocal8Bit(std::strerror(errno));
+    if (!file.open(QIODevice::WriteOnly))
+        problem = file.errorString();
+    else if (file.write(bytes) != bytes.size() || !file.flush())
+        problem = file.errorString();
+    else if (!file.commit())
+        problem = file.errorString();
     if (problem.isEmpty())
         return true;
-    QFile::remove(temporary.fileName());
+    file.cancelWriting();
     if (error)
         *error = QStringLiteral("cannot write %1: %2").arg(path, problem);
     return false;

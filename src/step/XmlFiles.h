@@ -17,11 +17,14 @@ bool loadXmlFile(pugi::xml_document& document, const QString& path, QString* err
 
 // Serialises a document with a leading declaration (version "1.0", encoding
 // "UTF-8"), two-space indentation and self-closing empty elements. Any
-// declaration already in the document is replaced. `expectedSize`, when
-// known, saves the growing of the result.
+// declaration already in the document is replaced. A document so deeply
+// nested that its indentation alone would pass 16 MB is written without
+// indentation. `expectedSize`, when known, saves the growing of the result.
 QByteArray serializeXml(pugi::xml_document& document, qsizetype expectedSize = 0);
 
-// Writes `bytes` to `path` atomically (temporary file, then rename).
+// Writes `bytes` to `path` atomically: a new file beside it takes its place
+// in one step, so a reader sees the old file or the new one. Meant for the
+// render tool's interim files: nothing is flushed to the disk.
 bool writeFileAtomically(const QString& path, const QByteArray& bytes, QString* error = nullptr);
 
 // One line on standard output, flushed at once.

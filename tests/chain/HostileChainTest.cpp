@@ -44,7 +44,8 @@ QByteArray plistOf(const QByteArray& body)
 QByteArray wrongParameters()
 {
     QByteArray params;
-    const char* const ids[] = { "<integer>7</integer>", "<array/>", "<real>1.5</real>", "<true/>", "<dict/>" };
+    const char* const ids[]
+        = { "<integer>7</integer>", "<array/>", "<real>1.5</real>", "<true/>", "<dict/>" };
     for (int code = 0; code <= 4; ++code) {
         params += "<dict><key>CONTROL_PROXY</key><integer>" + QByteArray::number(code) + "</integer>"
             + "<key>CONTROL_ID</key>" + ids[code]
@@ -67,12 +68,14 @@ QByteArray wrongFilter(const QByteArray& pathValue)
     return "<dict><key>name</key><integer>12</integer>"
            "<key>author</key><array><integer>1</integer></array>"
            "<key>filtertype</key><dict/>"
-           "<key>path</key>" + pathValue
+           "<key>path</key>"
+        + pathValue
         + "<key>Presets</key><string>three</string>"
           "<key>ChoosenPreset</key><string>2</string>"
           "<key>UseMaps</key><string>yes</string>"
           "<key>Maps</key><dict><key>0</key><true/></dict>"
-          "<key>Components</key><array>" + wrongParameters() + "</array></dict>";
+          "<key>Components</key><array>"
+        + wrongParameters() + "</array></dict>";
 }
 
 QByteArray digest(const QString& path)
@@ -134,11 +137,12 @@ protected:
     {
         QProcess process;
         process.start(QStringLiteral(QUILLON_CLI_PATH),
-            { "--chain", chain, "--tool", QStringLiteral(QUILLON_STANDIN_PATH), "--output", out, "--format", "PNG",
-                "--frames", "2", "--seed", "3", "--prefix", "p" });
+            { "--chain", chain, "--tool", QStringLiteral(QUILLON_STANDIN_PATH), "--output", out, "--format",
+                "PNG", "--frames", "2", "--seed", "3", "--prefix", "p" });
         EXPECT_TRUE(process.waitForStarted());
         EXPECT_TRUE(process.waitForFinished(90000));
-        return { process.exitStatus(), process.exitCode(), QString::fromUtf8(process.readAllStandardError()) };
+        return { process.exitStatus(), process.exitCode(),
+            QString::fromUtf8(process.readAllStandardError()) };
     }
 
     QTemporaryDir m_dir;
@@ -161,8 +165,8 @@ TEST_F(HostileChain, WrongTypesEverywhereGiveRecordsThatStillWork)
     const RecordListPtr params = filter.list(key::Components);
     ASSERT_TRUE(params);
     ASSERT_EQ(params->size(), 5u);
-    const controlType kinds[] = { controlType::kTypeCheckbox, controlType::kTypeIntSlider, controlType::kTypeSlider,
-        controlType::kTypeAngle, controlType::kTypeVariations };
+    const controlType kinds[] = { controlType::kTypeCheckbox, controlType::kTypeIntSlider,
+        controlType::kTypeSlider, controlType::kTypeAngle, controlType::kTypeVariations };
     for (std::size_t i = 0; i < params->size(); ++i) {
         Record& parameter = *params->at(i);
         // The kind comes from the code alone, whatever CONTROL_TYPE said.
@@ -204,7 +208,8 @@ TEST_F(HostileChain, WrongTypesEverywhereRunFromTheCommandLine)
     EXPECT_EQ(digest(definition), before);
 
     // A path that is a number: no definition to read, no crash.
-    const QString pathless = write(QStringLiteral("pathless.qlch"), plistOf("<array>" + wrongFilter("<integer>5</integer>") + "</array>"));
+    const QString pathless = write(QStringLiteral("pathless.qlch"),
+        plistOf("<array>" + wrongFilter("<integer>5</integer>") + "</array>"));
     const CliResult refused = runCli(pathless, out);
     EXPECT_EQ(refused.status, QProcess::NormalExit);
     EXPECT_TRUE(refused.exitCode == 0 || !refused.err.isEmpty()) << refused.exitCode;
@@ -275,7 +280,10 @@ TEST_F(HostileChain, BinaryPropertyListsWholeCutAndDamaged)
 TEST_F(HostileChain, BinaryKeyWithNulIsRefused)
 {
     // [ { "a\0b": 5 } ]: an ASCII key with a NUL inside.
-    QByteArray objects = QByteArray("\xA1\x01", 2) + QByteArray("\xD1\x02\x03", 3) + QByteArray("\x53" "a\0b", 4)
+    QByteArray objects = QByteArray("\xA1\x01", 2) + QByteArray("\xD1\x02\x03", 3)
+        + QByteArray("\x53"
+                     "a\0b",
+            4)
         + QByteArray("\x10\x05", 2);
     QByteArray bytes = "bplist00" + objects;
     const char offsets[] = { 8, 10, 13, 17 };

@@ -39,7 +39,8 @@ const QByteArray kBody = "  <Components>\n"
 
 QByteArray definitionWithInformation(const QByteArray& information)
 {
-    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<Filter>\n  " + information + "\n" + kBody + "</Filter>\n";
+    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<Filter>\n  " + information + "\n" + kBody
+        + "</Filter>\n";
 }
 
 QByteArray digest(const QString& path)
@@ -99,7 +100,10 @@ protected:
 
     QString runFile() const { return QDir(m_out).filePath(QStringLiteral("bth-run-0.ffxml")); }
 
-    QStringList outputNames() const { return QDir(m_out).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden); }
+    QStringList outputNames() const
+    {
+        return QDir(m_out).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden);
+    }
 
     QTemporaryDir m_dir;
     QString m_out;
@@ -145,10 +149,11 @@ TEST_F(HostileDefinition, HundredThousandNestedElements)
     // Deep inside Components, next to a real control.
     const QByteArray inComponents = "<Filter>\n  <Information name-en=\"Deep\" author=\"x\"/>\n"
                                     "  <Components>\n    <SliderControl id=\"amount\"/>\n"
-        + open + close + "\n  </Components>\n  <Presets>\n    <Preset><Settings variation=\"1\"/>"
-                         "<Controls><SliderControl id=\"amount\"><Value value=\"0.5\"/></SliderControl>"
-                         "</Controls></Preset>\n"
-                         "    <Preset><Settings variation=\"2\"/><Controls>"
+        + open + close
+        + "\n  </Components>\n  <Presets>\n    <Preset><Settings variation=\"1\"/>"
+          "<Controls><SliderControl id=\"amount\"><Value value=\"0.5\"/></SliderControl>"
+          "</Controls></Preset>\n"
+          "    <Preset><Settings variation=\"2\"/><Controls>"
         + open + close + "</Controls></Preset>\n  </Presets>\n</Filter>\n";
     const QString deep = write(QStringLiteral("deep.ffxml"), inComponents);
     const QByteArray before = digest(deep);
@@ -172,7 +177,8 @@ TEST_F(HostileDefinition, HundredThousandNestedElements)
     EXPECT_EQ(digest(deep), before);
 
     // The same nesting never closed: not a definition at all.
-    const QString unclosed = write(QStringLiteral("open.ffxml"), "<Filter><Information name-en=\"Open\"/>" + open);
+    const QString unclosed
+        = write(QStringLiteral("open.ffxml"), "<Filter><Information name-en=\"Open\"/>" + open);
     EXPECT_TRUE(getFilterInfoWithPath(unclosed)->isEmpty());
     const RecordPtr unread = chainRecord(unclosed);
     EXPECT_FALSE(unread->contains(key::Components));
@@ -207,12 +213,17 @@ TEST_F(HostileDefinition, InvalidUtf8IsReadWithReplacementCharacters)
     // sequence, in names, ids and text.
     const QByteArray bad = "\x80 \xC0\xAF \xED\xA0\x80 \xE2\x82";
     const QByteArray content = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<Filter>\n"
-                               "  <Information name-en=\"A" + bad + "Z\" author=\"" + bad + "\">" + bad
+                               "  <Information name-en=\"A"
+        + bad + "Z\" author=\"" + bad + "\">" + bad
         + "</Information>\n  <Components>\n"
-          "    <SliderControl id=\"s" + bad + "\"><Name value-en=\"" + bad + "\"/></SliderControl>\n"
+          "    <SliderControl id=\"s"
+        + bad + "\"><Name value-en=\"" + bad
+        + "\"/></SliderControl>\n"
           "    <CheckboxControl id=\"ok\"><Name value-en=\"OK\"/></CheckboxControl>\n"
           "  </Components>\n  <Presets><Preset><Settings variation=\"1\"/><Controls>"
-          "<SliderControl id=\"s" + bad + "\"><Value value=\"1\"/></SliderControl>"
+          "<SliderControl id=\"s"
+        + bad
+        + "\"><Value value=\"1\"/></SliderControl>"
           "<CheckboxControl id=\"ok\"><Checked value=\"false\"/></CheckboxControl>"
           "</Controls></Preset></Presets>\n</Filter>\n";
     const QString path = write(QStringLiteral("utf8.ffxml"), content);
@@ -225,7 +236,8 @@ TEST_F(HostileDefinition, InvalidUtf8IsReadWithReplacementCharacters)
     const RecordPtr filter = chainRecord(path);
     ASSERT_TRUE(filter->list(key::Components));
     ASSERT_EQ(filter->list(key::Components)->size(), 3u);
-    EXPECT_TRUE(filter->list(key::Components)->at(0)->string(key::CONTROL_ID).contains(QChar::ReplacementCharacter));
+    EXPECT_TRUE(
+        filter->list(key::Components)->at(0)->string(key::CONTROL_ID).contains(QChar::ReplacementCharacter));
 
     // The writer still writes; the check box it can name gets its value.
     ASSERT_FALSE(writeTasks(filter).isEmpty());
@@ -234,7 +246,8 @@ TEST_F(HostileDefinition, InvalidUtf8IsReadWithReplacementCharacters)
     EXPECT_TRUE(run.select_node("//CheckboxControl[@id='ok']/Checked[@value]"));
 
     // UTF-16 declared by a byte-order mark but cut in the middle of a unit.
-    const QString odd = write(QStringLiteral("utf16.ffxml"), QByteArray("\xFF\xFE<\0F\0i\0l\0t\0e\0r\0>\0<", 19));
+    const QString odd
+        = write(QStringLiteral("utf16.ffxml"), QByteArray("\xFF\xFE<\0F\0i\0l\0t\0e\0r\0>\0<", 19));
     EXPECT_TRUE(getFilterInfoWithPath(odd)->isEmpty());
     EXPECT_FALSE(chainRecord(odd)->contains(key::Components));
 }
@@ -296,7 +309,8 @@ TEST_F(HostileDefinition, PipeOrOversizedFileIsNotRead)
     EXPECT_TRUE(bytes.isEmpty());
 
     // The scan of a folder holding both still lists the good definition.
-    write(QStringLiteral("good.ffxml"), definitionWithInformation("<Information name-en=\"Good\" author=\"x\"/>"));
+    write(QStringLiteral("good.ffxml"),
+        definitionWithInformation("<Information name-en=\"Good\" author=\"x\"/>"));
     const RecordList library = scanFilterDirectory(m_dir.path());
     ASSERT_EQ(library.size(), 1u);
     EXPECT_EQ(library.front()->string(key::name), QStringLiteral("Good"));
