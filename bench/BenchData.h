@@ -2,7 +2,7 @@
 
 #include "app/RunSettings.h"
 #include "library/Record.h"
-#include "step/StepParent.h"
+#include "step/SilentStepParent.h"
 
 #include <QString>
 #include <QStringList>
@@ -34,24 +34,5 @@ RunSettings benchSettings(const QString& outputPath, int frames);
 
 // The render tool that does nothing: takes its one argument and exits.
 QString trueTool();
-
-// A step controller that reports nowhere, for benchmarks of the writers.
-class QuietParent final : public StepParent {
-public:
-    explicit QuietParent(RunSettings s)
-        : settings(std::move(s))
-    {
-    }
-    const RunSettings& runSettings() const override { return settings; }
-    QString outputPrefix() const override { return settings.outputPrefix; }
-    void setFilterInfoWithData(const QStringList&) override { }
-    void setSourceInfoWithSource(const QString&) override { }
-    void setRenderInfoWithInfo(const QString&) override { }
-    void collectForDeletionWithList(const QStringList&) override { }
-    void writeLogFileWithMessage(const QString&) override { }
-    QObject* reportContext() override { return nullptr; }
-
-    RunSettings settings;
-};
 
 } // namespace quillon::bench

@@ -74,7 +74,7 @@ void BM_ToolRuns(benchmark::State& state)
 
         // The task files of the same step alone, as the worker writes them.
         {
-            QuietParent parent(settings);
+            SilentStepParent parent(settings);
             filterProcessObject step(chainRecordFor(definition), files, {}, true, true, 0, &parent, {});
             step.outPath = out;
             start = std::chrono::steady_clock::now();

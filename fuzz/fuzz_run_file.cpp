@@ -13,7 +13,7 @@
 #include "app/RunSettings.h"
 #include "library/DefinitionReader.h"
 #include "step/FilterProcessObject.h"
-#include "step/StepParent.h"
+#include "step/SilentStepParent.h"
 #include "step/XmlFiles.h"
 
 #include <QDir>
@@ -26,20 +26,6 @@
 namespace {
 
 using namespace quillon;
-
-class FuzzParent final : public StepParent {
-public:
-    const RunSettings& runSettings() const override { return settings; }
-    QString outputPrefix() const override { return settings.outputPrefix; }
-    void setFilterInfoWithData(const QStringList&) override { }
-    void setSourceInfoWithSource(const QString&) override { }
-    void setRenderInfoWithInfo(const QString&) override { }
-    void collectForDeletionWithList(const QStringList&) override { }
-    void writeLogFileWithMessage(const QString&) override { }
-    QObject* reportContext() override { return nullptr; }
-
-    RunSettings settings;
-};
 
 QByteArray readAll(const QString& path)
 {
@@ -73,7 +59,7 @@ void checkRunFile(const QString& path)
         fail("run file does not hold exactly one preset", path);
 }
 
-void runStep(FuzzParent& parent, const RecordPtr& filter, const QString& outDir)
+void runStep(SilentStepParent& parent, const RecordPtr& filter, const QString& outDir)
 {
     filterProcessObject step(
         filter, { QStringLiteral("/nowhere/in.png") }, {}, true, true, 0, &parent, { QStringLiteral("in") });
@@ -103,7 +89,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     const QString outDir = fuzz::scratchDirectory() + QStringLiteral("/out");
     QDir().mkpath(outDir);
 
-    FuzzParent parent;
+    SilentStepParent parent;
     parent.settings.outputPath = outDir;
     parent.settings.frameCountText = QStringLiteral("2");
     parent.settings.presetIndex = static_cast<int>(options & 3);
