@@ -2,8 +2,8 @@
 // the test's thread so every report takes the real queued path.
 
 #include "batch/BatchController.h"
-#include "batch/BatchDisplay.h"
 #include "support/BatchFixtures.h"
+#include "support/BatchRunFixture.h"
 
 #include <QDir>
 #include <QFile>
@@ -20,85 +20,17 @@
 namespace quillon {
 namespace {
 
-using test::batchChainRecord;
 using test::batchDirectoryNames;
 using test::batchSnapshot;
 using test::BatchEnvGuard;
-using test::writeBatchDefinition;
 using test::writeBatchInputImage;
 
-// Records what the run shows, one line per call.
-class RecordingDisplay final : public BatchDisplay {
-public:
-    QStringList events;
-    QStringList alerts;
-    QStringList sources;
-    QStringList renderLines;
-    int beeps = 0;
-    std::function<void(const QString&)> onSource;
-
-    void showErrorAlert(const QString& message) override
-    {
-        alerts.append(message);
-        events.append(QStringLiteral("alert:") + message);
-    }
-    void beginProgressSheet() override { events.append(QStringLiteral("begin")); }
-    void endProgressSheet() override { events.append(QStringLiteral("end")); }
-    void showFilterInfo(const QString& name, const QString& author) override
-    {
-        events.append(QStringLiteral("filter:%1|%2").arg(name, author));
-    }
-    void showSourceInfo(const QString& source) override
-    {
-        sources.append(source);
-        events.append(QStringLiteral("source:") + source);
-        if (onSource)
-            onSource(source);
-    }
-    void showRenderInfo(const QString& info) override { renderLines.append(info); }
-    void runFinished(bool aborted) override
-    {
-        events.append(aborted ? QStringLiteral("finished:aborted") : QStringLiteral("finished"));
-    }
-    void beep() override { ++beeps; }
-};
-
-class BatchRun : public ::testing::Test {
+class BatchRun : public test::BatchRunFixture {
 protected:
     void SetUp() override
     {
-        ASSERT_TRUE(m_temp.isValid());
-        const QDir root(m_temp.path());
-        ASSERT_TRUE(root.mkpath(QStringLiteral("filters")));
-        ASSERT_TRUE(root.mkpath(QStringLiteral("out")));
-        ASSERT_TRUE(root.mkpath(QStringLiteral("in")));
-        m_out = root.filePath(QStringLiteral("out"));
-        m_in = root.filePath(QStringLiteral("in"));
-        m_filters = root.filePath(QStringLiteral("filters"));
-        m_controller.setStandardOutput([this](const QString& line) { m_stdout.append(line); });
-
-        m_settings.toolPath = QStringLiteral(QUILLON_STANDIN_PATH);
-        m_settings.outputPath = m_out;
-        m_settings.format = QStringLiteral("PNG");
-        m_settings.frameCountText = QStringLiteral("2");
-        m_settings.outputPrefix = QStringLiteral("p_");
+        BatchRunFixture::SetUp();
         m_settings.seed = 7;
-    }
-
-    RecordPtr filter(const QString& name)
-    {
-        const QString path = writeBatchDefinition(m_filters, name + QStringLiteral(".ffxml"), name,
-                                                  QStringLiteral("Quillon Tests"));
-        RecordPtr record = batchChainRecord(path);
-        EXPECT_TRUE(record);
-        return record;
-    }
-
-    QString input(const QString& name)
-    {
-        const QString path = QDir(m_in).filePath(name);
-        EXPECT_TRUE(writeBatchInputImage(path));
-        return path;
     }
 
     bool waitForIdle(int timeoutMs = 60000)
@@ -107,30 +39,6 @@ protected:
     }
 
     QStringList deletedLines() const { return m_stdout.filter(QStringLiteral("deleted ")); }
-
-    static bool isTaskFile(const QString& name)
-    {
-        return name == QLatin1String("controlfile.xml") || name.endsWith(QLatin1String(".ffxml"));
-    }
-
-    QStringList taskFilesLeft() const
-    {
-        QStringList left;
-        for (const QString& name : batchDirectoryNames(m_out)) {
-            if (isTaskFile(name))
-                left.append(name);
-        }
-        return left;
-    }
-
-    QTemporaryDir m_temp;
-    QString m_out;
-    QString m_in;
-    QString m_filters;
-    RecordingDisplay m_display;
-    BatchController m_controller{&m_display};
-    QStringList m_stdout;
-    RunSettings m_settings;
 };
 
 TEST_F(BatchRun, OneStepOverTwoInputsDeletesTaskFilesAndKeepsOutputs)

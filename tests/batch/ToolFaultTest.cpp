@@ -6,8 +6,8 @@
 #include "app/ui/ProgressSheet.h"
 #include "app/ui/WindowBatchDisplay.h"
 #include "batch/BatchController.h"
-#include "batch/BatchDisplay.h"
 #include "support/BatchFixtures.h"
+#include "support/BatchRunFixture.h"
 #include "support/NothingLost.h"
 
 #include <QDir>
@@ -33,7 +33,6 @@
 namespace quillon {
 namespace {
 
-using test::batchChainRecord;
 using test::batchDirectoryNames;
 using test::BatchEnvGuard;
 using test::FileSizeLimit;
@@ -41,73 +40,9 @@ using test::fillFileSystem;
 using test::journalEntries;
 using test::NothingLost;
 using test::TestMount;
-using test::writeBatchDefinition;
 using test::writeBatchInputImage;
 
 const QString kKilledMessage = QStringLiteral("The render tool did not stop; it was killed.");
-
-// Records what the run shows. The deletion list is taken when the progress
-// sheet is ended: the completion does that just before its deletion pass.
-class FaultDisplay final : public BatchDisplay {
-public:
-    explicit FaultDisplay(const BatchController* controller)
-        : m_controller(controller)
-    {
-    }
-
-    QStringList events;
-    QStringList sources;
-    QStringList renderLines; // shorter ones only; every one goes to `shown`
-    QByteArray shown;        // every render line's UTF-8 bytes, in order
-    qint64 renderCount = 0;
-    QStringList deletionList;
-    std::function<void(const QString&)> onRender;
-    std::function<void(const QString&)> onSource;
-    BatchDisplay* forward = nullptr; // also shown there (the window's display)
-
-    void showErrorAlert(const QString& message) override { events.append(QStringLiteral("alert:") + message); }
-    void beginProgressSheet() override
-    {
-        events.append(QStringLiteral("begin"));
-        if (forward)
-            forward->beginProgressSheet();
-    }
-    void endProgressSheet() override
-    {
-        if (forward)
-            forward->endProgressSheet();
-        events.append(QStringLiteral("end"));
-        deletionList = m_controller->interimFiles();
-    }
-    void showFilterInfo(const QString& name, const QString&) override
-    {
-        events.append(QStringLiteral("filter:") + name);
-    }
-    void showSourceInfo(const QString& source) override
-    {
-        sources.append(source);
-        if (onSource)
-            onSource(source);
-    }
-    void showRenderInfo(const QString& info) override
-    {
-        if (forward)
-            forward->showRenderInfo(info);
-        ++renderCount;
-        shown += info.toUtf8();
-        if (info.size() < 4096)
-            renderLines.append(info);
-        if (onRender)
-            onRender(info);
-    }
-    void runFinished(bool aborted) override
-    {
-        events.append(aborted ? QStringLiteral("finished:aborted") : QStringLiteral("finished"));
-    }
-
-private:
-    const BatchController* m_controller;
-};
 
 QByteArray withoutWhiteSpace(const QByteArray& bytes)
 {
@@ -131,18 +66,12 @@ bool processGone(qint64 pid)
     return pid > 0 && ::kill(static_cast<pid_t>(pid), 0) != 0 && errno == ESRCH;
 }
 
-class ToolFault : public ::testing::Test {
+class ToolFault : public test::BatchRunFixture {
 protected:
     void SetUp() override
     {
-        ASSERT_TRUE(m_temp.isValid());
+        BatchRunFixture::SetUp();
         const QDir root(m_temp.path());
-        ASSERT_TRUE(root.mkpath(QStringLiteral("filters")));
-        ASSERT_TRUE(root.mkpath(QStringLiteral("out")));
-        ASSERT_TRUE(root.mkpath(QStringLiteral("in")));
-        m_out = root.filePath(QStringLiteral("out"));
-        m_in = root.filePath(QStringLiteral("in"));
-        m_filters = root.filePath(QStringLiteral("filters"));
         m_journal = root.filePath(QStringLiteral("journal.txt"));
         m_gate = root.filePath(QStringLiteral("gate"));
         m_controller.setStandardOutput([this](const QString& line) {
@@ -152,32 +81,18 @@ protected:
                 m_stdout.append(line);
             m_stdoutBytes += line.size() + 1;
         });
-
-        m_settings.toolPath = QStringLiteral(QUILLON_STANDIN_PATH);
-        m_settings.outputPath = m_out;
-        m_settings.format = QStringLiteral("PNG");
-        m_settings.frameCountText = QStringLiteral("2");
-        m_settings.outputPrefix = QStringLiteral("p_");
         m_settings.widthText = QStringLiteral("16");
         m_settings.heightText = QStringLiteral("12");
         m_settings.seed = 11;
-        m_controller.setDisplay(&m_display);
     }
 
-    RecordPtr filter(const QString& name)
+    // Two images in the input directory, which is the run's source.
+    void useTwoInputs()
     {
-        const QString path = writeBatchDefinition(m_filters, name + QStringLiteral(".ffxml"), name,
-                                                  QStringLiteral("Quillon Tests"));
-        RecordPtr record = batchChainRecord(path);
-        EXPECT_TRUE(record);
-        return record;
-    }
-
-    QString input(const QString& name)
-    {
-        const QString path = QDir(m_in).filePath(name);
-        EXPECT_TRUE(writeBatchInputImage(path));
-        return path;
+        input(QStringLiteral("a.png"));
+        input(QStringLiteral("b.png"));
+        m_settings.inputMode = 1;
+        m_settings.sourcePath = m_in;
     }
 
     // A file of the user's that already lies in the output directory.
@@ -209,6 +124,22 @@ protected:
         return !m_controller.isRunning();
     }
 
+    // Runs a one-step chain with the filter `filterName` whose tool hangs
+    // (QUILLON_STANDIN_HANG=`hang`) with its journal on, asks for Abort at
+    // the first render line and waits until the run has completed.
+    void abortHangingRunAtFirstLine(const QString& filterName, const QByteArray& hang)
+    {
+        BatchEnvGuard journal("QUILLON_STANDIN_JOURNAL", m_journal.toLocal8Bit());
+        BatchEnvGuard hangGuard("QUILLON_STANDIN_HANG", hang);
+        m_display.onRender = [this, asked = false](const QString&) mutable {
+            if (!std::exchange(asked, true))
+                m_controller.abortProcessWithSender();
+        };
+
+        ASSERT_NO_FATAL_FAILURE(start({filter(filterName)}));
+        ASSERT_TRUE(waitForIdle());
+    }
+
     // Every result the tool wrote whose name marks it as an output of the
     // chain position `lastPrefix` stands for (outputs of the last step).
     QStringList writtenOutputs(const QString& prefix = QString()) const
@@ -221,40 +152,19 @@ protected:
         return written;
     }
 
-    QStringList taskFilesLeft() const
-    {
-        QStringList left;
-        for (const QString& name : batchDirectoryNames(m_out)) {
-            if (name == QLatin1String("controlfile.xml") || name.endsWith(QLatin1String(".ffxml")))
-                left.append(name);
-        }
-        return left;
-    }
-
     QString logPath() const { return QDir(m_out).filePath(BatchController::kLogFileName); }
 
-    QTemporaryDir m_temp;
-    QString m_out;
-    QString m_in;
-    QString m_filters;
     QString m_journal;
     QString m_gate;
-    BatchController m_controller;
-    FaultDisplay m_display{&m_controller};
-    QStringList m_stdout;
     qint64 m_stdoutBytes = 0;
-    RunSettings m_settings;
 };
 
 // ---- The tool fails --------------------------------------------------------
 
 TEST_F(ToolFault, ACrashingToolEndsItsRunAndTheBatchGoesOn)
 {
-    input(QStringLiteral("a.png"));
-    input(QStringLiteral("b.png"));
+    useTwoInputs();
     userFileInOutput();
-    m_settings.inputMode = 1;
-    m_settings.sourcePath = m_in;
     const NothingLost guard(m_out, {m_in});
     BatchEnvGuard journal("QUILLON_STANDIN_JOURNAL", m_journal.toLocal8Bit());
     BatchEnvGuard crash("QUILLON_STANDIN_CRASH", "1");
@@ -567,22 +477,10 @@ TEST_F(ToolFault, AbortStopsAToolThatIsFloodingItsOutput)
 
 TEST_F(ToolFault, AHangingToolIsStoppedByAbort)
 {
-    input(QStringLiteral("a.png"));
-    input(QStringLiteral("b.png"));
+    useTwoInputs();
     userFileInOutput();
-    m_settings.inputMode = 1;
-    m_settings.sourcePath = m_in;
     const NothingLost guard(m_out, {m_in});
-    BatchEnvGuard journal("QUILLON_STANDIN_JOURNAL", m_journal.toLocal8Bit());
-    BatchEnvGuard hang("QUILLON_STANDIN_HANG", "1");
-    bool asked = false;
-    m_display.onRender = [&](const QString&) {
-        if (!std::exchange(asked, true))
-            m_controller.abortProcessWithSender();
-    };
-
-    start({filter(QStringLiteral("Hang"))});
-    ASSERT_TRUE(waitForIdle());
+    ASSERT_NO_FATAL_FAILURE(abortHangingRunAtFirstLine(QStringLiteral("Hang"), "1"));
 
     EXPECT_EQ(m_display.events.last(), QStringLiteral("finished:aborted"));
     EXPECT_EQ(m_display.sources, QStringList{"a.png"});
@@ -600,22 +498,10 @@ TEST_F(ToolFault, AHangingToolIsStoppedByAbort)
 // and says so on the progress display.
 TEST_F(ToolFault, AToolThatIgnoresSigtermIsKilledAndTheDisplaySaysSo)
 {
-    input(QStringLiteral("a.png"));
-    input(QStringLiteral("b.png"));
-    m_settings.inputMode = 1;
-    m_settings.sourcePath = m_in;
+    useTwoInputs();
     m_settings.toolLog = 1;
     const NothingLost guard(m_out, {m_in});
-    BatchEnvGuard journal("QUILLON_STANDIN_JOURNAL", m_journal.toLocal8Bit());
-    BatchEnvGuard hang("QUILLON_STANDIN_HANG", "ignore-term");
-    bool asked = false;
-    m_display.onRender = [&](const QString&) {
-        if (!std::exchange(asked, true))
-            m_controller.abortProcessWithSender();
-    };
-
-    start({filter(QStringLiteral("Stubborn"))});
-    ASSERT_TRUE(waitForIdle());
+    ASSERT_NO_FATAL_FAILURE(abortHangingRunAtFirstLine(QStringLiteral("Stubborn"), "ignore-term"));
 
     EXPECT_EQ(m_display.events.last(), QStringLiteral("finished:aborted"));
     ASSERT_FALSE(m_display.renderLines.isEmpty());
@@ -640,10 +526,7 @@ protected:
     void SetUp() override
     {
         ToolFault::SetUp();
-        input(QStringLiteral("a.png"));
-        input(QStringLiteral("b.png"));
-        m_settings.inputMode = 1;
-        m_settings.sourcePath = m_in;
+        useTwoInputs();
         m_settings.frameCountText = QStringLiteral("1");
     }
 

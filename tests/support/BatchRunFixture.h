@@ -1,0 +1,84 @@
+#pragma once
+
+// The common ground of the batch run tests: a display that records what a
+// run shows, and a fixture with a temporary tree (filters/, in/, out/), run
+// settings toward the stand-in render tool and a controller that reports to
+// the recording display.
+
+#include "app/RunSettings.h"
+#include "batch/BatchController.h"
+#include "batch/BatchDisplay.h"
+#include "library/Record.h"
+#include "support/BatchFixtures.h"
+
+#include <QByteArray>
+#include <QString>
+#include <QStringList>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <functional>
+
+namespace quillon::test {
+
+// Records what a run shows, one event per call. The deletion list is taken
+// when the progress sheet is ended: the completion does that just before its
+// deletion pass.
+class RecordingBatchDisplay final : public BatchDisplay {
+public:
+    explicit RecordingBatchDisplay(const BatchController* controller)
+        : m_controller(controller)
+    {
+    }
+
+    QStringList events;
+    QStringList alerts;
+    QStringList sources;
+    QStringList renderLines; // shorter ones only; every one goes to `shown`
+    QByteArray shown;        // every render line's UTF-8 bytes, in order
+    qint64 renderCount = 0;
+    int beeps = 0;
+    QStringList deletionList;
+    std::function<void(const QString&)> onRender;
+    std::function<void(const QString&)> onSource;
+    BatchDisplay* forward = nullptr; // also shown there (the window's display)
+
+    void showErrorAlert(const QString& message) override;
+    void beginProgressSheet() override;
+    void endProgressSheet() override;
+    void showFilterInfo(const QString& name, const QString& author) override;
+    void showSourceInfo(const QString& source) override;
+    void showRenderInfo(const QString& info) override;
+    void runFinished(bool aborted) override;
+    void beep() override { ++beeps; }
+
+private:
+    const BatchController* m_controller;
+};
+
+class BatchRunFixture : public ::testing::Test {
+protected:
+    // Every standard output line of the controller goes to m_stdout.
+    void SetUp() override;
+
+    // A definition named `name` in filters/, as a chain record.
+    RecordPtr filter(const QString& name);
+    // A small image named `name` in in/; returns its path.
+    QString input(const QString& name);
+
+    static bool isTaskFile(const QString& name);
+    // Task files (control file, run files) still in the output directory.
+    QStringList taskFilesLeft() const;
+
+    QTemporaryDir m_temp;
+    QString m_out;
+    QString m_in;
+    QString m_filters;
+    RecordingBatchDisplay m_display{&m_controller};
+    BatchController m_controller{&m_display};
+    QStringList m_stdout;
+    RunSettings m_settings;
+};
+
+} // namespace quillon::test
