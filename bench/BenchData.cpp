@@ -15,8 +15,7 @@ namespace quillon::bench {
 namespace {
 
 // Runs `write` into `dir` unless an earlier run finished it.
-template <typename Write>
-void cached(const QString& dir, Write write)
+template <typename Write> void cached(const QString& dir, Write write)
 {
     const QString marker = dir + QStringLiteral("/.complete");
     if (QFile::exists(marker))

@@ -26,7 +26,7 @@ namespace {
 
 qint64 threadCpuNanoseconds()
 {
-    timespec now{};
+    timespec now {};
     clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
     return qint64(now.tv_sec) * 1'000'000'000 + now.tv_nsec;
 }
@@ -110,11 +110,11 @@ void BM_GuiWhileScanning(benchmark::State& state)
     double seconds = 0;
     for (auto _ : state) {
         QEventLoop loop;
-        const auto connection = QObject::connect(&fetcher, &FilterFetcher::fetched, &loop,
-                                                 [&](const RecordList& filters) {
-                                                     library = filters;
-                                                     loop.quit();
-                                                 });
+        const auto connection
+            = QObject::connect(&fetcher, &FilterFetcher::fetched, &loop, [&](const RecordList& filters) {
+                  library = filters;
+                  loop.quit();
+              });
         const auto start = std::chrono::steady_clock::now();
         probe.start();
         fetcher.launch(dir);
@@ -159,7 +159,7 @@ void BM_GuiWhileRunning(benchmark::State& state)
     for (auto _ : state) {
         QEventLoop loop;
         QObject::connect(&controller, &BatchController::runFinished, &loop, &QEventLoop::quit);
-        const RecordList chain{chainRecordFor(definition)};
+        const RecordList chain { chainRecordFor(definition) };
         const auto start = std::chrono::steady_clock::now();
         probe.start();
         if (controller.startBatchWithSender(chain, settings))
@@ -179,4 +179,9 @@ void BM_GuiWhileRunning(benchmark::State& state)
 } // namespace
 
 BENCHMARK(BM_GuiWhileScanning)->Unit(benchmark::kMillisecond)->UseManualTime()->Iterations(2);
-BENCHMARK(BM_GuiWhileRunning)->ArgName("frames")->Arg(2000)->Unit(benchmark::kMillisecond)->UseManualTime()->Iterations(1);
+BENCHMARK(BM_GuiWhileRunning)
+    ->ArgName("frames")
+    ->Arg(2000)
+    ->Unit(benchmark::kMillisecond)
+    ->UseManualTime()
+    ->Iterations(1);

@@ -46,7 +46,7 @@ public:
     {
         this->source = source;
         if (++m_sources % m_every == 0)
-            samples.push_back({heapInUse(), currentRss()});
+            samples.push_back({ heapInUse(), currentRss() });
     }
     void showRenderInfo(const QString&) override { }
 
@@ -78,18 +78,19 @@ void BM_LongRunMemory(benchmark::State& state)
         controller.setStandardOutput([](const QString&) {});
         QEventLoop loop;
         QObject::connect(&controller, &BatchController::runFinished, &loop, &QEventLoop::quit);
-        before = {heapInUse(), currentRss()};
+        before = { heapInUse(), currentRss() };
         const auto start = std::chrono::steady_clock::now();
-        if (controller.startBatchWithSender({chainRecordFor(definition)}, settings))
+        if (controller.startBatchWithSender({ chainRecordFor(definition) }, settings))
             loop.exec();
         else
             ok = false;
         state.SetIterationTime(secondsSince(start));
-        after = {heapInUse(), currentRss()};
+        after = { heapInUse(), currentRss() };
     }
     emptyDir(out);
     if (!ok || display.samples.size() < 10) {
-        state.SkipWithError(("the run did not go through every input: " + display.alert.toStdString()).c_str());
+        state.SkipWithError(
+            ("the run did not go through every input: " + display.alert.toStdString()).c_str());
         return;
     }
     // From the first tenth of the inputs to the last.
@@ -105,4 +106,9 @@ void BM_LongRunMemory(benchmark::State& state)
 
 } // namespace
 
-BENCHMARK(BM_LongRunMemory)->ArgName("inputs")->Arg(10000)->Unit(benchmark::kMillisecond)->UseManualTime()->Iterations(1);
+BENCHMARK(BM_LongRunMemory)
+    ->ArgName("inputs")
+    ->Arg(10000)
+    ->Unit(benchmark::kMillisecond)
+    ->UseManualTime()
+    ->Iterations(1);

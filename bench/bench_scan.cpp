@@ -20,7 +20,7 @@ using namespace quillon::bench;
 
 namespace {
 
-std::atomic<qint64> g_bytes{0};
+std::atomic<qint64> g_bytes { 0 };
 
 void readAndParse(const QString& path)
 {

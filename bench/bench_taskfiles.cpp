@@ -55,7 +55,7 @@ std::map<std::string, SizePoint> g_previous;
 // One control file of `frames` frames (times `maps` map kinds when maps > 0)
 // over the 1 MB definition, input path given as a one-filter chain has it.
 void runTaskFiles(benchmark::State& state, const std::vector<std::pair<std::string, std::string>>& seriesOf,
-                  int frames, int maps, bool overwrite = false)
+    int frames, int maps, bool overwrite = false)
 {
     const QString definition = definitionOfSize(kDefinitionBytes);
     const QString out = freshOutputDir(QStringLiteral("taskfiles"));
@@ -72,13 +72,13 @@ void runTaskFiles(benchmark::State& state, const std::vector<std::pair<std::stri
 
     double quillonCpu = 0;
     const auto writeControlFile = [&] {
-        filterProcessObject step(filter, {parent.settings.sourcePath}, {}, true, true, 0, &parent,
-                                 {QStringLiteral("input-00000")});
+        filterProcessObject step(filter, { parent.settings.sourcePath }, {}, true, true, 0, &parent,
+            { QStringLiteral("input-00000") });
         step.outPath = out;
         const auto start = std::chrono::steady_clock::now();
         const double cpuStart = threadCpuSeconds();
-        const QString control = step.createBatchFileWithFilepath(parent.settings.sourcePath,
-                                                                 QStringLiteral("input-00000"));
+        const QString control
+            = step.createBatchFileWithFilepath(parent.settings.sourcePath, QStringLiteral("input-00000"));
         const double seconds = secondsSince(start);
         quillonCpu += threadCpuSeconds() - cpuStart;
         return std::make_pair(seconds, !control.isEmpty() && step.filesToRemove.size() == tasks + 1);
@@ -133,13 +133,13 @@ void runTaskFiles(benchmark::State& state, const std::vector<std::pair<std::stri
             state.counters["slope_" + label + "_ms_per_task"] = slope * 1e3;
             state.counters["slope_" + label + "_vs_small"] = slope / (p.seconds / double(p.tasks));
         }
-        g_previous[series] = {tasks, quillonSeconds / n};
+        g_previous[series] = { tasks, quillonSeconds / n };
     }
 }
 
 void BM_TaskFiles(benchmark::State& state)
 {
-    runTaskFiles(state, {{"frames", "frames"}}, int(state.range(0)), 0);
+    runTaskFiles(state, { { "frames", "frames" } }, int(state.range(0)), 0);
 }
 
 void BM_TaskFilesOverwrite(benchmark::State& state)
@@ -152,16 +152,34 @@ void BM_TaskFilesMaps(benchmark::State& state)
     const int frames = int(state.range(0));
     const int maps = int(state.range(1));
     // Along frames at ten maps, along maps at 500 frames.
-    runTaskFiles(state, {{"maps-" + std::to_string(maps), "frames"}, {"frames-" + std::to_string(frames), "maps"}},
-                 frames, maps);
+    runTaskFiles(state,
+        { { "maps-" + std::to_string(maps), "frames" }, { "frames-" + std::to_string(frames), "maps" } },
+        frames, maps);
 }
 
 } // namespace
 
-BENCHMARK(BM_TaskFiles)->ArgName("frames")->Arg(1000)->Arg(2000)->Unit(benchmark::kMillisecond)->UseManualTime()->Iterations(2);
-BENCHMARK(BM_TaskFilesOverwrite)->ArgName("frames")->Arg(2000)->Unit(benchmark::kMillisecond)->UseManualTime()->Iterations(1);
-BENCHMARK(BM_TaskFilesMaps)->ArgNames({"frames", "maps"})->Args({250, 10})->Args({500, 5})->Args({500, 10})
-    ->Unit(benchmark::kMillisecond)->UseManualTime()->Iterations(1);
+BENCHMARK(BM_TaskFiles)
+    ->ArgName("frames")
+    ->Arg(1000)
+    ->Arg(2000)
+    ->Unit(benchmark::kMillisecond)
+    ->UseManualTime()
+    ->Iterations(2);
+BENCHMARK(BM_TaskFilesOverwrite)
+    ->ArgName("frames")
+    ->Arg(2000)
+    ->Unit(benchmark::kMillisecond)
+    ->UseManualTime()
+    ->Iterations(1);
+BENCHMARK(BM_TaskFilesMaps)
+    ->ArgNames({ "frames", "maps" })
+    ->Args({ 250, 10 })
+    ->Args({ 500, 5 })
+    ->Args({ 500, 10 })
+    ->Unit(benchmark::kMillisecond)
+    ->UseManualTime()
+    ->Iterations(1);
 
 namespace {
 

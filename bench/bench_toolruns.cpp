@@ -28,7 +28,7 @@ constexpr qint64 kDefinitionBytes = 50 * 1024;
 // The ceiling: spawn the tool with its one argument and wait for it.
 bool spawnAndWait(const QByteArray& tool, const QByteArray& argument)
 {
-    char* argv[] = {const_cast<char*>(tool.constData()), const_cast<char*>(argument.constData()), nullptr};
+    char* argv[] = { const_cast<char*>(tool.constData()), const_cast<char*>(argument.constData()), nullptr };
     pid_t pid = 0;
     if (posix_spawn(&pid, tool.constData(), nullptr, nullptr, argv, environ) != 0)
         return false;
@@ -79,12 +79,13 @@ void BM_ToolRuns(benchmark::State& state)
             step.outPath = out;
             start = std::chrono::steady_clock::now();
             for (const QString& file : files)
-                ok = !step.createBatchFileWithFilepath(file, BatchController::inputBaseName(file)).isEmpty() && ok;
+                ok = !step.createBatchFileWithFilepath(file, BatchController::inputBaseName(file)).isEmpty()
+                    && ok;
             writeSeconds += secondsSince(start);
         }
 
         start = std::chrono::steady_clock::now();
-        ok = runBatch(controller, {chainRecordFor(definition)}, settings) && ok;
+        ok = runBatch(controller, { chainRecordFor(definition) }, settings) && ok;
         const double seconds = secondsSince(start);
         runSeconds += seconds;
         state.SetIterationTime(seconds);
@@ -104,4 +105,9 @@ void BM_ToolRuns(benchmark::State& state)
 
 } // namespace
 
-BENCHMARK(BM_ToolRuns)->ArgName("inputs")->Arg(1000)->Unit(benchmark::kMillisecond)->UseManualTime()->Iterations(2);
+BENCHMARK(BM_ToolRuns)
+    ->ArgName("inputs")
+    ->Arg(1000)
+    ->Unit(benchmark::kMillisecond)
+    ->UseManualTime()
+    ->Iterations(2);

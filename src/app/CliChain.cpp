@@ -27,7 +27,8 @@ bool loadCliChain(const CliOptions& options, RecordList* chain, QString* error)
             if (error) {
                 *error = QStringLiteral("Cannot read the chain file %1: %2")
                              .arg(options.chainFile,
-                                  result.error.isEmpty() ? QStringLiteral("unknown parameter kind") : result.error);
+                                 result.error.isEmpty() ? QStringLiteral("unknown parameter kind")
+                                                        : result.error);
             }
             return false;
         }

@@ -11,54 +11,48 @@ namespace quillon {
 
 namespace {
 
-const QStringList kMapNames = {QStringLiteral("base"),    QStringLiteral("alpha"),   QStringLiteral("diffuse"),
-                               QStringLiteral("bump"),    QStringLiteral("normal"),  QStringLiteral("specstr"),
-                               QStringLiteral("specexp"), QStringLiteral("ao"),      QStringLiteral("ro"),
-                               QStringLiteral("metallic")};
-const QStringList kFormats = {QStringLiteral("JPEG"), QStringLiteral("PNG"), QStringLiteral("TIFF"),
-                              QStringLiteral("TGA"),  QStringLiteral("BMP"), QStringLiteral("EXR"),
-                              QStringLiteral("PFM")};
+const QStringList kMapNames = { QStringLiteral("base"), QStringLiteral("alpha"), QStringLiteral("diffuse"),
+    QStringLiteral("bump"), QStringLiteral("normal"), QStringLiteral("specstr"), QStringLiteral("specexp"),
+    QStringLiteral("ao"), QStringLiteral("ro"), QStringLiteral("metallic") };
+const QStringList kFormats = { QStringLiteral("JPEG"), QStringLiteral("PNG"), QStringLiteral("TIFF"),
+    QStringLiteral("TGA"), QStringLiteral("BMP"), QStringLiteral("EXR"), QStringLiteral("PFM") };
 
 struct SwitchFlag {
     const char* name;
-    int RunSettings::* field;
+    int RunSettings::*field;
 };
 
 const SwitchFlag kSwitches[] = {
-    {"antialias", &RunSettings::antiAlias},
-    {"multithread", &RunSettings::multithread},
-    {"dither", &RunSettings::dither},
-    {"progressive", &RunSettings::progressive},
-    {"normal-flip", &RunSettings::normalmapFlip},
-    {"jpeg-full-precision", &RunSettings::jpegFullPrecision},
-    {"png-transparency", &RunSettings::pngIncludeTrans},
-    {"tiff-transparency", &RunSettings::tiffIncludeTrans},
-    {"tiff-float", &RunSettings::tiffFloatFormat},
-    {"tga-transparency", &RunSettings::tgaIncludeTrans},
-    {"tga-flip", &RunSettings::tgaFlipOrder},
+    { "antialias", &RunSettings::antiAlias },
+    { "multithread", &RunSettings::multithread },
+    { "dither", &RunSettings::dither },
+    { "progressive", &RunSettings::progressive },
+    { "normal-flip", &RunSettings::normalmapFlip },
+    { "jpeg-full-precision", &RunSettings::jpegFullPrecision },
+    { "png-transparency", &RunSettings::pngIncludeTrans },
+    { "tiff-transparency", &RunSettings::tiffIncludeTrans },
+    { "tiff-float", &RunSettings::tiffFloatFormat },
+    { "tga-transparency", &RunSettings::tgaIncludeTrans },
+    { "tga-flip", &RunSettings::tgaFlipOrder },
 };
 
 struct ChoiceFlag {
     const char* name;
-    int RunSettings::* field;
+    int RunSettings::*field;
     QStringList choices; // the index is the stored code
 };
 
 const ChoiceFlag kChoices[] = {
-    {"frame-style",
-     &RunSettings::nameStyle,
-     {QStringLiteral("plain"), QStringLiteral("four-digit"), QStringLiteral("letter")}},
-    {"png-bitdepth", &RunSettings::pngBitDepth, {QStringLiteral("8"), QStringLiteral("16")}},
-    {"png-compression",
-     &RunSettings::pngCompression,
-     {QStringLiteral("none"), QStringLiteral("fast"), QStringLiteral("best")}},
-    {"tiff-bitdepth",
-     &RunSettings::tiffBitDepth,
-     {QStringLiteral("8"), QStringLiteral("16"), QStringLiteral("24")}},
-    {"tiff-compression",
-     &RunSettings::tiffCompression,
-     {QStringLiteral("none"), QStringLiteral("lzw"), QStringLiteral("deflate")}},
-    {"tga-bitdepth", &RunSettings::tgaBitDepth, {QStringLiteral("24"), QStringLiteral("32")}},
+    { "frame-style", &RunSettings::nameStyle,
+        { QStringLiteral("plain"), QStringLiteral("four-digit"), QStringLiteral("letter") } },
+    { "png-bitdepth", &RunSettings::pngBitDepth, { QStringLiteral("8"), QStringLiteral("16") } },
+    { "png-compression", &RunSettings::pngCompression,
+        { QStringLiteral("none"), QStringLiteral("fast"), QStringLiteral("best") } },
+    { "tiff-bitdepth", &RunSettings::tiffBitDepth,
+        { QStringLiteral("8"), QStringLiteral("16"), QStringLiteral("24") } },
+    { "tiff-compression", &RunSettings::tiffCompression,
+        { QStringLiteral("none"), QStringLiteral("lzw"), QStringLiteral("deflate") } },
+    { "tga-bitdepth", &RunSettings::tgaBitDepth, { QStringLiteral("24"), QStringLiteral("32") } },
 };
 
 std::optional<qint64> wholeNumber(const QString& text)
@@ -104,8 +98,8 @@ QStringList expandFilterLists(const QStringList& arguments)
 void addOptions(QCommandLineParser& parser)
 {
     const auto valued = [&parser](const char* name, const char* valueName, const char* help) {
-        parser.addOption(QCommandLineOption(QString::fromLatin1(name), QString::fromLatin1(help),
-                                            QString::fromLatin1(valueName)));
+        parser.addOption(QCommandLineOption(
+            QString::fromLatin1(name), QString::fromLatin1(help), QString::fromLatin1(valueName)));
     };
     const auto flag = [&parser](const char* name, const char* help) {
         parser.addOption(QCommandLineOption(QString::fromLatin1(name), QString::fromLatin1(help)));
@@ -116,8 +110,8 @@ void addOptions(QCommandLineParser& parser)
     valued("output", "DIR", "The output directory (also holds the task files and the log).");
     valued("input", "FILE", "Render one input image.");
     valued("input-dir", "DIR",
-           "Render every entry under DIR, files and subdirectories, at any depth, sorted by path; entries whose "
-           "path inside DIR begins with \".\" are skipped.");
+        "Render every entry under DIR, files and subdirectories, at any depth, sorted by path; entries whose "
+        "path inside DIR begins with \".\" are skipped.");
     valued("frames", "N", "Frames per input (default 10).");
     valued("width", "W", "Width without input (default 600).");
     valued("height", "H", "Height without input (default 600).");
@@ -126,7 +120,7 @@ void addOptions(QCommandLineParser& parser)
     valued("format", "FORMAT", "JPEG, PNG, TIFF, TGA, BMP, EXR or PFM (default JPEG).");
     valued("preset", "K", "Zero-based preset index for every step (default 0).");
     valued("maps", "LIST",
-           "Render maps (one-filter chains): base,alpha,diffuse,bump,normal,specstr,specexp,ao,ro,metallic.");
+        "Render maps (one-filter chains): base,alpha,diffuse,bump,normal,specstr,specexp,ao,ro,metallic.");
     flag("log", "Write the tool's output to qlrn_logfile.txt in the output directory.");
     valued("seed", "N", "Seed of the run's random values.");
     for (const SwitchFlag& entry : kSwitches)
@@ -152,15 +146,17 @@ CliParseResult usageError(QString* error, const QString& message)
 
 QString cliUsageLine()
 {
-    return QStringLiteral("Usage: quillon-cli (--chain FILE | --filter DEFINITION...) --tool PATH --output DIR "
-                          "[--input FILE | --input-dir DIR] [options]; see --help");
+    return QStringLiteral(
+        "Usage: quillon-cli (--chain FILE | --filter DEFINITION...) --tool PATH --output DIR "
+        "[--input FILE | --input-dir DIR] [options]; see --help");
 }
 
 QString cliHelpText()
 {
     QCommandLineParser parser;
     addOptions(parser);
-    parser.setApplicationDescription(QStringLiteral("Renders a filter chain in a batch through a render tool."));
+    parser.setApplicationDescription(
+        QStringLiteral("Renders a filter chain in a batch through a render tool."));
     return cliUsageLine() + QLatin1Char('\n') + parser.helpText().section(QLatin1Char('\n'), 1);
 }
 
@@ -176,7 +172,8 @@ CliParseResult parseCliArguments(const QStringList& arguments, CliOptions* optio
     if (parser.isSet(QStringLiteral("version")))
         return CliParseResult::Version;
     if (!parser.positionalArguments().isEmpty())
-        return usageError(error, QStringLiteral("Unexpected argument: ") + parser.positionalArguments().first());
+        return usageError(
+            error, QStringLiteral("Unexpected argument: ") + parser.positionalArguments().first());
 
     CliOptions result;
     RunSettings& settings = result.settings;
@@ -203,7 +200,7 @@ CliParseResult parseCliArguments(const QStringList& arguments, CliOptions* optio
         settings.inputMode = 2;
     }
 
-    for (const char* name : {"frames", "width", "height", "jpeg-quality"}) {
+    for (const char* name : { "frames", "width", "height", "jpeg-quality" }) {
         if (isSet(name) && !wholeNumber(value(name)))
             return usageError(error, QStringLiteral("--%1 needs a whole number").arg(QLatin1String(name)));
     }
@@ -263,8 +260,9 @@ CliParseResult parseCliArguments(const QStringList& arguments, CliOptions* optio
             continue;
         const qsizetype code = entry.choices.indexOf(value(entry.name).toLower());
         if (code < 0) {
-            return usageError(error, QStringLiteral("--%1 takes %2")
-                                         .arg(QLatin1String(entry.name), entry.choices.join(QLatin1Char('|'))));
+            return usageError(error,
+                QStringLiteral("--%1 takes %2")
+                    .arg(QLatin1String(entry.name), entry.choices.join(QLatin1Char('|'))));
         }
         settings.*entry.field = static_cast<int>(code);
     }

@@ -10,10 +10,10 @@ namespace quillon {
 // What the quillon-cli command line asks for: where the chain comes from,
 // the run settings it builds, and what to do after the run.
 struct CliOptions {
-    QString chainFile;       // --chain
+    QString chainFile; // --chain
     QStringList filterFiles; // --filter, in the order given
-    QString saveChainFile;   // --save-chain
-    RunSettings settings;    // factory defaults overridden by the flags
+    QString saveChainFile; // --save-chain
+    RunSettings settings; // factory defaults overridden by the flags
     bool presetGiven = false;
 };
 

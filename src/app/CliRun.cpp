@@ -27,8 +27,9 @@ void CliDisplay::showErrorAlert(const QString& message)
 
 void CliDisplay::showFilterInfo(const QString& name, const QString& author)
 {
-    writeLine(stdout, author.isEmpty() ? QStringLiteral("Filter: ") + name
-                                       : QStringLiteral("Filter: %1 (%2)").arg(name, author));
+    writeLine(stdout,
+        author.isEmpty() ? QStringLiteral("Filter: ") + name
+                         : QStringLiteral("Filter: %1 (%2)").arg(name, author));
 }
 
 void CliDisplay::showSourceInfo(const QString& source)

@@ -15,7 +15,7 @@ struct CliOptions;
 
 // Exit codes of quillon-cli.
 inline constexpr int kCliExitOk = 0;
-inline constexpr int kCliExitFailed = 2;      // a failed check, a bad flag, an unreadable chain
+inline constexpr int kCliExitFailed = 2; // a failed check, a bad flag, an unreadable chain
 inline constexpr int kCliExitInterrupted = 130; // SIGINT or SIGTERM
 
 // The command line's progress display: filter and source lines on standard
@@ -57,7 +57,7 @@ Q_SIGNALS:
     void abortRequested();
 
 private:
-    std::atomic<bool> m_interrupted{false};
+    std::atomic<bool> m_interrupted { false };
 };
 
 } // namespace quillon

@@ -26,21 +26,22 @@ DemoLocations findDemoLocations(const QString& applicationDir)
     const QDir appDir(applicationDir);
     DemoLocations locations;
 
-    QStringList filters{appDir.filePath(QStringLiteral("../share/quillon/filters"))};
+    QStringList filters { appDir.filePath(QStringLiteral("../share/quillon/filters")) };
 #ifdef QUILLON_SAMPLE_FILTERS_DIR
     filters.append(QStringLiteral(QUILLON_SAMPLE_FILTERS_DIR));
 #endif
     locations.filtersDir = firstExisting(filters);
 
-    QStringList tools{appDir.filePath(QStringLiteral("quillon-standin-render")),
-                      appDir.filePath(QStringLiteral("../tools/quillon-standin-render"))};
+    QStringList tools { appDir.filePath(QStringLiteral("quillon-standin-render")),
+        appDir.filePath(QStringLiteral("../tools/quillon-standin-render")) };
 #ifdef QUILLON_STANDIN_BUILD_PATH
     tools.append(QStringLiteral(QUILLON_STANDIN_BUILD_PATH));
 #endif
     locations.toolPath = firstExisting(tools);
 
     const QString output = qEnvironmentVariable("QUILLON_DEMO_OUTPUT");
-    locations.outputDir = !output.isEmpty() ? output : QDir(QDir::tempPath()).filePath(QStringLiteral("quillon-demo"));
+    locations.outputDir
+        = !output.isEmpty() ? output : QDir(QDir::tempPath()).filePath(QStringLiteral("quillon-demo"));
 
     const QString config = QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation);
     locations.settingsFile = QDir(config).filePath(QStringLiteral("Quillon/demo.conf"));

@@ -10,9 +10,9 @@ class Preferences;
 
 // Where the demo set-up finds its pieces.
 struct DemoLocations {
-    QString filtersDir;   // the sample filter definitions
-    QString toolPath;     // the stand-in render tool
-    QString outputDir;    // where the demo renders
+    QString filtersDir; // the sample filter definitions
+    QString toolPath; // the stand-in render tool
+    QString outputDir; // where the demo renders
     QString settingsFile; // the demo's own preferences store
 };
 

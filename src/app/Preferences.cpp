@@ -12,17 +12,17 @@ using Type = PreferenceKey::Type;
 
 PreferenceKey text(const QString& key, const QString& reset)
 {
-    return {key, Type::String, QVariant(reset)};
+    return { key, Type::String, QVariant(reset) };
 }
 
 PreferenceKey integer(const QString& key, qint64 reset)
 {
-    return {key, Type::Integer, QVariant(reset)};
+    return { key, Type::Integer, QVariant(reset) };
 }
 
 // Reset order matters only in that PREF_RESET comes last: a store that lost
 // power half-way through a reset is reset again at the next launch.
-const std::array<PreferenceKey, 31> kTable{{
+const std::array<PreferenceKey, 31> kTable { {
     integer(pref::CB_ANTIALIAS, 1),
     integer(pref::CB_MT, 1),
     integer(pref::CB_NORMALFLIP, 0),
@@ -55,15 +55,15 @@ const std::array<PreferenceKey, 31> kTable{{
     text(pref::EXPORT_FORMAT, QStringLiteral("JPEG")),
     text(pref::PREF_RESET, QStringLiteral("YES")),
     // Written by their pop-ups only; a reset keeps the user's choice.
-    {pref::INPUT_MODE, Type::String, std::nullopt},
-    {pref::OUTPUT_SUFFIX, Type::String, std::nullopt},
-}};
+    { pref::INPUT_MODE, Type::String, std::nullopt },
+    { pref::OUTPUT_SUFFIX, Type::String, std::nullopt },
+} };
 
 } // namespace
 
 Preferences::Preferences()
-    : m_settings(std::make_unique<QSettings>(QSettings::NativeFormat, QSettings::UserScope,
-                                             QStringLiteral("Quillon"), QStringLiteral("Quillon")))
+    : m_settings(std::make_unique<QSettings>(
+        QSettings::NativeFormat, QSettings::UserScope, QStringLiteral("Quillon"), QStringLiteral("Quillon")))
 {
 }
 

@@ -42,18 +42,18 @@ struct RunSettings {
     int tiffFloatFormat = 0;
     int tgaIncludeTrans = 1;
     int tgaFlipOrder = 0;
-    int pngBitDepth = 0;     // 0 8 bits, 1 16 bits
-    int pngCompression = 0;  // 0 none, 1 fast, 2 best
-    int tiffBitDepth = 0;    // 0 8, 1 16, 2 24 bits
+    int pngBitDepth = 0; // 0 8 bits, 1 16 bits
+    int pngCompression = 0; // 0 none, 1 fast, 2 best
+    int tiffBitDepth = 0; // 0 8, 1 16, 2 24 bits
     int tiffCompression = 0; // 0 none, 1 LZW, 2 deflate
-    int tgaBitDepth = 0;     // 0 24 bits, 1 32 bits
+    int tgaBitDepth = 0; // 0 24 bits, 1 32 bits
 
     // Chain-related.
     int presetIndex = 0; // selected item of the preset pop-up
     int activateMaps = 0;
     // Map boxes in map-index order: base, alpha, diffuse, bump, normal,
     // specstr, specexp, ao, ro, metallic.
-    std::array<int, 10> mapBoxes{1, 0, 0, 0, 0, 0, 0, 0, 0, 0};
+    std::array<int, 10> mapBoxes { 1, 0, 0, 0, 0, 0, 0, 0, 0, 0 };
 
     // Seed of the run's random generator; none draws a fresh seed per run.
     std::optional<quint64> seed;

@@ -26,16 +26,14 @@ int main(int argc, char** argv)
     parser.addHelpOption();
     parser.addVersionOption();
     parser.addPositionalArgument(QStringLiteral("chain"), QStringLiteral("A chain file (.qlch) to open."),
-                                 QStringLiteral("[FILE.qlch]"));
-    const QCommandLineOption demoOption(
-        QStringLiteral("demo"),
+        QStringLiteral("[FILE.qlch]"));
+    const QCommandLineOption demoOption(QStringLiteral("demo"),
         QStringLiteral("Start with the demo settings (sample filters, stand-in render tool, demo output "
                        "folder), kept apart from your own preferences."));
     parser.addOption(demoOption);
     // For the documentation: saves a picture of the window and quits.
     QCommandLineOption screenshotOption(QStringLiteral("screenshot"),
-                                        QStringLiteral("Save a picture of the window to PATH and quit."),
-                                        QStringLiteral("PATH"));
+        QStringLiteral("Save a picture of the window to PATH and quit."), QStringLiteral("PATH"));
     screenshotOption.setFlags(QCommandLineOption::HiddenFromHelp);
     parser.addOption(screenshotOption);
     parser.process(app);

@@ -107,8 +107,8 @@ bool BatchController::failCheck(const QString& message, QString* error)
     return false;
 }
 
-bool BatchController::startBatchWithSender(const RecordList& chain, const RunSettings& settings,
-                                           QString* error)
+bool BatchController::startBatchWithSender(
+    const RecordList& chain, const RunSettings& settings, QString* error)
 {
     // Until the completion has run, the old worker still reads the abort flag
     // and the snapshot.
@@ -160,8 +160,8 @@ bool BatchController::startBatchWithSender(const RecordList& chain, const RunSet
     }
     case kInputModeNone:
         if (m_outputPrefix.isEmpty())
-            return failCheck(QStringLiteral("No filename gives (file prefix when running without input)"),
-                             error);
+            return failCheck(
+                QStringLiteral("No filename gives (file prefix when running without input)"), error);
         break;
     default:
         break;
@@ -240,7 +240,7 @@ QStringList BatchController::makesFilesArray() const
         return {};
     switch (m_settings.inputMode) {
     case 0:
-        return {m_settings.sourcePath};
+        return { m_settings.sourcePath };
     case 1:
         return loadImagesFromSourceFolder(m_settings.sourcePath);
     default:
@@ -253,7 +253,7 @@ QStringList BatchController::loadImagesFromSourceFolder(const QString& directory
     const QDir root(QFileInfo(directory).absoluteFilePath());
     QStringList files;
     QDirIterator it(root.path(), QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
-                    QDirIterator::Subdirectories);
+        QDirIterator::Subdirectories);
     while (it.hasNext()) {
         const QString relative = root.relativeFilePath(it.next());
         if (relative.startsWith(QLatin1Char('.')))
@@ -275,7 +275,7 @@ void BatchController::buildLaunchQueue()
 {
     const QStringList inputs = makesFilesArray();
     m_originalInputs.clear();
-    for (const QString& path : inputs + QStringList{m_settings.sourcePath}) {
+    for (const QString& path : inputs + QStringList { m_settings.sourcePath }) {
         if (path.isEmpty())
             continue;
         m_originalInputs.insert(absolutePath(path));
@@ -311,8 +311,7 @@ void BatchController::buildLaunchQueue()
             record->setBoolean(key::UseMaps, false);
         }
         auto step = std::make_unique<filterProcessObject>(record, i == 0 ? inputs : QStringList(),
-                                                          QStringList(), i == 0, i == count - 1, i, this,
-                                                          baseNames);
+            QStringList(), i == 0, i == count - 1, i, this, baseNames);
         step->toolPath = m_settings.toolPath;
         step->outPath = m_settings.outputPath;
         step->randomDraw = m_random->drawFunction();
@@ -400,8 +399,8 @@ bool BatchController::isDeletable(const QString& path, ParentCache& parents) con
     if (candidate.isEmpty())
         return false;
     const QString inside = m_canonicalOutputDir.endsWith(QLatin1Char('/'))
-                               ? m_canonicalOutputDir
-                               : m_canonicalOutputDir + QLatin1Char('/');
+        ? m_canonicalOutputDir
+        : m_canonicalOutputDir + QLatin1Char('/');
     if (!candidate.startsWith(inside) || candidate.size() == inside.size())
         return false;
     if (m_originalInputs.contains(candidate) || m_originalInputs.contains(absolutePath(path)))

@@ -5,8 +5,8 @@
 #include "step/StepParent.h"
 
 #include <QFile>
-#include <QList>
 #include <QHash>
+#include <QList>
 #include <QObject>
 #include <QSet>
 #include <QString>
@@ -39,7 +39,7 @@ class BatchController final : public QObject, public StepParent {
 public:
     // The run log's file name in the output directory and its title.
     static const QString kLogFileName; // "qlrn_logfile.txt"
-    static const QString kLogTitle;    // "Quillon log"
+    static const QString kLogTitle; // "Quillon log"
 
     explicit BatchController(BatchDisplay* display = nullptr, QObject* parent = nullptr);
     // Aborts a run still going and waits for its wind-down.
@@ -141,13 +141,13 @@ private:
     RunSettings m_settings;
     QString m_outputPrefix;
     QStringList m_interimFiles;
-    QSet<QString> m_interimSet;        // the same paths, to keep the list free of repeats
-    QSet<QString> m_originalInputs;    // canonical paths of the run's user inputs
+    QSet<QString> m_interimSet; // the same paths, to keep the list free of repeats
+    QSet<QString> m_originalInputs; // canonical paths of the run's user inputs
     QString m_canonicalOutputDir;
     bool m_dolog = false;
     std::unique_ptr<QFile> m_logfh;
 
-    std::atomic<bool> m_isAborted{false};
+    std::atomic<bool> m_isAborted { false };
     bool m_running = false;
     filterProcessObject* m_runningFilter = nullptr; // touched on the controller thread only
     std::unique_ptr<RunRandom> m_random;

@@ -26,13 +26,13 @@ bool isNamed(const pugi::xml_node& node, const char* name)
 
 // Reads the file once and parses it in place; `bytes` must outlive `document`.
 // Returns the root element when it is named "Filter", a null node otherwise.
-pugi::xml_node openDefinition(const QString& path, unsigned int options, QByteArray& bytes,
-                              pugi::xml_document& document)
+pugi::xml_node openDefinition(
+    const QString& path, unsigned int options, QByteArray& bytes, pugi::xml_document& document)
 {
     if (!readDefinitionFile(path, bytes))
         return {};
-    const pugi::xml_parse_result parsed = document.load_buffer_inplace(bytes.data(),
-                                                                       static_cast<size_t>(bytes.size()), options);
+    const pugi::xml_parse_result parsed
+        = document.load_buffer_inplace(bytes.data(), static_cast<size_t>(bytes.size()), options);
     if (!parsed)
         return {};
     const pugi::xml_node root = document.document_element();
@@ -226,7 +226,8 @@ bool loadXMLInfoWithFilterdata(Record& filterData)
 {
     QByteArray bytes;
     pugi::xml_document document;
-    const pugi::xml_node root = openDefinition(filterData.string(key::path), kDetailParseOptions, bytes, document);
+    const pugi::xml_node root
+        = openDefinition(filterData.string(key::path), kDetailParseOptions, bytes, document);
     if (!root)
         return false;
     for (const pugi::xml_node& child : root.children()) {

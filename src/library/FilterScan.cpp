@@ -2,10 +2,10 @@
 
 #include "library/DefinitionReader.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QDirIterator>
 #include <QFileInfo>
-#include <QCoreApplication>
 #include <QFutureWatcher>
 #include <QThreadPool>
 #include <QtConcurrent/QtConcurrentMap>
@@ -62,7 +62,7 @@ QStringList loadFilterNamesAndArrayWithPath(const QString& path)
         return paths;
     const QString root = QDir::cleanPath(QFileInfo(path).absoluteFilePath());
     QDirIterator entries(root, QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden | QDir::System,
-                         QDirIterator::Subdirectories | QDirIterator::FollowSymlinks);
+        QDirIterator::Subdirectories | QDirIterator::FollowSymlinks);
     const QString extension = QStringLiteral(".ffxml");
     while (entries.hasNext()) {
         const QString entry = entries.next();

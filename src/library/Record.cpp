@@ -62,8 +62,8 @@ qint64 Record::integer(const QString& key, qint64 fallback) const
     if (typeId == QMetaType::ULongLong) {
         const qulonglong v = it->toULongLong();
         return v > static_cast<qulonglong>(std::numeric_limits<qint64>::max())
-                   ? std::numeric_limits<qint64>::max()
-                   : static_cast<qint64>(v);
+            ? std::numeric_limits<qint64>::max()
+            : static_cast<qint64>(v);
     }
     if (isIntegerType(typeId))
         return it->toLongLong();

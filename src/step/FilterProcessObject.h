@@ -28,28 +28,28 @@ struct RunSettings;
 class filterProcessObject final {
 public:
     filterProcessObject(RecordPtr filterData, QStringList inFiles, QStringList outFiles, bool isFirst,
-                        bool isLast, qint64 chainid, StepParent* parent, QStringList filenames);
+        bool isLast, qint64 chainid, StepParent* parent, QStringList filenames);
     ~filterProcessObject();
     filterProcessObject(const filterProcessObject&) = delete;
     filterProcessObject& operator=(const filterProcessObject&) = delete;
 
     // ---- Fields ----------------------------------------------------------
-    RecordPtr filterData;        // the chain entry's record itself, not a copy
-    QStringList inFiles;         // the step's inputs
-    QStringList outFiles;        // every output the tasks will write, in task order
+    RecordPtr filterData; // the chain entry's record itself, not a copy
+    QStringList inFiles; // the step's inputs
+    QStringList outFiles; // every output the tasks will write, in task order
     bool isFirst = false;
     bool isLast = false;
     StepParent* parent = nullptr; // not owned
     QString toolPath;
     QString outPath;
     std::unique_ptr<QProcess> toolTask; // the current tool run; worker thread only
-    QStringList filesToRemove;    // task files of the current tool run
+    QStringList filesToRemove; // task files of the current tool run
     qint64 chainid = 0;
     QStringList originalFileNames; // entry i names the outputs of input i
-    QStringList realFileNames;     // output names for the later steps
-    std::atomic<bool> isAborted{false};
-    QString lastRunURL;            // run file of the current frame's first map
-    RandomDraw randomDraw;         // the run's random source (0..999)
+    QStringList realFileNames; // output names for the later steps
+    std::atomic<bool> isAborted { false };
+    QString lastRunURL; // run file of the current frame's first map
+    RandomDraw randomDraw; // the run's random source (0..999)
 
     // ---- Step runner (worker thread) ------------------------------------
     void runSeries();
@@ -84,14 +84,12 @@ public:
 
     // Append one Task to `tasks` and write its run file; on failure nothing
     // is appended, `error` is set and an empty node returned.
-    pugi::xml_node createTaskSettingFor(qint64 index, const QString& imagepath, const QString& outfile,
-                                        QString* error, pugi::xml_node tasks);
+    pugi::xml_node createTaskSettingFor(
+        qint64 index, const QString& imagepath, const QString& outfile, QString* error, pugi::xml_node tasks);
     pugi::xml_node createTaskSettingMapsWithIndex(qint64 index, const QString& imagepath,
-                                                  const QString& outfile, qint64 mapindex, bool first,
-                                                  QString* error, pugi::xml_node tasks);
+        const QString& outfile, qint64 mapindex, bool first, QString* error, pugi::xml_node tasks);
     pugi::xml_node copyAndChangeRunFileWithIndex(qint64 index, qint64 mapindex, const QString& imagepath,
-                                                 const QString& outfile, QString* error,
-                                                 pugi::xml_node tasks);
+        const QString& outfile, QString* error, pugi::xml_node tasks);
 
     pugi::xml_node getPresetFromRootWithRoot(pugi::xml_node root) const;
     pugi::xml_node getPresetFromRootCopyWithRoot(pugi::xml_node root) const;

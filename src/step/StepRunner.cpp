@@ -31,8 +31,7 @@ const QString kStartFailedMessage = QStringLiteral("Could not start the render t
 
 // Runs `report` on the controller's thread and waits, so reports arrive in
 // the order they were issued; directly when there is no other thread.
-template <typename Report>
-void deliver(StepParent* parent, Report&& report)
+template <typename Report> void deliver(StepParent* parent, Report&& report)
 {
     if (!parent)
         return;
@@ -90,7 +89,7 @@ void filterProcessObject::showSetupInfo()
 {
     const QString name = filterData ? filterData->string(key::name) : QString();
     const QString author = filterData ? filterData->string(key::author) : QString();
-    passOnFilterInfoWithData({name, author});
+    passOnFilterInfoWithData({ name, author });
 }
 
 void filterProcessObject::runOnSources()
@@ -108,7 +107,7 @@ void filterProcessObject::runEmpty()
 {
     toolTask = std::make_unique<QProcess>();
     toolTask->setProgram(toolPath);
-    toolTask->setArguments({createBatchFileNoFile()});
+    toolTask->setArguments({ createBatchFileNoFile() });
     captureStandardOutputAndRouteToTextView(*toolTask);
 }
 
@@ -117,7 +116,7 @@ void filterProcessObject::runFilterOn(const QString& inputPath, const QString& o
     toolTask = std::make_unique<QProcess>();
     toolTask->setProgram(toolPath);
     // The task files are written before the tool starts.
-    toolTask->setArguments({createBatchFileWithFilepath(inputPath, outfile)});
+    toolTask->setArguments({ createBatchFileWithFilepath(inputPath, outfile) });
     captureStandardOutputAndRouteToTextView(*toolTask);
 }
 

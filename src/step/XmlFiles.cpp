@@ -13,8 +13,7 @@ namespace {
 
 // Thrown by a ByteArrayWriter whose output passed its limit, to stop the
 // save; caught in serializeXml.
-struct OutputLimitReached {
-};
+struct OutputLimitReached { };
 
 class ByteArrayWriter final : public pugi::xml_writer {
 public:
@@ -76,7 +75,8 @@ bool loadXmlFile(pugi::xml_document& document, const QString& path, QString* err
     // Comments, processing instructions and the document type are kept, so a
     // run file is the whole definition re-serialised; only the declaration is
     // dropped (serializeXml writes its own).
-    constexpr unsigned int options = pugi::parse_default | pugi::parse_comments | pugi::parse_pi | pugi::parse_doctype;
+    constexpr unsigned int options
+        = pugi::parse_default | pugi::parse_comments | pugi::parse_pi | pugi::parse_doctype;
     const pugi::xml_parse_result result = storage
         ? document.load_buffer_inplace(bytes.data(), static_cast<size_t>(bytes.size()), options)
         : document.load_buffer(bytes.constData(), static_cast<size_t>(bytes.size()), options);

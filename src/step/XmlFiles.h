@@ -13,7 +13,7 @@ namespace quillon {
 // the document is parsed in place, in the file's bytes kept there: it must
 // outlive the document and stay untouched.
 bool loadXmlFile(pugi::xml_document& document, const QString& path, QString* error = nullptr,
-                 QByteArray* storage = nullptr);
+    QByteArray* storage = nullptr);
 
 // Serialises a document with a leading declaration (version "1.0", encoding
 // "UTF-8"), two-space indentation and self-closing empty elements. Any

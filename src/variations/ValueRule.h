@@ -23,7 +23,7 @@ public:
 
 private:
     std::mt19937_64 m_engine;
-    std::uniform_int_distribution<int> m_thousand{0, 999};
+    std::uniform_int_distribution<int> m_thousand { 0, 999 };
 };
 
 // The value rule: advances the parameter by one task. Returns the new value

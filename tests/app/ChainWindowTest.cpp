@@ -49,7 +49,7 @@ protected:
         ASSERT_TRUE(m_dir.isValid());
         m_delegate = std::make_unique<AppDelegate>();
         window()->show();
-        for (const char* name : {"filterList", "filterParamList", "addFilterList"}) {
+        for (const char* name : { "filterList", "filterParamList", "addFilterList" }) {
             auto* view = child<QTableView>(name);
             m_testers.push_back(std::make_unique<QAbstractItemModelTester>(
                 view->model(), QAbstractItemModelTester::FailureReportingMode::Fatal));
@@ -77,11 +77,12 @@ protected:
         QString presets;
         for (int i = 0; i < def.presets; ++i)
             presets += QStringLiteral("<Preset name-en=\"P%1\"><Settings variation=\"1\"/></Preset>").arg(i);
-        const QString xml = QStringLiteral("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-                                           "<Filter><Information name-en=\"%1\" author=\"Test Author\"/>"
-                                           "<Components><Result><FilterType value=\"%2\"/></Result>%3</Components>"
-                                           "<Presets>%4</Presets></Filter>\n")
-                                .arg(def.name, def.filtertype, def.controls, presets);
+        const QString xml
+            = QStringLiteral("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+                             "<Filter><Information name-en=\"%1\" author=\"Test Author\"/>"
+                             "<Components><Result><FilterType value=\"%2\"/></Result>%3</Components>"
+                             "<Presets>%4</Presets></Filter>\n")
+                  .arg(def.name, def.filtertype, def.controls, presets);
         QFile file(m_dir.filePath(def.file));
         ASSERT_TRUE(file.open(QIODevice::WriteOnly));
         file.write(xml.toUtf8());
@@ -100,7 +101,7 @@ protected:
     {
         QList<Definition> defs;
         for (const QString& name : names)
-            defs.append({name + QStringLiteral(".ffxml"), name, QStringLiteral("0"), sliderControls(), 1});
+            defs.append({ name + QStringLiteral(".ffxml"), name, QStringLiteral("0"), sliderControls(), 1 });
         installLibrary(defs);
     }
 
@@ -115,8 +116,8 @@ protected:
         QTest::mouseClick(child<QPushButton>("addFilterButton"), Qt::LeftButton);
         auto* list = child<QTableView>("addFilterList");
         for (const int row : rows)
-            list->selectionModel()->select(list->model()->index(row, 0),
-                                           QItemSelectionModel::Select | QItemSelectionModel::Rows);
+            list->selectionModel()->select(
+                list->model()->index(row, 0), QItemSelectionModel::Select | QItemSelectionModel::Rows);
         QTest::mouseClick(child<QPushButton>("addBaseFiltersButton"), Qt::LeftButton);
     }
 
@@ -132,8 +133,8 @@ protected:
     void selectRow(const char* table, int row)
     {
         auto* view = child<QTableView>(table);
-        view->selectionModel()->select(view->model()->index(row, 0),
-                                       QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+        view->selectionModel()->select(
+            view->model()->index(row, 0), QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
     }
 
     int selectedRow(const char* table) const
@@ -174,8 +175,8 @@ protected:
 TEST_F(ChainWindowTest, AddButtonWaitsForTheLibraryAndTheSheetAddsInLibraryOrder)
 {
     EXPECT_FALSE(buttonEnabled("addFilterButton"));
-    installLetters({QStringLiteral("Alpha"), QStringLiteral("Blur"), QStringLiteral("Crisp"),
-                    QStringLiteral("Dots")});
+    installLetters(
+        { QStringLiteral("Alpha"), QStringLiteral("Blur"), QStringLiteral("Crisp"), QStringLiteral("Dots") });
     EXPECT_TRUE(buttonEnabled("addFilterButton"));
     EXPECT_TRUE(child<QProgressBar>("loadingSpinner")->isHidden());
 
@@ -188,30 +189,32 @@ TEST_F(ChainWindowTest, AddButtonWaitsForTheLibraryAndTheSheetAddsInLibraryOrder
     EXPECT_FALSE(buttonEnabled("addBaseFiltersButton"));
 
     auto* list = child<QTableView>("addFilterList");
-    list->selectionModel()->select(list->model()->index(3, 0), QItemSelectionModel::Select | QItemSelectionModel::Rows);
+    list->selectionModel()->select(
+        list->model()->index(3, 0), QItemSelectionModel::Select | QItemSelectionModel::Rows);
     EXPECT_TRUE(buttonEnabled("addBaseFiltersButton"));
-    list->selectionModel()->select(list->model()->index(1, 0), QItemSelectionModel::Select | QItemSelectionModel::Rows);
+    list->selectionModel()->select(
+        list->model()->index(1, 0), QItemSelectionModel::Select | QItemSelectionModel::Rows);
     QTest::mouseClick(child<QPushButton>("addBaseFiltersButton"), Qt::LeftButton);
 
     EXPECT_FALSE(sheet->isVisible());
-    EXPECT_EQ(chainRows(), QStringList({"1. Blur", "2. Dots"}));
+    EXPECT_EQ(chainRows(), QStringList({ "1. Blur", "2. Dots" }));
     EXPECT_EQ(selectedRow("filterList"), -1);
 }
 
 TEST_F(ChainWindowTest, CancellingTheSheetLeavesTheChain)
 {
-    installLetters({QStringLiteral("Alpha"), QStringLiteral("Blur")});
-    addFromSheet({0});
+    installLetters({ QStringLiteral("Alpha"), QStringLiteral("Blur") });
+    addFromSheet({ 0 });
     QTest::mouseClick(child<QPushButton>("addFilterButton"), Qt::LeftButton);
     QTest::mouseClick(child<QPushButton>("addFilterCancelButton"), Qt::LeftButton);
     EXPECT_FALSE(child<QTableView>("addFilterList")->window()->isVisible());
-    EXPECT_EQ(chainRows(), QStringList({"1. Alpha"}));
+    EXPECT_EQ(chainRows(), QStringList({ "1. Alpha" }));
 }
 
 TEST_F(ChainWindowTest, MoveButtonsFollowTheSelection)
 {
-    installLetters({QStringLiteral("A"), QStringLiteral("B"), QStringLiteral("C")});
-    addFromSheet({0, 1, 2});
+    installLetters({ QStringLiteral("A"), QStringLiteral("B"), QStringLiteral("C") });
+    addFromSheet({ 0, 1, 2 });
     showParametersPage();
     EXPECT_FALSE(buttonEnabled("removeFilterButton"));
     EXPECT_FALSE(buttonEnabled("moveFilterUpButton"));
@@ -222,42 +225,42 @@ TEST_F(ChainWindowTest, MoveButtonsFollowTheSelection)
     EXPECT_FALSE(buttonEnabled("moveFilterDownButton"));
 
     QTest::mouseClick(child<QPushButton>("moveFilterUpButton"), Qt::LeftButton);
-    EXPECT_EQ(chainRows(), QStringList({"1. A", "2. C", "3. B"}));
+    EXPECT_EQ(chainRows(), QStringList({ "1. A", "2. C", "3. B" }));
     EXPECT_EQ(selectedRow("filterList"), 1);
     EXPECT_TRUE(buttonEnabled("moveFilterUpButton"));
     EXPECT_TRUE(buttonEnabled("moveFilterDownButton"));
     EXPECT_EQ(m_delegate->params(), m_delegate->chain()[1]->list(key::Components));
 
     QTest::mouseClick(child<QPushButton>("moveFilterDownButton"), Qt::LeftButton);
-    EXPECT_EQ(chainRows(), QStringList({"1. A", "2. B", "3. C"}));
+    EXPECT_EQ(chainRows(), QStringList({ "1. A", "2. B", "3. C" }));
     EXPECT_EQ(selectedRow("filterList"), 2);
     EXPECT_FALSE(buttonEnabled("moveFilterDownButton"));
 
     // The last filter cannot move down, the first cannot move up.
     QTest::mouseClick(child<QPushButton>("moveFilterDownButton"), Qt::LeftButton);
-    EXPECT_EQ(chainRows(), QStringList({"1. A", "2. B", "3. C"}));
+    EXPECT_EQ(chainRows(), QStringList({ "1. A", "2. B", "3. C" }));
     selectRow("filterList", 0);
     EXPECT_FALSE(buttonEnabled("moveFilterUpButton"));
     m_delegate->moveFilterUpInListWithSender();
-    EXPECT_EQ(chainRows(), QStringList({"1. A", "2. B", "3. C"}));
+    EXPECT_EQ(chainRows(), QStringList({ "1. A", "2. B", "3. C" }));
     EXPECT_EQ(selectedRow("filterList"), 0);
 }
 
 TEST_F(ChainWindowTest, RemovingKeepsTheSelectionAtThatPositionOrTheLastRow)
 {
-    installLetters({QStringLiteral("A"), QStringLiteral("B"), QStringLiteral("C")});
-    addFromSheet({0, 1, 2});
+    installLetters({ QStringLiteral("A"), QStringLiteral("B"), QStringLiteral("C") });
+    addFromSheet({ 0, 1, 2 });
     showParametersPage();
 
     selectRow("filterList", 1);
     QTest::mouseClick(child<QPushButton>("removeFilterButton"), Qt::LeftButton);
-    EXPECT_EQ(chainRows(), QStringList({"1. A", "2. C"}));
+    EXPECT_EQ(chainRows(), QStringList({ "1. A", "2. C" }));
     EXPECT_EQ(selectedRow("filterList"), 1);
     EXPECT_EQ(m_delegate->params(), m_delegate->chain()[1]->list(key::Components));
     EXPECT_FALSE(buttonEnabled("moveFilterDownButton"));
 
     QTest::mouseClick(child<QPushButton>("removeFilterButton"), Qt::LeftButton);
-    EXPECT_EQ(chainRows(), QStringList({"1. A"}));
+    EXPECT_EQ(chainRows(), QStringList({ "1. A" }));
     EXPECT_EQ(selectedRow("filterList"), 0);
 
     QTest::mouseClick(child<QPushButton>("removeFilterButton"), Qt::LeftButton);
@@ -269,15 +272,15 @@ TEST_F(ChainWindowTest, RemovingKeepsTheSelectionAtThatPositionOrTheLastRow)
 
 TEST_F(ChainWindowTest, MapsAreOfferedForAOneFilterChainOnly)
 {
-    installLibrary({{QStringLiteral("full.ffxml"), QStringLiteral("Full"), QStringLiteral("1"), {}, 1},
-                    {QStringLiteral("plain.ffxml"), QStringLiteral("Plain"), QStringLiteral("2"), {}, 1}});
+    installLibrary({ { QStringLiteral("full.ffxml"), QStringLiteral("Full"), QStringLiteral("1"), {}, 1 },
+        { QStringLiteral("plain.ffxml"), QStringLiteral("Plain"), QStringLiteral("2"), {}, 1 } });
     auto* activate = child<QCheckBox>("t_activateMaps");
     auto* box = child<QGroupBox>("t_mapsBox");
     const QList<QCheckBox*> maps = box->findChildren<QCheckBox*>();
     ASSERT_EQ(maps.size(), 10);
     EXPECT_TRUE(activate->isHidden());
 
-    addFromSheet({0}); // Full, type "1"
+    addFromSheet({ 0 }); // Full, type "1"
     EXPECT_FALSE(activate->isHidden());
     EXPECT_FALSE(activate->isChecked());
     EXPECT_TRUE(box->isHidden());
@@ -297,7 +300,7 @@ TEST_F(ChainWindowTest, MapsAreOfferedForAOneFilterChainOnly)
     EXPECT_FALSE(child<QCheckBox>("t_normalMap")->isChecked());
 
     // A second filter hides the switch and turns it off.
-    addFromSheet({1});
+    addFromSheet({ 1 });
     EXPECT_TRUE(activate->isHidden());
     EXPECT_FALSE(activate->isChecked());
     EXPECT_TRUE(box->isHidden());
@@ -317,8 +320,9 @@ TEST_F(ChainWindowTest, MapsAreOfferedForAOneFilterChainOnly)
 
 TEST_F(ChainWindowTest, PresetPopupAndParametersFillOnTheParametersPageOnly)
 {
-    installLibrary({{QStringLiteral("three.ffxml"), QStringLiteral("Three"), QStringLiteral("0"), sliderControls(), 3}});
-    addFromSheet({0});
+    installLibrary({ { QStringLiteral("three.ffxml"), QStringLiteral("Three"), QStringLiteral("0"),
+        sliderControls(), 3 } });
+    addFromSheet({ 0 });
     auto* tabs = child<QTabWidget>("mainTabControl");
     EXPECT_EQ(tabs->widget(0)->property("identifier").toString(), "1");
     EXPECT_EQ(tabs->widget(1)->property("identifier").toString(), "2");
@@ -350,10 +354,11 @@ TEST_F(ChainWindowTest, PresetPopupAndParametersFillOnTheParametersPageOnly)
 
 TEST_F(ChainWindowTest, OneLibraryFilterAddedTwiceIsOneRecord)
 {
-    installLibrary({{QStringLiteral("a.ffxml"), QStringLiteral("A"), QStringLiteral("0"), sliderControls(), 1}});
-    addFromSheet({0});
-    addFromSheet({0});
-    ASSERT_EQ(chainRows(), QStringList({"1. A", "2. A"}));
+    installLibrary(
+        { { QStringLiteral("a.ffxml"), QStringLiteral("A"), QStringLiteral("0"), sliderControls(), 1 } });
+    addFromSheet({ 0 });
+    addFromSheet({ 0 });
+    ASSERT_EQ(chainRows(), QStringList({ "1. A", "2. A" }));
     showParametersPage();
 
     selectRow("filterList", 0);
@@ -367,10 +372,10 @@ TEST_F(ChainWindowTest, OneLibraryFilterAddedTwiceIsOneRecord)
 
 TEST_F(ChainWindowTest, AFilterWhoseDefinitionIsGoneIsNotAdded)
 {
-    installLetters({QStringLiteral("Alpha"), QStringLiteral("Gone")});
+    installLetters({ QStringLiteral("Alpha"), QStringLiteral("Gone") });
     ASSERT_TRUE(QFile::remove(m_dir.filePath(QStringLiteral("Gone.ffxml"))));
-    addFromSheet({0, 1});
-    EXPECT_EQ(chainRows(), QStringList({"1. Alpha"}));
+    addFromSheet({ 0, 1 });
+    EXPECT_EQ(chainRows(), QStringList({ "1. Alpha" }));
     ASSERT_EQ(MessageBoxes::instance().shownMessages().size(), 1);
     EXPECT_TRUE(MessageBoxes::instance().shownMessages().first().contains("Gone"));
 }
@@ -380,14 +385,14 @@ protected:
     void SetUp() override
     {
         ChainWindowTest::SetUp();
-        installLibrary({{QStringLiteral("all.ffxml"), QStringLiteral("All Kinds"), QStringLiteral("1"),
-                         QStringLiteral("<SliderControl id=\"s\"><Name value-en=\"Glow\"/></SliderControl>"
-                                        "<IntSliderControl id=\"i\"><Name value-en=\"Radius\"/>"
-                                        "<RangeMax value=\"255\"/></IntSliderControl>"
-                                        "<AngleControl id=\"a\"><Name value-en=\"Angle\"/></AngleControl>"
-                                        "<CheckboxControl id=\"c\"><Name value-en=\"Invert\"/></CheckboxControl>"),
-                         1}});
-        addFromSheet({0});
+        installLibrary({ { QStringLiteral("all.ffxml"), QStringLiteral("All Kinds"), QStringLiteral("1"),
+            QStringLiteral("<SliderControl id=\"s\"><Name value-en=\"Glow\"/></SliderControl>"
+                           "<IntSliderControl id=\"i\"><Name value-en=\"Radius\"/>"
+                           "<RangeMax value=\"255\"/></IntSliderControl>"
+                           "<AngleControl id=\"a\"><Name value-en=\"Angle\"/></AngleControl>"
+                           "<CheckboxControl id=\"c\"><Name value-en=\"Invert\"/></CheckboxControl>"),
+            1 } });
+        addFromSheet({ 0 });
         showParametersPage();
         selectRow("filterList", 0);
     }
@@ -531,7 +536,8 @@ TEST_F(ParameterEditorTest, StoringWithoutASelectedRowChangesNothing)
     child<QTableView>("filterParamList")->clearSelection();
     testing::internal::CaptureStdout();
     m_delegate->reallyUpdateFilterValues();
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "Tried to much filter values with no valueline selected\n");
+    EXPECT_EQ(
+        testing::internal::GetCapturedStdout(), "Tried to much filter values with no valueline selected\n");
 }
 
 TEST_F(ParameterEditorTest, EditorBoxNamesTheRowItEdits)
@@ -568,11 +574,12 @@ protected:
 
 TEST_F(ChainFileWindowTest, SaveThenOpenGivesTheSameChain)
 {
-    installLibrary({{QStringLiteral("a.ffxml"), QStringLiteral("A"), QStringLiteral("1"), sliderControls(), 2},
-                    {QStringLiteral("b.ffxml"), QStringLiteral("B"), QStringLiteral("0"),
-                     QStringLiteral("<CheckboxControl id=\"c\"><Name value-en=\"Invert\"/></CheckboxControl>"), 1}});
-    addFromSheet({0, 1});
-    addFromSheet({0});
+    installLibrary({ { QStringLiteral("a.ffxml"), QStringLiteral("A"), QStringLiteral("1"), sliderControls(),
+                         2 },
+        { QStringLiteral("b.ffxml"), QStringLiteral("B"), QStringLiteral("0"),
+            QStringLiteral("<CheckboxControl id=\"c\"><Name value-en=\"Invert\"/></CheckboxControl>"), 1 } });
+    addFromSheet({ 0, 1 });
+    addFromSheet({ 0 });
     showParametersPage();
     selectRow("filterList", 0);
     setActive(0, true);
@@ -601,7 +608,7 @@ TEST_F(ChainFileWindowTest, SaveThenOpenGivesTheSameChain)
     EXPECT_EQ(open.prompt, "Select Chain");
     EXPECT_EQ(open.message, "Quillon needs you to locate a saved filter chain");
 
-    EXPECT_EQ(chainRows(), QStringList({"1. A", "2. B", "3. A"}));
+    EXPECT_EQ(chainRows(), QStringList({ "1. A", "2. B", "3. A" }));
     EXPECT_TRUE(MessageBoxes::instance().shownMessages().isEmpty());
     // Opened records are independent of each other.
     EXPECT_NE(m_delegate->chain()[0], m_delegate->chain()[2]);
@@ -619,23 +626,23 @@ TEST_F(ChainFileWindowTest, SaveThenOpenGivesTheSameChain)
 
 TEST_F(ChainFileWindowTest, CancelledDialogsChangeNothing)
 {
-    installLetters({QStringLiteral("A")});
-    addFromSheet({0});
+    installLetters({ QStringLiteral("A") });
+    addFromSheet({ 0 });
     FileDialogs::instance().setNextFileName(QString());
     EXPECT_EQ(clickCapturingStdout("saveFilterChainButton"), "");
     FileDialogs::instance().setNextFileName(QString());
     QTest::mouseClick(child<QPushButton>("loadFilterChainButton"), Qt::LeftButton);
-    EXPECT_EQ(chainRows(), QStringList({"1. A"}));
+    EXPECT_EQ(chainRows(), QStringList({ "1. A" }));
     EXPECT_FALSE(QFile::exists(chainPath("A.qlch")));
 }
 
 TEST_F(ChainFileWindowTest, AFileThatIsNoChainIsRefusedAndTheChainStays)
 {
-    installLetters({QStringLiteral("A")});
-    addFromSheet({0});
+    installLetters({ QStringLiteral("A") });
+    addFromSheet({ 0 });
     writeText(chainPath("broken.qlch"), "this is not a property list");
     m_delegate->openChainFile(chainPath("broken.qlch"));
-    EXPECT_EQ(chainRows(), QStringList({"1. A"}));
+    EXPECT_EQ(chainRows(), QStringList({ "1. A" }));
     EXPECT_EQ(MessageBoxes::instance().shownMessages().size(), 1);
     EXPECT_EQ(MessageBoxes::instance().beeps(), 0);
 }
@@ -644,25 +651,25 @@ TEST_F(ChainFileWindowTest, AnUnknownParameterCodeKeepsTheFiltersBeforeIt)
 {
     const auto filter = [](const char* name, int code) {
         return QByteArray("<dict><key>name</key><string>") + name
-               + "</string><key>Components</key><array><dict><key>CONTROL_ID</key><string>x</string>"
-                 "<key>CONTROL_PROXY</key><integer>"
-               + QByteArray::number(code)
-               + "</integer><key>ACTIVE</key><integer>0</integer><key>POPSTATE</key><integer>0</integer>"
-                 "<key>MINVALUE</key><integer>0</integer><key>MAXVALUE</key><integer>1</integer>"
-                 "<key>STARTVALUE</key><integer>0</integer></dict></array></dict>";
+            + "</string><key>Components</key><array><dict><key>CONTROL_ID</key><string>x</string>"
+              "<key>CONTROL_PROXY</key><integer>"
+            + QByteArray::number(code)
+            + "</integer><key>ACTIVE</key><integer>0</integer><key>POPSTATE</key><integer>0</integer>"
+              "<key>MINVALUE</key><integer>0</integer><key>MAXVALUE</key><integer>1</integer>"
+              "<key>STARTVALUE</key><integer>0</integer></dict></array></dict>";
     };
     writeText(chainPath("odd.qlch"),
-              "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-              "<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" "
-              "\"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\n<plist version=\"1.0\"><array>"
-                  + filter("First", 0) + filter("Second", 7) + "</array></plist>\n");
-    installLetters({QStringLiteral("A"), QStringLiteral("B")});
-    addFromSheet({0, 1});
+        "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+        "<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" "
+        "\"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\n<plist version=\"1.0\"><array>"
+            + filter("First", 0) + filter("Second", 7) + "</array></plist>\n");
+    installLetters({ QStringLiteral("A"), QStringLiteral("B") });
+    addFromSheet({ 0, 1 });
 
     testing::internal::CaptureStdout();
     m_delegate->openChainFile(chainPath("odd.qlch"));
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "Fuckdata in save\n");
-    EXPECT_EQ(chainRows(), QStringList({"1. First"}));
+    EXPECT_EQ(chainRows(), QStringList({ "1. First" }));
     EXPECT_EQ(MessageBoxes::instance().beeps(), 1);
     // One filter again: the maps switch is offered.
     EXPECT_FALSE(child<QCheckBox>("t_activateMaps")->isHidden());

@@ -7,7 +7,7 @@ namespace {
 
 CliParseResult parse(const QStringList& flags, CliOptions* options, QString* error = nullptr)
 {
-    return parseCliArguments(QStringList{QStringLiteral("quillon-cli")} + flags, options, error);
+    return parseCliArguments(QStringList { QStringLiteral("quillon-cli") } + flags, options, error);
 }
 
 TEST(CliOptions, NoFlagsGiveTheFactoryDefaultsAndNoInput)
@@ -29,13 +29,14 @@ TEST(CliOptions, NoFlagsGiveTheFactoryDefaultsAndNoInput)
 TEST(CliOptions, FlagsFillTheRunSettings)
 {
     CliOptions options;
-    ASSERT_EQ(parse({"--tool", "/t", "--output", "/o", "--input-dir", "/in", "--frames", "3", "--width", "64",
-                     "--height", "32", "--prefix", "x_", "--frame-style", "letter", "--format", "png", "--preset",
-                     "1", "--log", "--seed", "42", "--antialias", "off", "--dither", "on", "--png-bitdepth", "16",
-                     "--png-compression", "best", "--tiff-bitdepth", "24", "--tiff-compression", "lzw",
-                     "--tga-bitdepth", "32", "--tga-flip", "on", "--jpeg-quality", "95"},
-                    &options),
-              CliParseResult::Run);
+    ASSERT_EQ(parse({ "--tool", "/t", "--output", "/o", "--input-dir", "/in", "--frames", "3", "--width",
+                        "64", "--height", "32", "--prefix", "x_", "--frame-style", "letter", "--format",
+                        "png", "--preset", "1", "--log", "--seed", "42", "--antialias", "off", "--dither",
+                        "on", "--png-bitdepth", "16", "--png-compression", "best", "--tiff-bitdepth", "24",
+                        "--tiff-compression", "lzw", "--tga-bitdepth", "32", "--tga-flip", "on",
+                        "--jpeg-quality", "95" },
+                  &options),
+        CliParseResult::Run);
     const RunSettings& s = options.settings;
     EXPECT_EQ(s.toolPath, QStringLiteral("/t"));
     EXPECT_EQ(s.outputPath, QStringLiteral("/o"));
@@ -64,40 +65,41 @@ TEST(CliOptions, FlagsFillTheRunSettings)
 TEST(CliOptions, MapsSwitchMapsOnWithExactlyTheNamedKinds)
 {
     CliOptions options;
-    ASSERT_EQ(parse({"--maps", "normal,base,metallic"}, &options), CliParseResult::Run);
+    ASSERT_EQ(parse({ "--maps", "normal,base,metallic" }, &options), CliParseResult::Run);
     EXPECT_EQ(options.settings.activateMaps, 1);
-    EXPECT_EQ(options.settings.mapBoxes, (std::array<int, 10>{1, 0, 0, 0, 1, 0, 0, 0, 0, 1}));
+    EXPECT_EQ(options.settings.mapBoxes, (std::array<int, 10> { 1, 0, 0, 0, 1, 0, 0, 0, 0, 1 }));
 }
 
 TEST(CliOptions, DefinitionsKeepTheirOrderWhetherListedOrRepeated)
 {
     CliOptions options;
-    ASSERT_EQ(parse({"--filter", "a.ffxml", "b.ffxml", "--tool", "t", "--filter", "c.ffxml"}, &options),
-              CliParseResult::Run);
-    EXPECT_EQ(options.filterFiles, (QStringList{"a.ffxml", "b.ffxml", "c.ffxml"}));
+    ASSERT_EQ(parse({ "--filter", "a.ffxml", "b.ffxml", "--tool", "t", "--filter", "c.ffxml" }, &options),
+        CliParseResult::Run);
+    EXPECT_EQ(options.filterFiles, (QStringList { "a.ffxml", "b.ffxml", "c.ffxml" }));
     EXPECT_EQ(options.settings.toolPath, QStringLiteral("t"));
 }
 
 TEST(CliOptions, UnusableFlagsAreUsageErrors)
 {
     const QList<QStringList> bad = {
-        {"--bogus"},
-        {"--format", "GIF"},
-        {"--frames", "many"},
-        {"--antialias", "maybe"},
-        {"--png-bitdepth", "12"},
-        {"--maps", "base,shiny"},
-        {"--input", "a", "--input-dir", "b"},
-        {"--chain", "c.qlch", "--filter", "d.ffxml"},
-        {"--preset", "-1"},
-        {"--seed", "x"},
-        {"stray"},
-        {"--tool"},
+        { "--bogus" },
+        { "--format", "GIF" },
+        { "--frames", "many" },
+        { "--antialias", "maybe" },
+        { "--png-bitdepth", "12" },
+        { "--maps", "base,shiny" },
+        { "--input", "a", "--input-dir", "b" },
+        { "--chain", "c.qlch", "--filter", "d.ffxml" },
+        { "--preset", "-1" },
+        { "--seed", "x" },
+        { "stray" },
+        { "--tool" },
     };
     for (const QStringList& flags : bad) {
         CliOptions options;
         QString error;
-        EXPECT_EQ(parse(flags, &options, &error), CliParseResult::UsageError) << flags.join(' ').toStdString();
+        EXPECT_EQ(parse(flags, &options, &error), CliParseResult::UsageError)
+            << flags.join(' ').toStdString();
         EXPECT_FALSE(error.isEmpty());
     }
 }
@@ -105,15 +107,15 @@ TEST(CliOptions, UnusableFlagsAreUsageErrors)
 TEST(CliOptions, NegativeFramesAreLeftToTheRunCheck)
 {
     CliOptions options;
-    ASSERT_EQ(parse({"--frames", "-2"}, &options), CliParseResult::Run);
+    ASSERT_EQ(parse({ "--frames", "-2" }, &options), CliParseResult::Run);
     EXPECT_EQ(options.settings.frameCountText, QStringLiteral("-2"));
 }
 
 TEST(CliOptions, HelpAndVersion)
 {
     CliOptions options;
-    EXPECT_EQ(parse({"--help"}, &options), CliParseResult::Help);
-    EXPECT_EQ(parse({"--version"}, &options), CliParseResult::Version);
+    EXPECT_EQ(parse({ "--help" }, &options), CliParseResult::Help);
+    EXPECT_EQ(parse({ "--version" }, &options), CliParseResult::Version);
     EXPECT_TRUE(cliHelpText().startsWith(cliUsageLine()));
     EXPECT_TRUE(cliHelpText().contains(QStringLiteral("--save-chain")));
 }

@@ -38,17 +38,17 @@ protected:
         ASSERT_TRUE(root.mkpath(QStringLiteral("in")));
         m_out = root.filePath(QStringLiteral("out"));
         m_in = root.filePath(QStringLiteral("in"));
-        m_definition = writeBatchDefinition(m_temp.path(), QStringLiteral("glow.ffxml"), QStringLiteral("Glow"),
-                                            QStringLiteral("Quillon Tests"));
+        m_definition = writeBatchDefinition(m_temp.path(), QStringLiteral("glow.ffxml"),
+            QStringLiteral("Glow"), QStringLiteral("Quillon Tests"));
         m_second = writeBatchDefinition(m_temp.path(), QStringLiteral("edge.ffxml"), QStringLiteral("Edge"),
-                                        QStringLiteral("Quillon Tests"));
+            QStringLiteral("Quillon Tests"));
         ASSERT_FALSE(m_definition.isEmpty());
     }
 
     QStringList baseFlags() const
     {
-        return {"--filter", m_definition, "--tool", QStringLiteral(QUILLON_STANDIN_PATH), "--output", m_out,
-                "--format", "PNG", "--frames", "2", "--seed", "3"};
+        return { "--filter", m_definition, "--tool", QStringLiteral(QUILLON_STANDIN_PATH), "--output", m_out,
+            "--format", "PNG", "--frames", "2", "--seed", "3" };
     }
 
     void start(QProcess& process, const QStringList& flags, const QProcessEnvironment& env = {})
@@ -64,8 +64,8 @@ protected:
     CliResult finish(QProcess& process)
     {
         EXPECT_TRUE(process.waitForFinished(90000));
-        return {process.exitCode(), process.exitStatus(), QString::fromUtf8(process.readAllStandardOutput()),
-                QString::fromUtf8(process.readAllStandardError())};
+        return { process.exitCode(), process.exitStatus(), QString::fromUtf8(process.readAllStandardOutput()),
+            QString::fromUtf8(process.readAllStandardError()) };
     }
 
     CliResult run(const QStringList& flags)
@@ -86,22 +86,25 @@ TEST_F(CliRun, ACompletedRunExitsZeroAndLeavesOnlyTheOutputs)
 {
     ASSERT_TRUE(writeBatchInputImage(QDir(m_in).filePath(QStringLiteral("a.png"))));
     const auto before = batchSnapshot(m_in);
-    const CliResult result = run(baseFlags() + QStringList{"--input-dir", m_in, "--prefix", "p_", "--log"});
+    const CliResult result
+        = run(baseFlags() + QStringList { "--input-dir", m_in, "--prefix", "p_", "--log" });
     EXPECT_EQ(result.status, QProcess::NormalExit);
     EXPECT_EQ(result.exitCode, 0) << result.err.toStdString();
-    EXPECT_EQ(batchDirectoryNames(m_out), (QStringList{"p_a-1.png", "p_a-2.png", "qlrn_logfile.txt"}));
+    EXPECT_EQ(batchDirectoryNames(m_out), (QStringList { "p_a-1.png", "p_a-2.png", "qlrn_logfile.txt" }));
     EXPECT_TRUE(result.out.contains(QStringLiteral("Filter: Glow (Quillon Tests)")));
     EXPECT_TRUE(result.out.contains(QStringLiteral("Source: a.png")));
-    EXPECT_TRUE(result.out.contains(QStringLiteral("deleted ") + QDir(m_out).filePath(QStringLiteral("controlfile.xml"))));
+    EXPECT_TRUE(result.out.contains(
+        QStringLiteral("deleted ") + QDir(m_out).filePath(QStringLiteral("controlfile.xml"))));
     EXPECT_EQ(batchSnapshot(m_in), before);
 }
 
 TEST_F(CliRun, TwoDefinitionsWithoutInputChainTheirOutputs)
 {
-    const CliResult result = run({"--filter", m_definition, m_second, "--tool", QStringLiteral(QUILLON_STANDIN_PATH),
-                                  "--output", m_out, "--format", "PNG", "--frames", "2", "--prefix", "demo"});
+    const CliResult result
+        = run({ "--filter", m_definition, m_second, "--tool", QStringLiteral(QUILLON_STANDIN_PATH),
+            "--output", m_out, "--format", "PNG", "--frames", "2", "--prefix", "demo" });
     EXPECT_EQ(result.exitCode, 0) << result.err.toStdString();
-    EXPECT_EQ(batchDirectoryNames(m_out), (QStringList{"demo-1.png", "demo-2.png"}));
+    EXPECT_EQ(batchDirectoryNames(m_out), (QStringList { "demo-1.png", "demo-2.png" }));
     EXPECT_TRUE(result.out.contains(QStringLiteral("Source: <no source>")));
 }
 
@@ -111,13 +114,15 @@ TEST_F(CliRun, AFailedCheckPrintsItsMessageAndExitsTwo)
         QStringList flags;
         QString message;
     } cases[] = {
-        {{"--tool", QStringLiteral(QUILLON_STANDIN_PATH), "--output", m_out}, "No filters in the queue"},
-        {{"--filter", m_definition, "--output", m_out}, "No Batchrender tool selected"},
-        {{"--filter", m_definition, "--tool", QStringLiteral(QUILLON_STANDIN_PATH)}, "No output path selected"},
-        {baseFlags() + QStringList{"--input", m_in + "/none.png"}, "Input file does not exist"},
-        {baseFlags() + QStringList{"--input-dir", m_in}, "Input directory empty"},
-        {baseFlags() + QStringList{"--prefix", ""}, "No filename gives (file prefix when running without input)"},
-        {baseFlags() + QStringList{"--frames", "-1"}, "Number of frames must not be negative"},
+        { { "--tool", QStringLiteral(QUILLON_STANDIN_PATH), "--output", m_out }, "No filters in the queue" },
+        { { "--filter", m_definition, "--output", m_out }, "No Batchrender tool selected" },
+        { { "--filter", m_definition, "--tool", QStringLiteral(QUILLON_STANDIN_PATH) },
+            "No output path selected" },
+        { baseFlags() + QStringList { "--input", m_in + "/none.png" }, "Input file does not exist" },
+        { baseFlags() + QStringList { "--input-dir", m_in }, "Input directory empty" },
+        { baseFlags() + QStringList { "--prefix", "" },
+            "No filename gives (file prefix when running without input)" },
+        { baseFlags() + QStringList { "--frames", "-1" }, "Number of frames must not be negative" },
     };
     for (const auto& c : cases) {
         const CliResult result = run(c.flags);
@@ -129,35 +134,35 @@ TEST_F(CliRun, AFailedCheckPrintsItsMessageAndExitsTwo)
 
 TEST_F(CliRun, AnUnusableFlagPrintsTheUsageAndExitsTwo)
 {
-    for (const QStringList& flags : {QStringList{"--format", "GIF"}, QStringList{"--bogus"}}) {
+    for (const QStringList& flags : { QStringList { "--format", "GIF" }, QStringList { "--bogus" } }) {
         const CliResult result = run(baseFlags() + flags);
         EXPECT_EQ(result.exitCode, 2);
         EXPECT_TRUE(result.err.contains(QStringLiteral("Usage: quillon-cli"))) << result.err.toStdString();
     }
-    const CliResult missing = run({"--filter", m_temp.path() + "/missing.ffxml"});
+    const CliResult missing = run({ "--filter", m_temp.path() + "/missing.ffxml" });
     EXPECT_EQ(missing.exitCode, 2);
     EXPECT_FALSE(missing.err.isEmpty());
 }
 
 TEST_F(CliRun, HelpAndVersionExitZero)
 {
-    const CliResult help = run({"--help"});
+    const CliResult help = run({ "--help" });
     EXPECT_EQ(help.exitCode, 0);
     EXPECT_TRUE(help.out.contains(QStringLiteral("--input-dir")));
-    const CliResult version = run({"--version"});
+    const CliResult version = run({ "--version" });
     EXPECT_EQ(version.exitCode, 0);
     EXPECT_TRUE(version.out.startsWith(QStringLiteral("quillon-cli ")));
 }
 
 TEST_F(CliRun, SigtermAbortsTheRunCleansUpAndExits130)
 {
-    for (const char* name : {"a.png", "b.png", "c.png"})
+    for (const char* name : { "a.png", "b.png", "c.png" })
         ASSERT_TRUE(writeBatchInputImage(QDir(m_in).filePath(QString::fromLatin1(name))));
     const auto before = batchSnapshot(m_in);
     QProcessEnvironment env;
     env.insert(QStringLiteral("QUILLON_STANDIN_DELAY_MS"), QStringLiteral("3000"));
     QProcess process;
-    start(process, baseFlags() + QStringList{"--input-dir", m_in}, env);
+    start(process, baseFlags() + QStringList { "--input-dir", m_in }, env);
 
     QByteArray seen;
     while (!seen.contains("Source: a.png") && process.waitForReadyRead(30000))
@@ -179,7 +184,7 @@ TEST_F(CliRun, SigtermAbortsTheRunCleansUpAndExits130)
 TEST_F(CliRun, SaveChainWritesTheChainAfterTheRun)
 {
     const QString chainPath = QDir(m_temp.path()).filePath(QStringLiteral("saved.qlch"));
-    const CliResult saved = run(baseFlags() + QStringList{"--save-chain", chainPath});
+    const CliResult saved = run(baseFlags() + QStringList { "--save-chain", chainPath });
     ASSERT_EQ(saved.exitCode, 0) << saved.err.toStdString();
     EXPECT_TRUE(saved.out.contains(QStringLiteral("Saveres=true")));
     const ChainReadResult read = readChainFile(chainPath);
@@ -192,10 +197,10 @@ TEST_F(CliRun, SaveChainWritesTheChainAfterTheRun)
     // The saved chain runs again.
     QDir(m_out).removeRecursively();
     QDir().mkpath(m_out);
-    const CliResult again = run({"--chain", chainPath, "--tool", QStringLiteral(QUILLON_STANDIN_PATH), "--output",
-                                 m_out, "--format", "PNG", "--frames", "1", "--prefix", "c_"});
+    const CliResult again = run({ "--chain", chainPath, "--tool", QStringLiteral(QUILLON_STANDIN_PATH),
+        "--output", m_out, "--format", "PNG", "--frames", "1", "--prefix", "c_" });
     EXPECT_EQ(again.exitCode, 0) << again.err.toStdString();
-    EXPECT_EQ(batchDirectoryNames(m_out), QStringList{"NX_c_-1.png"});
+    EXPECT_EQ(batchDirectoryNames(m_out), QStringList { "NX_c_-1.png" });
 }
 
 TEST_F(CliRun, AnUnknownParameterKindInTheChainFileIsReportedAndNothingRuns)
@@ -204,7 +209,8 @@ TEST_F(CliRun, AnUnknownParameterKindInTheChainFileIsReportedAndNothingRuns)
         const QString path = QDir(m_temp.path()).filePath(name);
         QFile file(path);
         EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\">\n" + body + "</plist>\n");
+        file.write(
+            "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\">\n" + body + "</plist>\n");
         return path;
     };
     const QByteArray filter = "<dict><key>name</key><string>Glow</string><key>path</key><string>"
@@ -215,10 +221,12 @@ TEST_F(CliRun, AnUnknownParameterKindInTheChainFileIsReportedAndNothingRuns)
     unknown.replace("CODE", "7");
     QByteArray known = filter;
     known.replace("CODE", "4");
-    const QString unknownChain = writeChain(QStringLiteral("unknown.qlch"), "<array>" + known + unknown + "</array>");
-    const QStringList runFlags{"--tool", QStringLiteral(QUILLON_STANDIN_PATH), "--output", m_out, "--prefix", "c_"};
+    const QString unknownChain
+        = writeChain(QStringLiteral("unknown.qlch"), "<array>" + known + unknown + "</array>");
+    const QStringList runFlags { "--tool", QStringLiteral(QUILLON_STANDIN_PATH), "--output", m_out,
+        "--prefix", "c_" };
 
-    const CliResult stopped = run(QStringList{"--chain", unknownChain} + runFlags);
+    const CliResult stopped = run(QStringList { "--chain", unknownChain } + runFlags);
     EXPECT_EQ(stopped.exitCode, 2);
     EXPECT_TRUE(stopped.out.contains(QStringLiteral("Fuckdata in save\n"))) << stopped.out.toStdString();
     EXPECT_TRUE(stopped.err.contains(QStringLiteral("unknown parameter kind"))) << stopped.err.toStdString();
@@ -227,10 +235,11 @@ TEST_F(CliRun, AnUnknownParameterKindInTheChainFileIsReportedAndNothingRuns)
     // A file that is no chain at all is refused with its reason, without
     // the unknown-kind line.
     const QString notAChain = writeChain(QStringLiteral("dict.qlch"), known);
-    const CliResult refused = run(QStringList{"--chain", notAChain} + runFlags);
+    const CliResult refused = run(QStringList { "--chain", notAChain } + runFlags);
     EXPECT_EQ(refused.exitCode, 2);
     EXPECT_FALSE(refused.out.contains(QStringLiteral("Fuckdata in save")));
-    EXPECT_TRUE(refused.err.contains(QStringLiteral("is not a filter chain file"))) << refused.err.toStdString();
+    EXPECT_TRUE(refused.err.contains(QStringLiteral("is not a filter chain file")))
+        << refused.err.toStdString();
     EXPECT_TRUE(batchDirectoryNames(m_out).isEmpty());
 }
 

@@ -1,5 +1,5 @@
-#include "app/DemoProfile.h"
 #include "app/Preferences.h"
+#include "app/DemoProfile.h"
 
 #include <QDir>
 #include <QFile>
@@ -48,13 +48,13 @@ TEST_F(PreferencesTest, ResetWritesEveryFactoryValueAndSavesToDisk)
     EXPECT_EQ(prefs.integerForKey(pref::TIFF_INCLUDETRANS), 1);
     EXPECT_EQ(prefs.integerForKey(pref::TGA_INCLUDETRANS), 1);
     EXPECT_EQ(prefs.stringForKey(pref::EXPORT_FORMAT), QStringLiteral("JPEG"));
-    for (const QString& key : {pref::PNG_BITDEPTH, pref::PNG_COMPRESSION, pref::PNG_INCLUDETRANS,
-                               pref::TIFF_BITDEPTH, pref::TIFF_COMPRESSION, pref::TIFF_FLOATFORMAT,
-                               pref::TGA_BITDEPTH, pref::TGA_FLIPORDER})
+    for (const QString& key :
+        { pref::PNG_BITDEPTH, pref::PNG_COMPRESSION, pref::PNG_INCLUDETRANS, pref::TIFF_BITDEPTH,
+            pref::TIFF_COMPRESSION, pref::TIFF_FLOATFORMAT, pref::TGA_BITDEPTH, pref::TGA_FLIPORDER })
         EXPECT_EQ(prefs.integerForKey(key), 0) << key.toStdString();
 
     // The empty paths are present: start-up takes the "stored" branch.
-    for (const QString& key : {pref::TOOL_PATH, pref::FILTERS_PATH, pref::OUTPUT_DIR, pref::INPUT_PATH})
+    for (const QString& key : { pref::TOOL_PATH, pref::FILTERS_PATH, pref::OUTPUT_DIR, pref::INPUT_PATH })
         EXPECT_EQ(prefs.stringForKey(key), QString()) << key.toStdString();
     // A reset never chooses the source type or the frame suffix.
     EXPECT_FALSE(prefs.contains(pref::INPUT_MODE));

@@ -63,14 +63,14 @@ TEST_F(SettingsPaneTest, FirstLaunchWritesTheFactoryValuesAndShowsThem)
     EXPECT_EQ(field("f_jpgQualityField")->text(), QStringLiteral("80"));
     EXPECT_EQ(formatIdentifier(), QStringLiteral("JPEG"));
 
-    for (const char* on : {"antiAliasCB", "multithreadCB", "progressiveCB", "cleanupAfterCB",
-                           "f_jpgFullPrecisionCB", "f_tiffIncludeTransCB", "f_tgaIncludeTransCB"})
+    for (const char* on : { "antiAliasCB", "multithreadCB", "progressiveCB", "cleanupAfterCB",
+             "f_jpgFullPrecisionCB", "f_tiffIncludeTransCB", "f_tgaIncludeTransCB" })
         EXPECT_TRUE(box(on)->isChecked()) << on;
-    for (const char* off : {"normalmapFlipCB", "ditherCB", "toollogCB", "f_pngIncludeTransCB",
-                            "f_tiffFloatFormatCB", "f_tgaFlipOrderCB"})
+    for (const char* off : { "normalmapFlipCB", "ditherCB", "toollogCB", "f_pngIncludeTransCB",
+             "f_tiffFloatFormatCB", "f_tgaFlipOrderCB" })
         EXPECT_FALSE(box(off)->isChecked()) << off;
-    for (const char* on : {"f_pngBitDepth8RB", "f_pngCompressionNoneRB", "f_tiffBitDepth8RB",
-                           "f_tiffCompressionNoneRB", "f_tgaBitDepth24RB"})
+    for (const char* on : { "f_pngBitDepth8RB", "f_pngCompressionNoneRB", "f_tiffBitDepth8RB",
+             "f_tiffCompressionNoneRB", "f_tgaBitDepth24RB" })
         EXPECT_TRUE(radio(on)->isChecked()) << on;
 
     EXPECT_EQ(field("renderToolPathField")->text(), QString());
@@ -287,7 +287,8 @@ TEST_F(SettingsPaneTest, LocateDialogsAskAsTheyShouldAndStoreTheChoice)
     FileDialogs::instance().setNextFileName(tool);
     widget<QPushButton>("locateRenderToolButton")->click();
     EXPECT_EQ(dialogs.lastRequest().prompt, QStringLiteral("Locate it"));
-    EXPECT_EQ(dialogs.lastRequest().message, QStringLiteral("Quillon needs you to locate to FilterForge Batch tool"));
+    EXPECT_EQ(dialogs.lastRequest().message,
+        QStringLiteral("Quillon needs you to locate to FilterForge Batch tool"));
     EXPECT_TRUE(dialogs.lastRequest().canChooseFiles);
     EXPECT_FALSE(dialogs.lastRequest().canChooseDirectories);
     EXPECT_EQ(savedStore()->stringForKey(pref::TOOL_PATH), tool);
@@ -300,7 +301,8 @@ TEST_F(SettingsPaneTest, LocateDialogsAskAsTheyShouldAndStoreTheChoice)
 
     FileDialogs::instance().setNextFileName(m_dir.path());
     widget<QPushButton>("locateFiltersButton")->click();
-    EXPECT_EQ(dialogs.lastRequest().message, QStringLiteral("Quillon needs you to locate the Filters directory"));
+    EXPECT_EQ(
+        dialogs.lastRequest().message, QStringLiteral("Quillon needs you to locate the Filters directory"));
     EXPECT_FALSE(dialogs.lastRequest().canChooseFiles);
     EXPECT_TRUE(dialogs.lastRequest().canChooseDirectories);
     EXPECT_EQ(delegate().filterPath, m_dir.path());
@@ -310,7 +312,7 @@ TEST_F(SettingsPaneTest, LocateDialogsAskAsTheyShouldAndStoreTheChoice)
     widget<QPushButton>("locateOutputButton")->click();
     EXPECT_EQ(dialogs.lastRequest().prompt, QStringLiteral("This one"));
     EXPECT_EQ(dialogs.lastRequest().message,
-              QStringLiteral("Quillon needs you to locate or create the output directory"));
+        QStringLiteral("Quillon needs you to locate or create the output directory"));
     EXPECT_TRUE(dialogs.lastRequest().canCreateDirectories);
     EXPECT_EQ(delegate().outputPath, m_dir.path());
     EXPECT_EQ(field("outputDirectoryPathField")->text(), m_dir.path());
@@ -329,7 +331,8 @@ TEST_F(SettingsPaneTest, LocateDialogsAskAsTheyShouldAndStoreTheChoice)
     choose(popup("sourceTypePopup"), 1);
     FileDialogs::instance().setNextFileName(QString());
     delegate().locateImagePathWithSender();
-    EXPECT_EQ(dialogs.lastRequest().message, QStringLiteral("Quillon needs you to locate an input directory"));
+    EXPECT_EQ(
+        dialogs.lastRequest().message, QStringLiteral("Quillon needs you to locate an input directory"));
     EXPECT_TRUE(dialogs.lastRequest().canChooseDirectories);
 
     choose(popup("sourceTypePopup"), 2);
@@ -359,9 +362,9 @@ TEST_F(SettingsPaneTest, FormatTabsCarryTheFormatNamesAndTheChoiceIsStored)
     QStringList identifiers;
     for (int i = 0; i < formats()->count(); ++i)
         identifiers.append(formats()->widget(i)->property("identifier").toString());
-    EXPECT_EQ(identifiers, (QStringList{QStringLiteral("JPEG"), QStringLiteral("PNG"), QStringLiteral("TIFF"),
-                                        QStringLiteral("TGA"), QStringLiteral("BMP"), QStringLiteral("EXR"),
-                                        QStringLiteral("PFM")}));
+    EXPECT_EQ(identifiers,
+        (QStringList { QStringLiteral("JPEG"), QStringLiteral("PNG"), QStringLiteral("TIFF"),
+            QStringLiteral("TGA"), QStringLiteral("BMP"), QStringLiteral("EXR"), QStringLiteral("PFM") }));
 
     selectFormat(QStringLiteral("EXR"));
     EXPECT_EQ(prefs().stringForKey(pref::EXPORT_FORMAT), QStringLiteral("EXR"));

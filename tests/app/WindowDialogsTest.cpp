@@ -12,8 +12,8 @@
 #include <QDialog>
 #include <QDir>
 #include <QFile>
-#include <QFileInfo>
 #include <QFileDialog>
+#include <QFileInfo>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QTimer>
@@ -90,7 +90,8 @@ TEST_F(WindowDialogsTest, LocateDialogsAreWindowModalWithTheirPromptsAndMessages
     ASSERT_NE(dialog, nullptr);
     EXPECT_EQ(dialog->windowModality(), Qt::WindowModal);
     EXPECT_EQ(dialog->labelText(QFileDialog::Accept), QStringLiteral("This one"));
-    EXPECT_EQ(dialog->windowTitle(), QStringLiteral("Quillon needs you to locate or create the output directory"));
+    EXPECT_EQ(
+        dialog->windowTitle(), QStringLiteral("Quillon needs you to locate or create the output directory"));
     EXPECT_EQ(dialog->fileMode(), QFileDialog::Directory);
     // The output directory may be created from the dialog.
     EXPECT_FALSE(dialog->testOption(QFileDialog::ReadOnly));
@@ -99,7 +100,8 @@ TEST_F(WindowDialogsTest, LocateDialogsAreWindowModalWithTheirPromptsAndMessages
         d->setDirectory(m_dir.path());
         static_cast<QDialog*>(d)->accept(); // the confirming button
     });
-    EXPECT_EQ(QFileInfo(delegate().outputPath).canonicalFilePath(), QFileInfo(m_dir.path()).canonicalFilePath());
+    EXPECT_EQ(
+        QFileInfo(delegate().outputPath).canonicalFilePath(), QFileInfo(m_dir.path()).canonicalFilePath());
     EXPECT_EQ(field("outputDirectoryPathField")->text(), delegate().outputPath);
 
     choose(popup("sourceTypePopup"), 0);
@@ -194,7 +196,7 @@ TEST_F(WindowDialogsTest, AFailedCheckShowsTheCriticalErrorAlertWithOneOkButton)
     EXPECT_EQ(seen.icon, QMessageBox::Critical);
     EXPECT_EQ(seen.text, QStringLiteral("Error:"));
     EXPECT_EQ(seen.informative, QStringLiteral("No filters in the queue"));
-    EXPECT_EQ(seen.buttons, QStringList{QStringLiteral("OK")});
+    EXPECT_EQ(seen.buttons, QStringList { QStringLiteral("OK") });
     EXPECT_EQ(seen.parent, delegate().window());
     EXPECT_FALSE(delegate().progressSheet()->isVisible());
 }

@@ -29,9 +29,9 @@ protected:
         ASSERT_TRUE(QDir().mkpath(filtersDir()));
         ASSERT_TRUE(QDir().mkpath(outputDir()));
         writeBatchDefinition(filtersDir(), QStringLiteral("Glow.ffxml"), QStringLiteral("Glow"),
-                             QStringLiteral("Window Test"));
+            QStringLiteral("Window Test"));
         writeBatchDefinition(filtersDir(), QStringLiteral("Rust.ffxml"), QStringLiteral("Rust"),
-                             QStringLiteral("Window Test"));
+            QStringLiteral("Window Test"));
         delegate().applicationDidFinishLaunching();
     }
 
@@ -73,8 +73,8 @@ protected:
 
     QStringList taskFilesLeft() const
     {
-        return QDir(outputDir()).entryList({QStringLiteral("controlfile.xml"), QStringLiteral("bth-run-*")},
-                                           QDir::Files);
+        return QDir(outputDir())
+            .entryList({ QStringLiteral("controlfile.xml"), QStringLiteral("bth-run-*") }, QDir::Files);
     }
 
     QString startAndTakeAlert()
@@ -118,7 +118,8 @@ TEST_F(WindowRunTest, StartShowsTheFirstFailedCheckInTheErrorAlert)
 
     choose(popup("sourceTypePopup"), 2);
     field("outputFilenamePrefixField")->setText(QString());
-    EXPECT_EQ(startAndTakeAlert(), QStringLiteral("No filename gives (file prefix when running without input)"));
+    EXPECT_EQ(
+        startAndTakeAlert(), QStringLiteral("No filename gives (file prefix when running without input)"));
     EXPECT_FALSE(delegate().progressSheet()->isVisible());
     EXPECT_TRUE(taskFilesLeft().isEmpty());
 }
@@ -145,13 +146,13 @@ TEST_F(WindowRunTest, AFullRunCompletesClosesTheSheetAndDeletesTheInterimFiles)
     EXPECT_EQ(delegate().progressSheet()->toolRunsStarted(), 4);
     EXPECT_EQ(delegate().progressSheet()->stepsStarted(), 2);
     EXPECT_EQ(delegate().progressSheet()->findChild<QLabel*>(QStringLiteral("prStepField"))->text(),
-              QStringLiteral("2 of 2"));
+        QStringLiteral("2 of 2"));
     EXPECT_GE(delegate().progressSheet()->shownFrame(), 0);
     EXPECT_EQ(delegate().outputPrefix, QStringLiteral("win"));
     EXPECT_EQ(delegate().window()->statusBar()->currentMessage(), QStringLiteral("Run finished."));
 
     EXPECT_TRUE(taskFilesLeft().isEmpty()) << taskFilesLeft().join(QLatin1Char(' ')).toStdString();
-    const QStringList images = QDir(outputDir()).entryList({QStringLiteral("*.png")}, QDir::Files);
+    const QStringList images = QDir(outputDir()).entryList({ QStringLiteral("*.png") }, QDir::Files);
     // Only the last step's images stay; the first step's were its inputs.
     EXPECT_EQ(images.size(), 3) << images.join(QLatin1Char(' ')).toStdString();
 
@@ -194,7 +195,7 @@ TEST_F(WindowRunTest, AToolThatHadToBeKilledIsNamedInTheStatusLine)
 
     QTRY_COMPARE_WITH_TIMEOUT(finished.count(), 1, kRunTimeoutMs);
     EXPECT_EQ(delegate().window()->statusBar()->currentMessage(),
-              QStringLiteral("Run aborted. The render tool did not stop; it was killed."));
+        QStringLiteral("Run aborted. The render tool did not stop; it was killed."));
     EXPECT_TRUE(taskFilesLeft().isEmpty()) << taskFilesLeft().join(QLatin1Char(' ')).toStdString();
 }
 
@@ -214,7 +215,7 @@ TEST_F(WindowRunTest, TheAnimationSwingsBackAndForthAndStopsWithTheRun)
     QList<int> shown;
     for (int i = 0; i < 11; ++i)
         shown.append(frames.at(i).first().toInt());
-    EXPECT_EQ(shown, (QList<int>{0, 1, 2, 3, 4, 5, 4, 3, 2, 1, 0}));
+    EXPECT_EQ(shown, (QList<int> { 0, 1, 2, 3, 4, 5, 4, 3, 2, 1, 0 }));
 
     QTimer* animation = nullptr;
     for (QTimer* timer : delegate().batchController()->findChildren<QTimer*>()) {

@@ -21,8 +21,8 @@ namespace quillon {
 namespace {
 
 using test::batchDirectoryNames;
-using test::batchSnapshot;
 using test::BatchEnvGuard;
+using test::batchSnapshot;
 using test::writeBatchInputImage;
 
 class BatchRun : public test::BatchRunFixture {
@@ -50,15 +50,15 @@ TEST_F(BatchRun, OneStepOverTwoInputsDeletesTaskFilesAndKeepsOutputs)
     m_settings.sourcePath = m_in;
 
     QString error;
-    ASSERT_TRUE(m_controller.startBatchWithSender({filter(QStringLiteral("Glow"))}, m_settings, &error))
+    ASSERT_TRUE(m_controller.startBatchWithSender({ filter(QStringLiteral("Glow")) }, m_settings, &error))
         << error.toStdString();
     ASSERT_TRUE(waitForIdle());
 
-    EXPECT_EQ(batchDirectoryNames(m_out),
-              (QStringList{"p_a-1.png", "p_a-2.png", "p_b-1.png", "p_b-2.png"}));
+    EXPECT_EQ(
+        batchDirectoryNames(m_out), (QStringList { "p_a-1.png", "p_a-2.png", "p_b-1.png", "p_b-2.png" }));
     EXPECT_EQ(m_display.events.first(), QStringLiteral("begin"));
     EXPECT_EQ(m_display.events.at(1), QStringLiteral("filter:Glow|Quillon Tests"));
-    EXPECT_EQ(m_display.sources, (QStringList{"a.png", "b.png"}));
+    EXPECT_EQ(m_display.sources, (QStringList { "a.png", "b.png" }));
     EXPECT_EQ(m_display.events.last(), QStringLiteral("finished"));
     // Both tool runs used the same control file path; it is removed once.
     const QString control = QDir(m_out).filePath(QStringLiteral("controlfile.xml"));
@@ -81,16 +81,17 @@ TEST_F(BatchRun, ThreeStepChainKeepsOnlyTheLastStepsOutputs)
     m_settings.sourcePath = source;
 
     ASSERT_TRUE(m_controller.startBatchWithSender(
-        {filter(QStringLiteral("One")), filter(QStringLiteral("Two")), filter(QStringLiteral("Three"))},
+        { filter(QStringLiteral("One")), filter(QStringLiteral("Two")), filter(QStringLiteral("Three")) },
         m_settings));
     ASSERT_TRUE(waitForIdle());
 
-    EXPECT_EQ(batchDirectoryNames(m_out), (QStringList{"p_p_a-1.png", "p_p_a-2.png"}));
+    EXPECT_EQ(batchDirectoryNames(m_out), (QStringList { "p_p_a-1.png", "p_p_a-2.png" }));
     EXPECT_EQ(m_display.events.filter(QStringLiteral("filter:")),
-              (QStringList{"filter:One|Quillon Tests", "filter:Two|Quillon Tests", "filter:Three|Quillon Tests"}));
+        (QStringList {
+            "filter:One|Quillon Tests", "filter:Two|Quillon Tests", "filter:Three|Quillon Tests" }));
     // Step two and three each ran once per output of the step before.
-    EXPECT_EQ(m_display.sources, (QStringList{"a.png", "p_a_0-1.png", "p_a_0-2.png", "p_p_a-1_1-1.png",
-                                              "p_p_a-2_1-1.png"}));
+    EXPECT_EQ(m_display.sources,
+        (QStringList { "a.png", "p_a_0-1.png", "p_a_0-2.png", "p_p_a-1_1-1.png", "p_p_a-2_1-1.png" }));
     EXPECT_EQ(batchSnapshot(m_in), before);
 }
 
@@ -100,18 +101,19 @@ TEST_F(BatchRun, NoInputUsesThePrefixThenDropsItAfterTheFirstStep)
     m_settings.outputPrefix = QStringLiteral("demo");
     m_settings.frameCountText = QStringLiteral("3");
 
-    ASSERT_TRUE(m_controller.startBatchWithSender({filter(QStringLiteral("Solo"))}, m_settings));
+    ASSERT_TRUE(m_controller.startBatchWithSender({ filter(QStringLiteral("Solo")) }, m_settings));
     ASSERT_TRUE(waitForIdle());
-    EXPECT_EQ(batchDirectoryNames(m_out), (QStringList{"NX_demo-1.png", "NX_demo-2.png", "NX_demo-3.png"}));
-    EXPECT_EQ(m_display.sources, QStringList{"<no source>"});
+    EXPECT_EQ(
+        batchDirectoryNames(m_out), (QStringList { "NX_demo-1.png", "NX_demo-2.png", "NX_demo-3.png" }));
+    EXPECT_EQ(m_display.sources, QStringList { "<no source>" });
 
     QDir(m_out).removeRecursively();
     QDir().mkpath(m_out);
     m_display.sources.clear();
-    ASSERT_TRUE(m_controller.startBatchWithSender({filter(QStringLiteral("First")), filter(QStringLiteral("Second"))},
-                                                  m_settings));
+    ASSERT_TRUE(m_controller.startBatchWithSender(
+        { filter(QStringLiteral("First")), filter(QStringLiteral("Second")) }, m_settings));
     ASSERT_TRUE(waitForIdle());
-    EXPECT_EQ(batchDirectoryNames(m_out), (QStringList{"demo-1.png", "demo-2.png", "demo-3.png"}));
+    EXPECT_EQ(batchDirectoryNames(m_out), (QStringList { "demo-1.png", "demo-2.png", "demo-3.png" }));
     EXPECT_EQ(m_controller.outputPrefix(), QString());
 }
 
@@ -130,10 +132,10 @@ TEST_F(BatchRun, AbortDuringTheSecondOfThreeInputs)
             QTimer::singleShot(300, &m_controller, [this] { m_controller.abortProcessWithSender(); });
     };
 
-    ASSERT_TRUE(m_controller.startBatchWithSender({filter(QStringLiteral("Slow"))}, m_settings));
+    ASSERT_TRUE(m_controller.startBatchWithSender({ filter(QStringLiteral("Slow")) }, m_settings));
     ASSERT_TRUE(waitForIdle());
 
-    EXPECT_EQ(m_display.sources, (QStringList{"a.png", "b.png"}));
+    EXPECT_EQ(m_display.sources, (QStringList { "a.png", "b.png" }));
     EXPECT_EQ(m_display.events.last(), QStringLiteral("finished:aborted"));
     EXPECT_TRUE(m_controller.isAborted());
     EXPECT_TRUE(taskFilesLeft().isEmpty()) << taskFilesLeft().join(' ').toStdString();
@@ -149,9 +151,10 @@ TEST_F(BatchRun, AToolThatIgnoresTerminateIsKilledAfterTheGracePeriod)
     m_display.onSource = [this](const QString&) {
         QTimer::singleShot(300, &m_controller, [this] { m_controller.abortProcessWithSender(); });
     };
-    ASSERT_TRUE(m_controller.startBatchWithSender({filter(QStringLiteral("Stuck"))}, m_settings));
+    ASSERT_TRUE(m_controller.startBatchWithSender({ filter(QStringLiteral("Stuck")) }, m_settings));
     ASSERT_TRUE(waitForIdle());
-    EXPECT_TRUE(m_display.renderLines.contains(QStringLiteral("The render tool did not stop; it was killed.")));
+    EXPECT_TRUE(
+        m_display.renderLines.contains(QStringLiteral("The render tool did not stop; it was killed.")));
     EXPECT_TRUE(taskFilesLeft().isEmpty());
 }
 
@@ -159,16 +162,16 @@ TEST_F(BatchRun, StartIsRefusedWhileARunOrItsWindDownIsGoing)
 {
     m_settings.inputMode = 2;
     BatchEnvGuard delay("QUILLON_STANDIN_DELAY_MS", "1500");
-    ASSERT_TRUE(m_controller.startBatchWithSender({filter(QStringLiteral("Busy"))}, m_settings));
+    ASSERT_TRUE(m_controller.startBatchWithSender({ filter(QStringLiteral("Busy")) }, m_settings));
     QString error;
-    EXPECT_FALSE(m_controller.startBatchWithSender({filter(QStringLiteral("Busy"))}, m_settings, &error));
+    EXPECT_FALSE(m_controller.startBatchWithSender({ filter(QStringLiteral("Busy")) }, m_settings, &error));
     EXPECT_EQ(m_display.beeps, 1);
     m_controller.abortProcessWithSender();
-    EXPECT_FALSE(m_controller.startBatchWithSender({filter(QStringLiteral("Busy"))}, m_settings));
+    EXPECT_FALSE(m_controller.startBatchWithSender({ filter(QStringLiteral("Busy")) }, m_settings));
     EXPECT_EQ(m_display.beeps, 2);
     EXPECT_TRUE(m_display.alerts.isEmpty());
     ASSERT_TRUE(waitForIdle());
-    EXPECT_TRUE(m_controller.startBatchWithSender({filter(QStringLiteral("Busy"))}, m_settings));
+    EXPECT_TRUE(m_controller.startBatchWithSender({ filter(QStringLiteral("Busy")) }, m_settings));
     ASSERT_TRUE(waitForIdle());
     EXPECT_FALSE(m_controller.isAborted());
 }
@@ -177,7 +180,7 @@ TEST_F(BatchRun, LogHoldsTheTitleFollowedByTheTrimmedChunks)
 {
     m_settings.inputMode = 2;
     m_settings.toolLog = 1;
-    ASSERT_TRUE(m_controller.startBatchWithSender({filter(QStringLiteral("Logged"))}, m_settings));
+    ASSERT_TRUE(m_controller.startBatchWithSender({ filter(QStringLiteral("Logged")) }, m_settings));
     ASSERT_TRUE(waitForIdle());
     EXPECT_FALSE(m_controller.isLogOpen());
 
@@ -192,7 +195,7 @@ TEST_F(BatchRun, LogHoldsTheTitleFollowedByTheTrimmedChunks)
 
     // A run without logging leaves the old log alone.
     m_settings.toolLog = 0;
-    ASSERT_TRUE(m_controller.startBatchWithSender({filter(QStringLiteral("Quiet"))}, m_settings));
+    ASSERT_TRUE(m_controller.startBatchWithSender({ filter(QStringLiteral("Quiet")) }, m_settings));
     ASSERT_TRUE(waitForIdle());
     ASSERT_TRUE(log.open(QIODevice::ReadOnly));
     EXPECT_EQ(log.readAll(), content);
@@ -203,11 +206,12 @@ TEST_F(BatchRun, WhiteSpaceAndInvalidUtf8OutputIsNeitherShownNorLogged)
     m_settings.inputMode = 2;
     m_settings.toolLog = 1;
     BatchEnvGuard bad("QUILLON_STANDIN_BAD_UTF8", "1");
-    ASSERT_TRUE(m_controller.startBatchWithSender({filter(QStringLiteral("Garbled"))}, m_settings));
+    ASSERT_TRUE(m_controller.startBatchWithSender({ filter(QStringLiteral("Garbled")) }, m_settings));
     ASSERT_TRUE(waitForIdle());
     QFile log(QDir(m_out).filePath(QStringLiteral("qlrn_logfile.txt")));
     ASSERT_TRUE(log.open(QIODevice::ReadOnly));
-    EXPECT_EQ(log.readAll(), (QStringLiteral("Quillon log") + m_display.renderLines.join(QString())).toUtf8());
+    EXPECT_EQ(
+        log.readAll(), (QStringLiteral("Quillon log") + m_display.renderLines.join(QString())).toUtf8());
     for (const QString& line : m_display.renderLines) {
         EXPECT_FALSE(line.trimmed().isEmpty());
         EXPECT_FALSE(line.contains(QChar::ReplacementCharacter));
@@ -220,7 +224,7 @@ TEST_F(BatchRun, ALogThatCannotBeCreatedIsReportedAndTheRunGoesOn)
     m_settings.toolLog = 1;
     // A directory where the log file should be makes its creation fail.
     ASSERT_TRUE(QDir(m_out).mkdir(QStringLiteral("qlrn_logfile.txt")));
-    ASSERT_TRUE(m_controller.startBatchWithSender({filter(QStringLiteral("NoLog"))}, m_settings));
+    ASSERT_TRUE(m_controller.startBatchWithSender({ filter(QStringLiteral("NoLog")) }, m_settings));
     ASSERT_TRUE(waitForIdle());
     EXPECT_EQ(m_stdout.filter(QStringLiteral("Error creating logfile ")).size(), 1);
     EXPECT_TRUE(batchDirectoryNames(m_out).contains(QStringLiteral("NX_p_-1.png")));
@@ -231,13 +235,15 @@ TEST_F(BatchRun, AToolThatCannotStartIsReportedAndTheRunGoesOn)
     m_settings.inputMode = 2;
     m_settings.toolLog = 1;
     m_settings.toolPath = m_in; // exists, so it passes the check, but is no program
-    ASSERT_TRUE(m_controller.startBatchWithSender({filter(QStringLiteral("A")), filter(QStringLiteral("B"))},
-                                                  m_settings));
+    ASSERT_TRUE(m_controller.startBatchWithSender(
+        { filter(QStringLiteral("A")), filter(QStringLiteral("B")) }, m_settings));
     ASSERT_TRUE(waitForIdle());
     // One run of the first step, then one per (planned) output of it.
-    const QStringList failures = m_display.renderLines.filter(QStringLiteral("Could not start the render tool: "));
+    const QStringList failures
+        = m_display.renderLines.filter(QStringLiteral("Could not start the render tool: "));
     EXPECT_EQ(failures.size(), 3);
-    EXPECT_TRUE(m_display.renderLines.first().startsWith(QStringLiteral("Could not start the render tool: ")));
+    EXPECT_TRUE(
+        m_display.renderLines.first().startsWith(QStringLiteral("Could not start the render tool: ")));
     QFile log(QDir(m_out).filePath(QStringLiteral("qlrn_logfile.txt")));
     ASSERT_TRUE(log.open(QIODevice::ReadOnly));
     EXPECT_TRUE(log.readAll().startsWith("Quillon logCould not start the render tool: "));
@@ -254,9 +260,10 @@ TEST_F(BatchRun, UserFilesAreNeverDeleted)
     m_settings.sourcePath = inside;
     BatchEnvGuard delay("QUILLON_STANDIN_DELAY_MS", "300");
 
-    ASSERT_TRUE(m_controller.startBatchWithSender({filter(QStringLiteral("Keep")), filter(QStringLiteral("Keep2"))},
-                                                  m_settings));
-    m_controller.collectForDeletionWithList({inside, outside, m_out, QDir(m_out).filePath(QStringLiteral("../in/elsewhere.png"))});
+    ASSERT_TRUE(m_controller.startBatchWithSender(
+        { filter(QStringLiteral("Keep")), filter(QStringLiteral("Keep2")) }, m_settings));
+    m_controller.collectForDeletionWithList(
+        { inside, outside, m_out, QDir(m_out).filePath(QStringLiteral("../in/elsewhere.png")) });
     EXPECT_TRUE(m_controller.interimFiles().isEmpty());
     ASSERT_TRUE(waitForIdle());
 
@@ -271,16 +278,16 @@ TEST_F(BatchRun, MapsAreWrittenIntoTheRecordOfAOneFilterChainOnly)
     m_settings.inputMode = 2;
     m_settings.frameCountText = QStringLiteral("1");
     m_settings.activateMaps = 1;
-    m_settings.mapBoxes = {1, 0, 0, 0, 1, 0, 0, 0, 0, 0};
+    m_settings.mapBoxes = { 1, 0, 0, 0, 1, 0, 0, 0, 0, 0 };
     RecordPtr single = filter(QStringLiteral("Mapped"));
-    ASSERT_TRUE(m_controller.startBatchWithSender({single}, m_settings));
+    ASSERT_TRUE(m_controller.startBatchWithSender({ single }, m_settings));
     ASSERT_TRUE(waitForIdle());
     EXPECT_TRUE(single->boolean(key::UseMaps));
-    EXPECT_EQ(single->integers(key::Maps), (QList<qint64>{0, 4}));
+    EXPECT_EQ(single->integers(key::Maps), (QList<qint64> { 0, 4 }));
 
     RecordPtr first = filter(QStringLiteral("M1"));
     RecordPtr second = filter(QStringLiteral("M2"));
-    ASSERT_TRUE(m_controller.startBatchWithSender({first, second}, m_settings));
+    ASSERT_TRUE(m_controller.startBatchWithSender({ first, second }, m_settings));
     ASSERT_TRUE(waitForIdle());
     EXPECT_FALSE(first->boolean(key::UseMaps, true));
     EXPECT_FALSE(second->boolean(key::UseMaps, true));
@@ -294,7 +301,7 @@ TEST_F(BatchRun, EveryFailedCheckShowsItsMessageAndStartsNothing)
     const QString file = input(QStringLiteral("x.png"));
     const QString empty = QDir(m_temp.path()).filePath(QStringLiteral("empty"));
     ASSERT_TRUE(QDir().mkpath(empty));
-    const RecordList chain{filter(QStringLiteral("Check"))};
+    const RecordList chain { filter(QStringLiteral("Check")) };
 
     struct Case {
         const char* message;
@@ -302,48 +309,51 @@ TEST_F(BatchRun, EveryFailedCheckShowsItsMessageAndStartsNothing)
         bool emptyChain = false;
     };
     const std::vector<Case> cases = {
-        {"No filters in the queue", [](RunSettings& s) { s = RunSettings(); }, true},
-        {"No Batchrender tool selected", [](RunSettings& s) { s.toolPath = QStringLiteral("/nonexistent/tool"); }},
-        {"No Batchrender tool selected", [](RunSettings& s) { s.toolPath.clear(); }},
-        {"No output path selected", [](RunSettings& s) { s.outputPath.clear(); }},
-        {"No output path selected", [&](RunSettings& s) { s.outputPath = file; }},
-        {"No output path selected", [&](RunSettings& s) { s.outputPath = m_out + QStringLiteral("/missing"); }},
-        {"Input file does not exist", [](RunSettings& s) { s.inputMode = 0; }},
-        {"Input file does not exist",
-         [&](RunSettings& s) {
-             s.inputMode = 0;
-             s.sourcePath = m_in + QStringLiteral("/missing.png");
-         }},
-        {"Input directory does not exist", [](RunSettings& s) { s.inputMode = 1; }},
-        {"Input directory does not exist",
-         [&](RunSettings& s) {
-             s.inputMode = 1;
-             s.sourcePath = file;
-         }},
-        {"Input directory empty",
-         [&](RunSettings& s) {
-             s.inputMode = 1;
-             s.sourcePath = empty;
-         }},
-        {"No filename gives (file prefix when running without input)",
-         [](RunSettings& s) {
-             s.inputMode = 2;
-             s.outputPrefix.clear();
-         }},
-        {"Number of frames must not be negative",
-         [](RunSettings& s) {
-             s.inputMode = 2;
-             s.frameCountText = QStringLiteral("-3");
-         }},
+        { "No filters in the queue", [](RunSettings& s) { s = RunSettings(); }, true },
+        { "No Batchrender tool selected",
+            [](RunSettings& s) { s.toolPath = QStringLiteral("/nonexistent/tool"); } },
+        { "No Batchrender tool selected", [](RunSettings& s) { s.toolPath.clear(); } },
+        { "No output path selected", [](RunSettings& s) { s.outputPath.clear(); } },
+        { "No output path selected", [&](RunSettings& s) { s.outputPath = file; } },
+        { "No output path selected",
+            [&](RunSettings& s) { s.outputPath = m_out + QStringLiteral("/missing"); } },
+        { "Input file does not exist", [](RunSettings& s) { s.inputMode = 0; } },
+        { "Input file does not exist",
+            [&](RunSettings& s) {
+                s.inputMode = 0;
+                s.sourcePath = m_in + QStringLiteral("/missing.png");
+            } },
+        { "Input directory does not exist", [](RunSettings& s) { s.inputMode = 1; } },
+        { "Input directory does not exist",
+            [&](RunSettings& s) {
+                s.inputMode = 1;
+                s.sourcePath = file;
+            } },
+        { "Input directory empty",
+            [&](RunSettings& s) {
+                s.inputMode = 1;
+                s.sourcePath = empty;
+            } },
+        { "No filename gives (file prefix when running without input)",
+            [](RunSettings& s) {
+                s.inputMode = 2;
+                s.outputPrefix.clear();
+            } },
+        { "Number of frames must not be negative",
+            [](RunSettings& s) {
+                s.inputMode = 2;
+                s.frameCountText = QStringLiteral("-3");
+            } },
     };
     for (const Case& c : cases) {
         RunSettings settings = m_settings;
         c.change(settings);
         m_display.alerts.clear();
         QString error;
-        EXPECT_FALSE(m_controller.startBatchWithSender(c.emptyChain ? RecordList() : chain, settings, &error));
+        EXPECT_FALSE(
+            m_controller.startBatchWithSender(c.emptyChain ? RecordList() : chain, settings, &error));
         EXPECT_EQ(error, QString::fromLatin1(c.message));
-        EXPECT_EQ(m_display.alerts, QStringList{QString::fromLatin1(c.message)});
+        EXPECT_EQ(m_display.alerts, QStringList { QString::fromLatin1(c.message) });
         EXPECT_FALSE(m_controller.isRunning());
     }
     EXPECT_TRUE(batchDirectoryNames(m_out).isEmpty());
@@ -354,7 +364,7 @@ TEST_F(BatchRun, AToolPathThatIsADirectoryPassesItsCheck)
 {
     m_settings.inputMode = 2;
     m_settings.toolPath = m_in;
-    EXPECT_TRUE(m_controller.startBatchWithSender({filter(QStringLiteral("Dir"))}, m_settings));
+    EXPECT_TRUE(m_controller.startBatchWithSender({ filter(QStringLiteral("Dir")) }, m_settings));
     ASSERT_TRUE(waitForIdle());
 }
 
@@ -367,7 +377,7 @@ TEST_F(BatchRun, AnUnreadableInputDirectoryCannotBeScanned)
     m_settings.inputMode = 1;
     m_settings.sourcePath = m_in;
     QString error;
-    EXPECT_FALSE(m_controller.startBatchWithSender({filter(QStringLiteral("Scan"))}, m_settings, &error));
+    EXPECT_FALSE(m_controller.startBatchWithSender({ filter(QStringLiteral("Scan")) }, m_settings, &error));
     QFile::setPermissions(m_in, QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
     EXPECT_EQ(error, QStringLiteral("Error scanning input directory"));
 }
@@ -376,7 +386,7 @@ TEST_F(BatchRun, AFailedInputCheckLeavesTheLogWithItsTitle)
 {
     m_settings.toolLog = 1;
     m_settings.inputMode = 0;
-    EXPECT_FALSE(m_controller.startBatchWithSender({filter(QStringLiteral("T"))}, m_settings));
+    EXPECT_FALSE(m_controller.startBatchWithSender({ filter(QStringLiteral("T")) }, m_settings));
     QFile log(QDir(m_out).filePath(QStringLiteral("qlrn_logfile.txt")));
     ASSERT_TRUE(log.open(QIODevice::ReadOnly));
     EXPECT_EQ(log.readAll(), QByteArray("Quillon log"));
@@ -390,8 +400,8 @@ TEST(BatchInputs, DirectoryListingIsDeepSortedAndSkipsHiddenRelativePaths)
     const QDir root(temp.path());
     ASSERT_TRUE(root.mkpath(QStringLiteral("sub/deeper")));
     ASSERT_TRUE(root.mkpath(QStringLiteral(".hidden")));
-    for (const char* name : {"b.png", "a.png", ".dot.png", "sub/c.png", "sub/.inner.png", "sub/deeper/d.png",
-                             ".hidden/e.png"}) {
+    for (const char* name : { "b.png", "a.png", ".dot.png", "sub/c.png", "sub/.inner.png", "sub/deeper/d.png",
+             ".hidden/e.png" }) {
         QFile file(root.filePath(QString::fromLatin1(name)));
         ASSERT_TRUE(file.open(QIODevice::WriteOnly));
     }
@@ -399,8 +409,9 @@ TEST(BatchInputs, DirectoryListingIsDeepSortedAndSkipsHiddenRelativePaths)
     QStringList relative;
     for (const QString& path : listed)
         relative.append(root.relativeFilePath(path));
-    EXPECT_EQ(relative, (QStringList{"a.png", "b.png", "sub", "sub/.inner.png", "sub/c.png", "sub/deeper",
-                                     "sub/deeper/d.png"}));
+    EXPECT_EQ(relative,
+        (QStringList {
+            "a.png", "b.png", "sub", "sub/.inner.png", "sub/c.png", "sub/deeper", "sub/deeper/d.png" }));
     EXPECT_TRUE(QFileInfo(listed.first()).isAbsolute());
     EXPECT_TRUE(BatchController::loadImagesFromSourceFolder(root.filePath(QStringLiteral("none"))).isEmpty());
 }
@@ -408,7 +419,8 @@ TEST(BatchInputs, DirectoryListingIsDeepSortedAndSkipsHiddenRelativePaths)
 TEST(BatchInputs, BaseNamesSplitTheLastComponentAtDots)
 {
     EXPECT_EQ(BatchController::inputBaseName(QStringLiteral("/x/photo.png")), QStringLiteral("photo"));
-    EXPECT_EQ(BatchController::inputBaseName(QStringLiteral("/x/my.photo.png")), QStringLiteral("my.photo.png"));
+    EXPECT_EQ(
+        BatchController::inputBaseName(QStringLiteral("/x/my.photo.png")), QStringLiteral("my.photo.png"));
     EXPECT_EQ(BatchController::inputBaseName(QStringLiteral("/x.y/photo")), QStringLiteral("photo"));
 }
 
@@ -420,9 +432,9 @@ TEST_F(BatchRun, ADirectoryOfOnlyHiddenFilesRunsOnceWithoutInput)
     m_settings.inputMode = 1;
     m_settings.sourcePath = m_in;
     m_settings.frameCountText = QStringLiteral("1");
-    ASSERT_TRUE(m_controller.startBatchWithSender({filter(QStringLiteral("Hidden"))}, m_settings));
+    ASSERT_TRUE(m_controller.startBatchWithSender({ filter(QStringLiteral("Hidden")) }, m_settings));
     ASSERT_TRUE(waitForIdle());
-    EXPECT_EQ(m_display.sources, QStringList{"<no source>"});
+    EXPECT_EQ(m_display.sources, QStringList { "<no source>" });
     EXPECT_TRUE(QFileInfo::exists(hidden.fileName()));
 }
 

@@ -136,7 +136,7 @@ protected:
                 m_controller.abortProcessWithSender();
         };
 
-        ASSERT_NO_FATAL_FAILURE(start({filter(filterName)}));
+        ASSERT_NO_FATAL_FAILURE(start({ filter(filterName) }));
         ASSERT_TRUE(waitForIdle());
     }
 
@@ -165,18 +165,18 @@ TEST_F(ToolFault, ACrashingToolEndsItsRunAndTheBatchGoesOn)
 {
     useTwoInputs();
     userFileInOutput();
-    const NothingLost guard(m_out, {m_in});
+    const NothingLost guard(m_out, { m_in });
     BatchEnvGuard journal("QUILLON_STANDIN_JOURNAL", m_journal.toLocal8Bit());
     BatchEnvGuard crash("QUILLON_STANDIN_CRASH", "1");
 
-    start({filter(QStringLiteral("Crash"))});
+    start({ filter(QStringLiteral("Crash")) });
     ASSERT_TRUE(waitForIdle());
 
-    EXPECT_EQ(m_display.sources, (QStringList{"a.png", "b.png"}));
+    EXPECT_EQ(m_display.sources, (QStringList { "a.png", "b.png" }));
     EXPECT_EQ(m_display.events.last(), QStringLiteral("finished"));
     EXPECT_EQ(journalEntries(m_journal, QStringLiteral("pid")).size(), 2);
     EXPECT_TRUE(writtenOutputs().isEmpty());
-    EXPECT_EQ(batchDirectoryNames(m_out), QStringList{"notes.txt"});
+    EXPECT_EQ(batchDirectoryNames(m_out), QStringList { "notes.txt" });
     guard.expectNothingLost({}, m_display.deletionList);
 }
 
@@ -186,16 +186,16 @@ TEST_F(ToolFault, WhatACrashingToolWroteInTheLastStepIsKept)
     m_settings.inputMode = 0;
     m_settings.sourcePath = QDir(m_in).filePath(QStringLiteral("a.png"));
     m_settings.frameCountText = QStringLiteral("3");
-    const NothingLost guard(m_out, {m_in});
+    const NothingLost guard(m_out, { m_in });
     BatchEnvGuard journal("QUILLON_STANDIN_JOURNAL", m_journal.toLocal8Bit());
     BatchEnvGuard crash("QUILLON_STANDIN_CRASH_AFTER", "2");
 
-    start({filter(QStringLiteral("Partial"))});
+    start({ filter(QStringLiteral("Partial")) });
     ASSERT_TRUE(waitForIdle());
 
     const QStringList written = writtenOutputs();
     ASSERT_EQ(written.size(), 2);
-    EXPECT_EQ(batchDirectoryNames(m_out), (QStringList{"p_a-1.png", "p_a-2.png"}));
+    EXPECT_EQ(batchDirectoryNames(m_out), (QStringList { "p_a-1.png", "p_a-2.png" }));
     EXPECT_TRUE(taskFilesLeft().isEmpty());
     guard.expectNothingLost(written, m_display.deletionList);
 }
@@ -207,13 +207,13 @@ TEST_F(ToolFault, ACrashInTheSecondStepKeepsItsOutputsAndDeletesOnlyInterimFiles
     m_settings.inputMode = 0;
     m_settings.sourcePath = QDir(m_in).filePath(QStringLiteral("a.png"));
     m_settings.frameCountText = QStringLiteral("2");
-    const NothingLost guard(m_out, {m_in});
+    const NothingLost guard(m_out, { m_in });
     BatchEnvGuard journal("QUILLON_STANDIN_JOURNAL", m_journal.toLocal8Bit());
     // The first step's run has two tasks and dies after the first; each run
     // of the second step has one task and completes it.
     BatchEnvGuard crash("QUILLON_STANDIN_CRASH_AFTER", "1");
 
-    start({filter(QStringLiteral("First")), filter(QStringLiteral("Second"))});
+    start({ filter(QStringLiteral("First")), filter(QStringLiteral("Second")) });
     ASSERT_TRUE(waitForIdle());
 
     const QStringList last = writtenOutputs(QStringLiteral("p_p_"));
@@ -226,7 +226,7 @@ TEST_F(ToolFault, ACrashInTheSecondStepKeepsItsOutputsAndDeletesOnlyInterimFiles
             EXPECT_TRUE(m_display.deletionList.contains(path)) << path.toStdString();
         }
     }
-    QStringList expected{"notes.txt"};
+    QStringList expected { "notes.txt" };
     for (const QString& path : last)
         expected.append(QFileInfo(path).fileName());
     expected.sort();
@@ -239,11 +239,11 @@ TEST_F(ToolFault, AToolThatExitsWithAnErrorDoesNotStopTheChain)
     input(QStringLiteral("a.png"));
     m_settings.inputMode = 0;
     m_settings.sourcePath = QDir(m_in).filePath(QStringLiteral("a.png"));
-    const NothingLost guard(m_out, {m_in});
+    const NothingLost guard(m_out, { m_in });
     BatchEnvGuard journal("QUILLON_STANDIN_JOURNAL", m_journal.toLocal8Bit());
     BatchEnvGuard exitCode("QUILLON_STANDIN_EXIT_CODE", "3");
 
-    start({filter(QStringLiteral("One")), filter(QStringLiteral("Two"))});
+    start({ filter(QStringLiteral("One")), filter(QStringLiteral("Two")) });
     ASSERT_TRUE(waitForIdle());
 
     EXPECT_EQ(m_display.events.last(), QStringLiteral("finished"));
@@ -288,7 +288,7 @@ TEST_F(ToolFault, AHundredMegabytesOfOutputReachTheLogWhileTheLoopStaysResponsiv
         ticksAtLastReport = ticks;
     };
     ping.start();
-    start({filter(QStringLiteral("Flood"))});
+    start({ filter(QStringLiteral("Flood")) });
     ASSERT_TRUE(waitForIdle(120000));
     ping.stop();
 
@@ -312,7 +312,7 @@ TEST_F(ToolFault, AHundredMegabytesOfOutputReachTheLogWhileTheLoopStaysResponsiv
 
     const QStringList written = writtenOutputs();
     EXPECT_EQ(written.size(), 1);
-    EXPECT_EQ(batchDirectoryNames(m_out), (QStringList{"NX_p_-1.png", "qlrn_logfile.txt"}));
+    EXPECT_EQ(batchDirectoryNames(m_out), (QStringList { "NX_p_-1.png", "qlrn_logfile.txt" }));
     guard.expectNothingLost(written, m_display.deletionList);
 }
 
@@ -349,7 +349,7 @@ TEST_F(ToolFault, TheProgressSheetKeepsUpWithAHundredMegabytesOfOutput)
         EXPECT_TRUE(info.endsWith(progress->text()));
     };
     ping.start();
-    start({filter(QStringLiteral("Shown"))});
+    start({ filter(QStringLiteral("Shown")) });
     ASSERT_TRUE(waitForIdle(120000));
     ping.stop();
 
@@ -364,11 +364,13 @@ TEST_F(ToolFault, TheProgressSheetKeepsUpWithAHundredMegabytesOfOutput)
 TEST(ProgressTail, ShortOutputIsShownWholeAndLongOutputByItsLastLines)
 {
     EXPECT_EQ(WindowBatchDisplay::tailForDisplay(QStringLiteral("Rendering task 1/2")),
-              QStringLiteral("Rendering task 1/2"));
+        QStringLiteral("Rendering task 1/2"));
     EXPECT_EQ(WindowBatchDisplay::tailForDisplay(QStringLiteral("a\nb\nc\nd")), QStringLiteral("a\nb\nc\nd"));
-    EXPECT_EQ(WindowBatchDisplay::tailForDisplay(QStringLiteral("a\nb\nc\nd\ne\nf")), QStringLiteral("c\nd\ne\nf"));
+    EXPECT_EQ(
+        WindowBatchDisplay::tailForDisplay(QStringLiteral("a\nb\nc\nd\ne\nf")), QStringLiteral("c\nd\ne\nf"));
     const QString longLine = QString(2000, QLatin1Char('x')) + QStringLiteral("end");
-    EXPECT_EQ(WindowBatchDisplay::tailForDisplay(longLine), longLine.right(WindowBatchDisplay::kShownCharacters));
+    EXPECT_EQ(
+        WindowBatchDisplay::tailForDisplay(longLine), longLine.right(WindowBatchDisplay::kShownCharacters));
     // A character outside the BMP is never cut in half.
     QString pairs;
     for (int i = 0; i < 1000; ++i)
@@ -394,7 +396,7 @@ TEST_F(ToolFault, MultiByteOutputCutByThePipeIsLoggedWhole)
     BatchEnvGuard flood("QUILLON_STANDIN_FLOOD_BYTES", QByteArray::number(kFlood));
     BatchEnvGuard filler("QUILLON_STANDIN_FLOOD_FILL", fill);
 
-    start({filter(QStringLiteral("Wide"))});
+    start({ filter(QStringLiteral("Wide")) });
     ASSERT_TRUE(waitForIdle());
 
     const QByteArray log = readAll(logPath());
@@ -425,11 +427,11 @@ TEST_F(ToolFault, InvalidUtf8IsDroppedAndTheRunCompletes)
     m_settings.inputMode = 0;
     m_settings.sourcePath = QDir(m_in).filePath(QStringLiteral("a.png"));
     m_settings.toolLog = 1;
-    const NothingLost guard(m_out, {m_in});
+    const NothingLost guard(m_out, { m_in });
     BatchEnvGuard journal("QUILLON_STANDIN_JOURNAL", m_journal.toLocal8Bit());
     BatchEnvGuard bad("QUILLON_STANDIN_BAD_UTF8", "1");
 
-    start({filter(QStringLiteral("Garbled"))});
+    start({ filter(QStringLiteral("Garbled")) });
     ASSERT_TRUE(waitForIdle());
 
     for (const QString& line : m_display.renderLines) {
@@ -460,7 +462,7 @@ TEST_F(ToolFault, AbortStopsAToolThatIsFloodingItsOutput)
             m_controller.abortProcessWithSender();
     };
 
-    start({filter(QStringLiteral("Torrent"))});
+    start({ filter(QStringLiteral("Torrent")) });
     ASSERT_TRUE(waitForIdle());
 
     EXPECT_EQ(m_display.events.last(), QStringLiteral("finished:aborted"));
@@ -470,27 +472,26 @@ TEST_F(ToolFault, AbortStopsAToolThatIsFloodingItsOutput)
     ASSERT_EQ(pids.size(), 1);
     EXPECT_TRUE(processGone(pids.first().toLongLong()));
     EXPECT_TRUE(readAll(logPath()) == BatchController::kLogTitle.toUtf8() + m_display.shown);
-    EXPECT_EQ(batchDirectoryNames(m_out), QStringList{"qlrn_logfile.txt"});
+    EXPECT_EQ(batchDirectoryNames(m_out), QStringList { "qlrn_logfile.txt" });
     guard.expectNothingLost({}, m_display.deletionList);
 }
-
 
 TEST_F(ToolFault, AHangingToolIsStoppedByAbort)
 {
     useTwoInputs();
     userFileInOutput();
-    const NothingLost guard(m_out, {m_in});
+    const NothingLost guard(m_out, { m_in });
     ASSERT_NO_FATAL_FAILURE(abortHangingRunAtFirstLine(QStringLiteral("Hang"), "1"));
 
     EXPECT_EQ(m_display.events.last(), QStringLiteral("finished:aborted"));
-    EXPECT_EQ(m_display.sources, QStringList{"a.png"});
+    EXPECT_EQ(m_display.sources, QStringList { "a.png" });
     // SIGTERM was enough: no kill, no message about one.
     EXPECT_FALSE(m_display.renderLines.contains(kKilledMessage));
     const QStringList pids = journalEntries(m_journal, QStringLiteral("pid"));
     ASSERT_EQ(pids.size(), 1);
     EXPECT_TRUE(processGone(pids.first().toLongLong()));
     EXPECT_TRUE(taskFilesLeft().isEmpty());
-    EXPECT_EQ(batchDirectoryNames(m_out), QStringList{"notes.txt"});
+    EXPECT_EQ(batchDirectoryNames(m_out), QStringList { "notes.txt" });
     guard.expectNothingLost({}, m_display.deletionList);
 }
 
@@ -500,7 +501,7 @@ TEST_F(ToolFault, AToolThatIgnoresSigtermIsKilledAndTheDisplaySaysSo)
 {
     useTwoInputs();
     m_settings.toolLog = 1;
-    const NothingLost guard(m_out, {m_in});
+    const NothingLost guard(m_out, { m_in });
     ASSERT_NO_FATAL_FAILURE(abortHangingRunAtFirstLine(QStringLiteral("Stubborn"), "ignore-term"));
 
     EXPECT_EQ(m_display.events.last(), QStringLiteral("finished:aborted"));
@@ -509,13 +510,13 @@ TEST_F(ToolFault, AToolThatIgnoresSigtermIsKilledAndTheDisplaySaysSo)
     // The sheet was ended by Abort before the kill was reported, and again
     // by the completion after it.
     EXPECT_EQ(m_display.events.filter(QStringLiteral("end")).size(), 2);
-    EXPECT_EQ(m_display.sources, QStringList{"a.png"});
+    EXPECT_EQ(m_display.sources, QStringList { "a.png" });
     const QStringList pids = journalEntries(m_journal, QStringLiteral("pid"));
     ASSERT_EQ(pids.size(), 1);
     EXPECT_TRUE(processGone(pids.first().toLongLong()));
     EXPECT_TRUE(taskFilesLeft().isEmpty());
     EXPECT_FALSE(m_controller.isLogOpen());
-    EXPECT_EQ(batchDirectoryNames(m_out), QStringList{"qlrn_logfile.txt"});
+    EXPECT_EQ(batchDirectoryNames(m_out), QStringList { "qlrn_logfile.txt" });
     guard.expectNothingLost({}, m_display.deletionList);
 }
 
@@ -534,7 +535,7 @@ protected:
     // line while `change` runs, then the gate opens.
     void runWithChange(const std::function<void()>& change)
     {
-        m_chain = {filter(QStringLiteral("Moving"))};
+        m_chain = { filter(QStringLiteral("Moving")) };
         bool changed = false;
         m_display.onRender = [&](const QString&) {
             if (std::exchange(changed, true))
@@ -547,13 +548,13 @@ protected:
         ASSERT_TRUE(waitForIdle());
         EXPECT_TRUE(changed);
         EXPECT_EQ(m_display.events.last(), QStringLiteral("finished"));
-        EXPECT_EQ(m_display.sources, (QStringList{"a.png", "b.png"}));
+        EXPECT_EQ(m_display.sources, (QStringList { "a.png", "b.png" }));
     }
 
     // Nothing appeared next to the output directory.
     void expectNothingElsewhere() const
     {
-        QStringList expected{"filters", "gate", "in", "journal.txt", "out"};
+        QStringList expected { "filters", "gate", "in", "journal.txt", "out" };
         EXPECT_EQ(batchDirectoryNames(m_temp.path()), expected);
     }
 
@@ -564,7 +565,7 @@ TEST_F(OutputDirFault, TheOutputDirectoryDisappears)
 {
     BatchEnvGuard gate("QUILLON_STANDIN_GATE", m_gate.toLocal8Bit());
     BatchEnvGuard journal("QUILLON_STANDIN_JOURNAL", m_journal.toLocal8Bit());
-    const NothingLost guard(m_out, {m_in});
+    const NothingLost guard(m_out, { m_in });
     runWithChange([this] { ASSERT_TRUE(QDir(m_out).removeRecursively()); });
 
     // The first tool run could not write its result; the second run's task
@@ -574,7 +575,7 @@ TEST_F(OutputDirFault, TheOutputDirectoryDisappears)
     // The second run's tool got no control file and did not get as far.
     EXPECT_EQ(journalEntries(m_journal, QStringLiteral("pid")).size(), 1);
     EXPECT_TRUE(m_stdout.filter(QStringLiteral("deleted ")).isEmpty());
-    EXPECT_EQ(batchDirectoryNames(m_temp.path()), (QStringList{"filters", "gate", "in", "journal.txt"}));
+    EXPECT_EQ(batchDirectoryNames(m_temp.path()), (QStringList { "filters", "gate", "in", "journal.txt" }));
     guard.expectNothingLost({}, m_display.deletionList);
 }
 
@@ -582,7 +583,7 @@ TEST_F(OutputDirFault, TheOutputDirectoryIsReplacedByAFile)
 {
     BatchEnvGuard gate("QUILLON_STANDIN_GATE", m_gate.toLocal8Bit());
     BatchEnvGuard journal("QUILLON_STANDIN_JOURNAL", m_journal.toLocal8Bit());
-    const NothingLost guard(m_out, {m_in});
+    const NothingLost guard(m_out, { m_in });
     const QByteArray userBytes = "a file of the user's that now has the output directory's name\n";
     runWithChange([&] {
         ASSERT_TRUE(QDir(m_out).removeRecursively());
@@ -612,7 +613,7 @@ TEST_F(OutputDirFault, TheOutputDirectoryBecomesReadOnly)
         mount.reset();
     }
     userFileInOutput();
-    const NothingLost guard(m_out, {m_in});
+    const NothingLost guard(m_out, { m_in });
     runWithChange([&] {
         if (root) {
             mount.emplace(TestMount::readOnlyBind(m_out));
@@ -625,10 +626,12 @@ TEST_F(OutputDirFault, TheOutputDirectoryBecomesReadOnly)
     // Nothing more could be written there, and nothing removed: the task
     // files of the first run stay, and no temporary file joined them.
     EXPECT_TRUE(writtenOutputs().isEmpty());
-    EXPECT_EQ(batchDirectoryNames(m_out), (QStringList{"bth-run-0.ffxml", "controlfile.xml", "notes.txt"}));
+    EXPECT_EQ(
+        batchDirectoryNames(m_out), (QStringList { "bth-run-0.ffxml", "controlfile.xml", "notes.txt" }));
     guard.expectNothingLost({}, m_display.deletionList);
     if (!root)
-        QFile::setPermissions(m_out, QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
+        QFile::setPermissions(
+            m_out, QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
 }
 
 // ---- The disk fills ------------------------------------------------------
@@ -643,9 +646,9 @@ TEST_F(ToolFault, WhenNoTaskFileFitsNothingIsLeftHalfWritten)
     m_settings.inputMode = 0;
     m_settings.sourcePath = QDir(m_in).filePath(QStringLiteral("a.png"));
     m_settings.toolLog = 1;
-    const NothingLost guard(m_out, {m_in});
+    const NothingLost guard(m_out, { m_in });
     BatchEnvGuard journal("QUILLON_STANDIN_JOURNAL", m_journal.toLocal8Bit());
-    const RecordList chain{filter(QStringLiteral("Full")), filter(QStringLiteral("Fuller"))};
+    const RecordList chain { filter(QStringLiteral("Full")), filter(QStringLiteral("Fuller")) };
     {
         const FileSizeLimit limit(200);
         ASSERT_TRUE(limit.active());
@@ -659,7 +662,7 @@ TEST_F(ToolFault, WhenNoTaskFileFitsNothingIsLeftHalfWritten)
     EXPECT_TRUE(writtenOutputs().isEmpty());
     // The log's title fitted; the tool never got a control file to read.
     EXPECT_EQ(readAll(logPath()), BatchController::kLogTitle.toUtf8());
-    EXPECT_EQ(batchDirectoryNames(m_out), (QStringList{"notes.txt", "qlrn_logfile.txt"}));
+    EXPECT_EQ(batchDirectoryNames(m_out), (QStringList { "notes.txt", "qlrn_logfile.txt" }));
     guard.expectNothingLost({}, m_display.deletionList);
 }
 
@@ -672,7 +675,7 @@ TEST_F(ToolFault, WhenTheResultDoesNotFitTheTaskFilesAreStillCleanedUp)
     m_settings.heightText = QStringLiteral("1024");
     const NothingLost guard(m_out, {});
     BatchEnvGuard journal("QUILLON_STANDIN_JOURNAL", m_journal.toLocal8Bit());
-    const RecordList chain{filter(QStringLiteral("Large"))};
+    const RecordList chain { filter(QStringLiteral("Large")) };
     {
         const FileSizeLimit limit(32 * 1024);
         ASSERT_TRUE(limit.active());
@@ -701,7 +704,7 @@ TEST_F(OutputDirFault, TheDiskFillsMidRun)
     BatchEnvGuard journal("QUILLON_STANDIN_JOURNAL", m_journal.toLocal8Bit());
     userFileInOutput();
     m_settings.toolLog = 1;
-    const NothingLost guard(m_out, {m_in});
+    const NothingLost guard(m_out, { m_in });
     QString filler;
     runWithChange([&] {
         filler = fillFileSystem(m_out, QStringLiteral("filler.bin"));
@@ -712,7 +715,7 @@ TEST_F(OutputDirFault, TheDiskFillsMidRun)
     EXPECT_TRUE(m_display.renderLines.filter(QStringLiteral("Error: cannot write")).size() == 1);
     EXPECT_EQ(journalEntries(m_journal, QStringLiteral("pid")).size(), 1);
     // The task files of the first run were removed; the second run had none.
-    EXPECT_EQ(batchDirectoryNames(m_out), (QStringList{"filler.bin", "notes.txt", "qlrn_logfile.txt"}));
+    EXPECT_EQ(batchDirectoryNames(m_out), (QStringList { "filler.bin", "notes.txt", "qlrn_logfile.txt" }));
     const QByteArray log = readAll(logPath());
     EXPECT_TRUE(log.startsWith(BatchController::kLogTitle.toUtf8()));
     EXPECT_TRUE(m_display.shown.startsWith(log.mid(BatchController::kLogTitle.size())));
@@ -730,12 +733,12 @@ TEST_F(ToolFault, AFullDiskAtStartLeavesNoLogAndNoTaskFiles)
     const NothingLost guard(m_out, {});
     BatchEnvGuard journal("QUILLON_STANDIN_JOURNAL", m_journal.toLocal8Bit());
 
-    start({filter(QStringLiteral("NoRoom"))});
+    start({ filter(QStringLiteral("NoRoom")) });
     ASSERT_TRUE(waitForIdle());
 
     EXPECT_EQ(m_stdout.filter(QStringLiteral("Error creating logfile ")).size(), 1);
     EXPECT_TRUE(journalEntries(m_journal, QStringLiteral("pid")).isEmpty());
-    EXPECT_EQ(batchDirectoryNames(m_out), QStringList{"filler.bin"});
+    EXPECT_EQ(batchDirectoryNames(m_out), QStringList { "filler.bin" });
     guard.expectNothingLost({}, m_display.deletionList);
 }
 
@@ -751,14 +754,14 @@ TEST(NothingLostCheck, NoticesEveryKindOfLoss)
     ASSERT_TRUE(writeBatchInputImage(input));
     ASSERT_TRUE(writeBatchInputImage(before));
     const QString out = root.filePath(QStringLiteral("out"));
-    const NothingLost guard(out, {root.filePath(QStringLiteral("in"))});
-    guard.expectNothingLost({}, {root.filePath(QStringLiteral("out/controlfile.xml"))});
+    const NothingLost guard(out, { root.filePath(QStringLiteral("in")) });
+    guard.expectNothingLost({}, { root.filePath(QStringLiteral("out/controlfile.xml")) });
 
-    EXPECT_NONFATAL_FAILURE(guard.expectNothingLost({}, {root.filePath(QStringLiteral("elsewhere.png"))}),
-                            "outside the output directory");
-    EXPECT_NONFATAL_FAILURE(guard.expectNothingLost({}, {before}), "was there before");
-    EXPECT_NONFATAL_FAILURE(guard.expectNothingLost({root.filePath(QStringLiteral("out/gone.png"))}, {}),
-                            "last step output lost");
+    EXPECT_NONFATAL_FAILURE(guard.expectNothingLost({}, { root.filePath(QStringLiteral("elsewhere.png")) }),
+        "outside the output directory");
+    EXPECT_NONFATAL_FAILURE(guard.expectNothingLost({}, { before }), "was there before");
+    EXPECT_NONFATAL_FAILURE(guard.expectNothingLost({ root.filePath(QStringLiteral("out/gone.png")) }, {}),
+        "last step output lost");
     {
         QFile temporary(root.filePath(QStringLiteral("out/controlfile.xml.quillon-12-3")));
         ASSERT_TRUE(temporary.open(QIODevice::WriteOnly));

@@ -71,16 +71,17 @@ protected:
         EXPECT_TRUE(temporaries.isEmpty()) << temporaries.join(QLatin1Char(' ')).toStdString();
         QStringList names = QDir(m_dir).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
         names.removeAll(QStringLiteral("filler.bin"));
-        EXPECT_EQ(names, QStringList{"mine.qlch"});
+        EXPECT_EQ(names, QStringList { "mine.qlch" });
     }
 
     QTemporaryDir m_temp;
     QString m_dir;
     QString m_file;
     QByteArray m_previous;
-    const RecordList m_small{chainFilter(QStringLiteral("Small"), 1)};
+    const RecordList m_small { chainFilter(QStringLiteral("Small"), 1) };
     // Far larger than the previous file and than the file size limit below.
-    const RecordList m_large{chainFilter(QStringLiteral("Large"), 200), chainFilter(QStringLiteral("More"), 200)};
+    const RecordList m_large { chainFilter(QStringLiteral("Large"), 200),
+        chainFilter(QStringLiteral("More"), 200) };
 };
 
 TEST_F(ChainSaveFault, AFileSizeLimitFailsTheSaveAndKeepsThePreviousFile)
@@ -139,7 +140,8 @@ TEST_F(ChainSaveFault, AReadOnlyFolderFailsTheSaveAndKeepsThePreviousFile)
     EXPECT_FALSE(error.isEmpty());
     expectPreviousIntact();
     if (!root)
-        QFile::setPermissions(m_dir, QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
+        QFile::setPermissions(
+            m_dir, QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
 }
 
 } // namespace

@@ -48,7 +48,7 @@ const RecordPtr& parameterWithId(const RecordList& components, const QString& id
 {
     static const RecordPtr none = Record::create();
     const auto it = std::find_if(components.begin(), components.end(),
-                                 [&](const RecordPtr& p) { return p->string(key::CONTROL_ID) == id; });
+        [&](const RecordPtr& p) { return p->string(key::CONTROL_ID) == id; });
     return it == components.end() ? none : *it;
 }
 
@@ -89,10 +89,10 @@ TEST(LibraryReader, UnusableFilesGiveAnEmptyRecord)
     QTemporaryDir dir;
     QDir(dir.path()).mkdir(QStringLiteral("folder.ffxml"));
     const QStringList unusable {
-        oddFile(QStringLiteral("LowerCaseRoot.ffxml")),  // root is "filter"
-        oddFile(QStringLiteral("Rejected.ffxml")),       // mismatched end tag
-        oddFile(QStringLiteral("Empty.ffxml")),          // no root element
-        oddFile(QStringLiteral("Folder Named.ffxml")),   // a directory
+        oddFile(QStringLiteral("LowerCaseRoot.ffxml")), // root is "filter"
+        oddFile(QStringLiteral("Rejected.ffxml")), // mismatched end tag
+        oddFile(QStringLiteral("Empty.ffxml")), // no root element
+        oddFile(QStringLiteral("Folder Named.ffxml")), // a directory
         dir.filePath(QStringLiteral("folder.ffxml")),
         dir.filePath(QStringLiteral("missing.ffxml")),
         QString(),
@@ -107,7 +107,8 @@ TEST(LibraryReader, UnusableFilesGiveAnEmptyRecord)
 TEST(LibraryReader, MissingPiecesOfInformationAndFilterType)
 {
     // No Information: no name, so the scan drops it; the filter type is still read.
-    const RecordPtr noInformation = getFilterInfoWithPath(oddFile(QStringLiteral("MissingInformation.ffxml")));
+    const RecordPtr noInformation
+        = getFilterInfoWithPath(oddFile(QStringLiteral("MissingInformation.ffxml")));
     EXPECT_FALSE(noInformation->contains(key::name));
     EXPECT_EQ(noInformation->string(key::filtertype), QStringLiteral("2"));
 
@@ -139,7 +140,7 @@ TEST(LibraryReader, ReadsUtf8AndUtf16Names)
 {
     QTemporaryDir dir;
     const QString utf8 = writeDefinition(dir, QStringLiteral("Café Crème.ffxml"),
-                                         "<Filter><Information name-en=\"Caf\xc3\xa9 Cr\xc3\xa8me\"/></Filter>");
+        "<Filter><Information name-en=\"Caf\xc3\xa9 Cr\xc3\xa8me\"/></Filter>");
     EXPECT_EQ(getFilterInfoWithPath(utf8)->string(key::name), QStringLiteral("Café Crème"));
 
     const QString text = QStringLiteral("<?xml version=\"1.0\" encoding=\"UTF-16\"?>"
@@ -230,7 +231,7 @@ TEST(DetailReader, OutOfRangeRangeMaxIsNotAnInteger)
     ASSERT_TRUE(loadXMLInfoWithFilterdata(filter));
     const RecordList& components = *filter->list(key::Components);
     EXPECT_EQ(parameterWithId(components, QStringLiteral("lowest"))->integer(key::CONTROL_MAX),
-              std::numeric_limits<qint64>::min());
+        std::numeric_limits<qint64>::min());
     EXPECT_FALSE(parameterWithId(components, QStringLiteral("tooBig"))->contains(key::CONTROL_MAX));
     EXPECT_FALSE(parameterWithId(components, QStringLiteral("sign"))->contains(key::CONTROL_MAX));
 }
@@ -240,8 +241,8 @@ TEST(DetailReader, CommentsTextAndNestedControlsAreNotParameters)
     const RecordPtr filter = chainRecordFor(oddFile(QStringLiteral("CommentsBetweenControls.ffxml")));
     ASSERT_TRUE(loadXMLInfoWithFilterdata(filter));
     EXPECT_EQ(ids(*filter->list(key::Components)),
-              (QStringList { QStringLiteral("first"), QStringLiteral("second"), QStringLiteral("third"),
-                             kVariationsId }));
+        (QStringList {
+            QStringLiteral("first"), QStringLiteral("second"), QStringLiteral("third"), kVariationsId }));
     // Text, a processing instruction, CDATA and comments between the presets are not presets.
     const QVariant count = filter->dict(key::Presets).value(key::PresetCount);
     EXPECT_EQ(count.typeId(), QMetaType::LongLong);
@@ -260,8 +261,9 @@ TEST(DetailReader, ControlWithoutNameHasNoControlName)
     const RecordList& components = *filter->list(key::Components);
     EXPECT_FALSE(parameterWithId(components, QStringLiteral("unnamed"))->contains(key::CONTROL_NAME));
     EXPECT_TRUE(parameterWithId(components, QStringLiteral("blank"))->contains(key::CONTROL_NAME));
-    EXPECT_EQ(parameterWithId(components, QStringLiteral("blank"))->string(key::CONTROL_NAME, QStringLiteral("x")),
-              QString());
+    EXPECT_EQ(
+        parameterWithId(components, QStringLiteral("blank"))->string(key::CONTROL_NAME, QStringLiteral("x")),
+        QString());
 }
 
 TEST(DetailReader, ReadingAgainGivesFreshComponentsAndResetsThePreset)
@@ -303,8 +305,8 @@ TEST(DetailReader, MissingSectionsLeaveTheirKeysUnset)
 TEST(DetailReader, UnusableDefinitionLeavesTheRecordUnchanged)
 {
     for (const QString& name : { QStringLiteral("Rejected.ffxml"), QStringLiteral("LowerCaseRoot.ffxml"),
-                                 QStringLiteral("Empty.ffxml"), QStringLiteral("Folder Named.ffxml"),
-                                 QStringLiteral("no-such-file.ffxml") }) {
+             QStringLiteral("Empty.ffxml"), QStringLiteral("Folder Named.ffxml"),
+             QStringLiteral("no-such-file.ffxml") }) {
         const RecordPtr filter = chainRecordFor(oddFile(name));
         filter->setString(key::name, QStringLiteral("Kept"));
         filter->setInteger(key::ChoosenPreset, 2);

@@ -1,5 +1,5 @@
-#include "library/DefinitionReader.h"
 #include "library/FilterScan.h"
+#include "library/DefinitionReader.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -119,9 +119,12 @@ TEST(FilterListing, FindsDefinitionsAtAnyDepthWithFullPaths)
     ASSERT_TRUE(QFile::link(root, root + QStringLiteral("/a/loop")));
 
     const QStringList expected {
-        root + QStringLiteral("/Top.ffxml"),           root + QStringLiteral("/a/b/c/Deep.ffxml"),
-        root + QStringLiteral("/.Hidden.ffxml"),       root + QStringLiteral("/.hiddendir/Inside.ffxml"),
-        root + QStringLiteral("/Folder.ffxml"),        root + QStringLiteral("/linked/Linked.ffxml"),
+        root + QStringLiteral("/Top.ffxml"),
+        root + QStringLiteral("/a/b/c/Deep.ffxml"),
+        root + QStringLiteral("/.Hidden.ffxml"),
+        root + QStringLiteral("/.hiddendir/Inside.ffxml"),
+        root + QStringLiteral("/Folder.ffxml"),
+        root + QStringLiteral("/linked/Linked.ffxml"),
     };
     EXPECT_EQ(sorted(loadFilterNamesAndArrayWithPath(root)), sorted(expected));
     EXPECT_EQ(sorted(loadFilterNamesAndArrayWithPath(root + QStringLiteral("/./"))), sorted(expected));
@@ -152,7 +155,7 @@ TEST(FilterScan, KeepsUsableDefinitionsSortedByCodePoints)
     writeFile(root, QStringLiteral("apple.ffxml"), definitionNamed(QStringLiteral("apple")));
     writeFile(root, QStringLiteral("Elan.ffxml"), definitionNamed(QStringLiteral("Élan")));
     writeFile(root, QStringLiteral("Nameless.ffxml"),
-              "<Filter><Information author=\"Someone\"/><Components/></Filter>");
+        "<Filter><Information author=\"Someone\"/><Components/></Filter>");
     // Not usable: wrong root, no Information, rejected by the parser, a directory.
     writeFile(root, QStringLiteral("Lower.ffxml"), definitionNamed(QStringLiteral("Lower"), "filter"));
     writeFile(root, QStringLiteral("NoInfo.ffxml"), "<Filter><Components/></Filter>");
@@ -161,9 +164,9 @@ TEST(FilterScan, KeepsUsableDefinitionsSortedByCodePoints)
     ASSERT_TRUE(QDir(root).mkdir(QStringLiteral("Dir.ffxml")));
 
     const RecordList library = scanFilterDirectory(root);
-    EXPECT_EQ(names(library), (QStringList { QString(), QStringLiteral("Alpha"), QStringLiteral("Blur"),
-                                             QStringLiteral("Zebra"), QStringLiteral("apple"),
-                                             QStringLiteral("blur"), QStringLiteral("Élan") }));
+    EXPECT_EQ(names(library),
+        (QStringList { QString(), QStringLiteral("Alpha"), QStringLiteral("Blur"), QStringLiteral("Zebra"),
+            QStringLiteral("apple"), QStringLiteral("blur"), QStringLiteral("Élan") }));
 
     const Record& alpha = *library.at(1);
     EXPECT_EQ(alpha.keys(), (QStringList { key::author, key::filtertype, key::name, key::path }));
@@ -193,7 +196,8 @@ TEST(FilterScan, SortsByCodePointsWithCanonicalEquivalentsTogether)
     ASSERT_EQ(listed.size(), 6);
     EXPECT_EQ(listed.mid(0, 2), (QStringList { QStringLiteral("Zebra"), QStringLiteral("zebra") }));
     // The two spellings of the same name sit together, after "zebra".
-    EXPECT_EQ(QSet<QString>(listed.begin() + 2, listed.begin() + 4), (QSet<QString> { composed, decomposed }));
+    EXPECT_EQ(
+        QSet<QString>(listed.begin() + 2, listed.begin() + 4), (QSet<QString> { composed, decomposed }));
     EXPECT_EQ(listed.mid(4), (QStringList { fullwidth, emoji }));
 
     auto named = [](const QString& name) {
@@ -212,19 +216,19 @@ TEST(FilterScan, SortsByCodePointsWithCanonicalEquivalentsTogether)
 TEST(FilterScan, OddDefinitionsKeepOnlyTheUsableOnes)
 {
     EXPECT_EQ(names(scanFilterDirectory(kOddDir)),
-              (QStringList { QString(), QStringLiteral("Comments Between Controls"),
-                             QStringLiteral("Control Without Id"), QStringLiteral("Lenient & Late &nbsp;"),
-                             QStringLiteral("Range Max Values") }));
+        (QStringList { QString(), QStringLiteral("Comments Between Controls"),
+            QStringLiteral("Control Without Id"), QStringLiteral("Lenient & Late &nbsp;"),
+            QStringLiteral("Range Max Values") }));
 }
 
 TEST(SampleLibrary, LoadsSortedWithEveryFilterUsable)
 {
     const RecordList library = scanFilterDirectory(kFiltersDir);
     ASSERT_EQ(names(library),
-              (QStringList { QStringLiteral("Alpha Fade"), QStringLiteral("Blur"), QStringLiteral("Emboss Edges"),
-                             QStringLiteral("Oil Paint"), QStringLiteral("Rusty Metal"), QStringLiteral("Soft Glow"),
-                             QStringLiteral("Stone Wall"), QStringLiteral("Vignette"),
-                             QStringLiteral("Zebra Stripes"), QStringLiteral("blur lite") }));
+        (QStringList { QStringLiteral("Alpha Fade"), QStringLiteral("Blur"), QStringLiteral("Emboss Edges"),
+            QStringLiteral("Oil Paint"), QStringLiteral("Rusty Metal"), QStringLiteral("Soft Glow"),
+            QStringLiteral("Stone Wall"), QStringLiteral("Vignette"), QStringLiteral("Zebra Stripes"),
+            QStringLiteral("blur lite") }));
 
     QSet<QString> filterTypes;
     for (const RecordPtr& filter : library) {
@@ -269,7 +273,8 @@ TEST(SampleLibrary, PresetsCarrySettingsAndEveryControl)
             for (const pugi::xml_node& control : preset.child("Controls").children()) {
                 presetIds.append(QString::fromUtf8(control.attribute("id").value()));
                 const bool checkbox = std::string_view(control.name()) == "CheckboxControl";
-                EXPECT_TRUE(control.child(checkbox ? "Checked" : "Value").attribute("value")) << control.name();
+                EXPECT_TRUE(control.child(checkbox ? "Checked" : "Value").attribute("value"))
+                    << control.name();
             }
             EXPECT_EQ(presetIds, controlIds);
         }
@@ -338,18 +343,18 @@ TEST(FilterFetcher, LibrariesArriveInTheOrderTheScansWereLaunched)
     QTemporaryDir large;
     for (int i = 0; i < 400; ++i)
         writeFile(large.path(), QStringLiteral("d%1/F%2.ffxml").arg(i % 20).arg(i),
-                  definitionNamed(QStringLiteral("Large%1").arg(i)));
+            definitionNamed(QStringLiteral("Large%1").arg(i)));
     QTemporaryDir small;
     writeFile(small.path(), QStringLiteral("Only.ffxml"), definitionNamed(QStringLiteral("Only")));
 
     QList<int> sizes;
     FilterFetcher fetcher;
     QObject::connect(&fetcher, &FilterFetcher::fetched,
-                     [&sizes](const RecordList& filters) { sizes.append(static_cast<int>(filters.size())); });
+        [&sizes](const RecordList& filters) { sizes.append(static_cast<int>(filters.size())); });
     fetcher.launch(large.path());
     fetcher.launch(small.path());
     ASSERT_TRUE(QTest::qWaitFor([&] { return sizes.size() == 2; }, 30000));
-    EXPECT_EQ(sizes, (QList<int>{400, 1}));
+    EXPECT_EQ(sizes, (QList<int> { 400, 1 }));
 }
 
 TEST(FilterFetcher, DestroyedFetcherDropsItsHandOver)

@@ -58,9 +58,8 @@ TEST(ParameterRecords, InitialValuesByKind)
 
 TEST(ChainCodes, ConvertBothWaysAndRejectUnknownCodes)
 {
-    const controlType kinds[] = {controlType::kTypeCheckbox, controlType::kTypeIntSlider,
-                                 controlType::kTypeSlider, controlType::kTypeAngle,
-                                 controlType::kTypeVariations};
+    const controlType kinds[] = { controlType::kTypeCheckbox, controlType::kTypeIntSlider,
+        controlType::kTypeSlider, controlType::kTypeAngle, controlType::kTypeVariations };
     for (qint64 code = 0; code < 5; ++code) {
         EXPECT_EQ(chainCodeFromControlType(kinds[code]), code);
         EXPECT_EQ(controlTypeFromChainCode(code), kinds[code]);

@@ -10,8 +10,8 @@
 
 namespace quillon::test {
 
-QString writeBatchDefinition(const QString& directory, const QString& fileName, const QString& name,
-                             const QString& author)
+QString writeBatchDefinition(
+    const QString& directory, const QString& fileName, const QString& name, const QString& author)
 {
     const QString path = QDir(directory).filePath(fileName);
     const QString text = QStringLiteral(R"(<?xml version="1.0" encoding="UTF-8"?>
@@ -74,7 +74,8 @@ QStringList batchDirectoryNames(const QString& directory)
 QMap<QString, QByteArray> batchSnapshot(const QString& directory)
 {
     QMap<QString, QByteArray> files;
-    QDirIterator it(directory, QDir::Files | QDir::Hidden | QDir::NoDotAndDotDot, QDirIterator::Subdirectories);
+    QDirIterator it(
+        directory, QDir::Files | QDir::Hidden | QDir::NoDotAndDotDot, QDirIterator::Subdirectories);
     while (it.hasNext()) {
         const QString path = it.next();
         QFile file(path);

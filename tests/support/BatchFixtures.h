@@ -13,8 +13,8 @@ namespace quillon::test {
 
 // Writes a small filter definition (one slider, one check box, two presets)
 // named `name` into `directory` and returns its path.
-QString writeBatchDefinition(const QString& directory, const QString& fileName, const QString& name,
-                             const QString& author);
+QString writeBatchDefinition(
+    const QString& directory, const QString& fileName, const QString& name, const QString& author);
 
 // Writes a small real PNG image.
 bool writeBatchInputImage(const QString& path);

@@ -76,8 +76,8 @@ void BatchRunFixture::SetUp()
 
 RecordPtr BatchRunFixture::filter(const QString& name)
 {
-    const QString path = writeBatchDefinition(m_filters, name + QStringLiteral(".ffxml"), name,
-                                              QStringLiteral("Quillon Tests"));
+    const QString path = writeBatchDefinition(
+        m_filters, name + QStringLiteral(".ffxml"), name, QStringLiteral("Quillon Tests"));
     RecordPtr record = batchChainRecord(path);
     EXPECT_TRUE(record);
     return record;

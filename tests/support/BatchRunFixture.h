@@ -36,7 +36,7 @@ public:
     QStringList alerts;
     QStringList sources;
     QStringList renderLines; // shorter ones only; every one goes to `shown`
-    QByteArray shown;        // every render line's UTF-8 bytes, in order
+    QByteArray shown; // every render line's UTF-8 bytes, in order
     qint64 renderCount = 0;
     int beeps = 0;
     QStringList deletionList;
@@ -75,8 +75,8 @@ protected:
     QString m_out;
     QString m_in;
     QString m_filters;
-    RecordingBatchDisplay m_display{&m_controller};
-    BatchController m_controller{&m_display};
+    RecordingBatchDisplay m_display { &m_controller };
+    BatchController m_controller { &m_display };
     QStringList m_stdout;
     RunSettings m_settings;
 };

@@ -25,7 +25,7 @@ QMap<QString, QByteArray> snapshotOf(const QString& root)
     const QFileInfo info(root);
     if (info.isFile()) {
         QFile file(root);
-        return {{root, file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<unreadable>")}};
+        return { { root, file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<unreadable>") } };
     }
     return batchSnapshot(root);
 }
@@ -115,7 +115,7 @@ QStringList leftoverTemporaryFiles(const QString& directory)
         QStringLiteral(R"(^(.+\.[^.]+\.[A-Za-z0-9]{6}|qt_temp\..*|.*\.tmp|.+\.quillon-\d+-\d+)$)"));
     QStringList found;
     QDirIterator it(directory, QDir::Files | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
-                    QDirIterator::Subdirectories);
+        QDirIterator::Subdirectories);
     while (it.hasNext()) {
         const QString path = it.next();
         if (atomicTemporary.match(QFileInfo(path).fileName()).hasMatch())
@@ -181,8 +181,8 @@ TestMount TestMount::readOnlyBind(const QString& directory)
     }
     mount.m_target = directory;
     if (::mount(nullptr, target.constData(), nullptr, MS_REMOUNT | MS_BIND | MS_RDONLY, nullptr) != 0) {
-        mount.m_why
-            = QStringLiteral("cannot make the bind mount read-only: ") + QString::fromLocal8Bit(std::strerror(errno));
+        mount.m_why = QStringLiteral("cannot make the bind mount read-only: ")
+            + QString::fromLocal8Bit(std::strerror(errno));
         ::umount2(target.constData(), MNT_DETACH);
         mount.m_target.clear();
     }

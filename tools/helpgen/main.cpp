@@ -38,7 +38,7 @@ int main(int argc, char** argv)
         writer.setCreator(QStringLiteral("Quillon"));
         writer.setResolution(300);
         writer.setPageLayout(QPageLayout(QPageSize(QPageSize::A4), QPageLayout::Portrait,
-                                         QMarginsF(18, 18, 18, 18), QPageLayout::Millimeter));
+            QMarginsF(18, 18, 18, 18), QPageLayout::Millimeter));
 
         QTextDocument document;
         document.setDefaultStyleSheet(QStringLiteral("h1 { color: #283c6e; } h2 { color: #283c6e; }"));

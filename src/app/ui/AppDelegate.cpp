@@ -45,7 +45,7 @@ int realToSlider(double value)
     if (!std::isfinite(value))
         return 0;
     const double scaled = std::clamp(value * kRealSliderScale, double(std::numeric_limits<int>::min()),
-                                     double(std::numeric_limits<int>::max()));
+        double(std::numeric_limits<int>::max()));
     return static_cast<int>(std::lround(scaled));
 }
 
@@ -97,11 +97,12 @@ AppDelegate::AppDelegate(QObject* parent)
     m_ui->filterParamList->setModel(m_paramModel);
 
     QHeaderView* paramHeader = m_ui->filterParamList->horizontalHeader();
-    paramHeader->setSectionResizeMode(ParamTableModel::filterParamActiveColumn, QHeaderView::ResizeToContents);
+    paramHeader->setSectionResizeMode(
+        ParamTableModel::filterParamActiveColumn, QHeaderView::ResizeToContents);
     paramHeader->setSectionResizeMode(ParamTableModel::filterParamNameColumn, QHeaderView::Stretch);
     paramHeader->setSectionResizeMode(ParamTableModel::filterParamTypeColumn, QHeaderView::ResizeToContents);
-    m_sheetUi->addFilterList->horizontalHeader()->setSectionResizeMode(LibraryListModel::adsFilterNameColumn,
-                                                                        QHeaderView::Stretch);
+    m_sheetUi->addFilterList->horizontalHeader()->setSectionResizeMode(
+        LibraryListModel::adsFilterNameColumn, QHeaderView::Stretch);
     // The editor page is chosen by the kind of the selected row, not by the user.
     m_ui->filterParamTabView->tabBar()->hide();
 
@@ -134,36 +135,36 @@ void AppDelegate::connectChainSide()
         return [this, sender, action] { (this->*action)(sender); };
     };
     connect(ui.addFilterButton, &QPushButton::clicked, this,
-            bySender(ui.addFilterButton, &AppDelegate::showAddSheetWithSender));
+        bySender(ui.addFilterButton, &AppDelegate::showAddSheetWithSender));
     connect(ui.removeFilterButton, &QPushButton::clicked, this,
-            bySender(ui.removeFilterButton, &AppDelegate::removeFilterFromListWithSender));
+        bySender(ui.removeFilterButton, &AppDelegate::removeFilterFromListWithSender));
     connect(ui.moveFilterUpButton, &QPushButton::clicked, this,
-            bySender(ui.moveFilterUpButton, &AppDelegate::moveFilterUpInListWithSender));
+        bySender(ui.moveFilterUpButton, &AppDelegate::moveFilterUpInListWithSender));
     connect(ui.moveFilterDownButton, &QPushButton::clicked, this,
-            bySender(ui.moveFilterDownButton, &AppDelegate::moveFilterDownInListWithSender));
+        bySender(ui.moveFilterDownButton, &AppDelegate::moveFilterDownInListWithSender));
     connect(ui.loadFilterChainButton, &QPushButton::clicked, this,
-            bySender(ui.loadFilterChainButton, &AppDelegate::loadFilterChainWithSender));
+        bySender(ui.loadFilterChainButton, &AppDelegate::loadFilterChainWithSender));
     connect(ui.saveFilterChainButton, &QPushButton::clicked, this,
-            bySender(ui.saveFilterChainButton, &AppDelegate::saveFilterChainWithSender));
+        bySender(ui.saveFilterChainButton, &AppDelegate::saveFilterChainWithSender));
     connect(ui.actionOpenChain, &QAction::triggered, this,
-            bySender(ui.actionOpenChain, &AppDelegate::loadFilterChainWithSender));
+        bySender(ui.actionOpenChain, &AppDelegate::loadFilterChainWithSender));
     connect(ui.actionSaveChain, &QAction::triggered, this,
-            bySender(ui.actionSaveChain, &AppDelegate::saveFilterChainWithSender));
+        bySender(ui.actionSaveChain, &AppDelegate::saveFilterChainWithSender));
     connect(ui.actionQuit, &QAction::triggered, m_window, &QMainWindow::close);
     // clicked, not toggled: turning the switch off from code is no user action.
     connect(ui.t_activateMaps, &QCheckBox::clicked, this,
-            bySender(ui.t_activateMaps, &AppDelegate::toggleUseMapsWithSender));
+        bySender(ui.t_activateMaps, &AppDelegate::toggleUseMapsWithSender));
 
     connect(m_sheetUi->addBaseFiltersButton, &QPushButton::clicked, this,
-            bySender(m_sheetUi->addBaseFiltersButton, &AppDelegate::addFilterToListWithSender));
+        bySender(m_sheetUi->addBaseFiltersButton, &AppDelegate::addFilterToListWithSender));
     connect(m_sheetUi->addFilterCancelButton, &QPushButton::clicked, this,
-            bySender(m_sheetUi->addFilterCancelButton, &AppDelegate::closeAddSheetWithSender));
+        bySender(m_sheetUi->addFilterCancelButton, &AppDelegate::closeAddSheetWithSender));
 
-    for (QAbstractItemView* table : {static_cast<QAbstractItemView*>(ui.filterList),
-                                     static_cast<QAbstractItemView*>(m_sheetUi->addFilterList),
-                                     static_cast<QAbstractItemView*>(ui.filterParamList)}) {
+    for (QAbstractItemView* table : { static_cast<QAbstractItemView*>(ui.filterList),
+             static_cast<QAbstractItemView*>(m_sheetUi->addFilterList),
+             static_cast<QAbstractItemView*>(ui.filterParamList) }) {
         connect(table->selectionModel(), &QItemSelectionModel::selectionChanged, this,
-                [this, table] { tableViewSelectionDidChange(table); });
+            [this, table] { tableViewSelectionDidChange(table); });
     }
     connect(ui.mainTabControl, &QTabWidget::currentChanged, this, &AppDelegate::mainTabDidSelectItem);
 }
@@ -190,9 +191,10 @@ void AppDelegate::connectParameterEditor()
     connectField(ui.fpFloatSliderFromField, &AppDelegate::filterFloatSliderFromSettingsTextChangeWithSender);
     connectField(ui.fpFloatSliderToField, &AppDelegate::filterFloatSliderToSettingsTextChangeWithSender);
 
-    for (QComboBox* popup :
-         {ui.fpCheckboxModePopup, ui.fpIntSliderModePopup, ui.fpFloatSliderModePopup, ui.fpVariationModePopup}) {
-        connect(popup, &QComboBox::currentIndexChanged, this, [this, popup] { updateFilterValuesWithSender(popup); });
+    for (QComboBox* popup : { ui.fpCheckboxModePopup, ui.fpIntSliderModePopup, ui.fpFloatSliderModePopup,
+             ui.fpVariationModePopup }) {
+        connect(popup, &QComboBox::currentIndexChanged, this,
+            [this, popup] { updateFilterValuesWithSender(popup); });
     }
     connect(m_paramModel, &ParamTableModel::activeEdited, this, [this] {
         m_paramModel->reload();
@@ -365,8 +367,8 @@ void AppDelegate::addFilterToListWithSender(QObject* /*sender*/)
             if (!record)
                 continue;
             if (!loadXMLInfoWithFilterdata(record)) {
-                unreadable.append(QStringLiteral("%1 (%2)").arg(record->string(key::name),
-                                                                record->string(key::path)));
+                unreadable.append(
+                    QStringLiteral("%1 (%2)").arg(record->string(key::name), record->string(key::path)));
                 continue;
             }
             filterArray.push_back(record);
@@ -438,13 +440,14 @@ void AppDelegate::setupMapsCheckboxesDefaults()
     }
     ui.t_activateMaps->show();
 
-    const std::array<QCheckBox*, 10> maps{ui.t_defaultMap,      ui.t_alphaMap,          ui.t_diffuseMap, ui.t_bumppMap,
-                                          ui.t_normalMap,       ui.t_specStrengthMap,   ui.t_specComponentMap,
-                                          ui.t_AOMap,           ui.t_ROMap,             ui.t_metallicMap};
+    const std::array<QCheckBox*, 10> maps { ui.t_defaultMap, ui.t_alphaMap, ui.t_diffuseMap, ui.t_bumppMap,
+        ui.t_normalMap, ui.t_specStrengthMap, ui.t_specComponentMap, ui.t_AOMap, ui.t_ROMap,
+        ui.t_metallicMap };
     for (QCheckBox* box : maps)
         box->setChecked(box == ui.t_defaultMap);
 
-    const bool allMaps = filterArray.front() && filterArray.front()->string(key::filtertype) == QLatin1String("1");
+    const bool allMaps
+        = filterArray.front() && filterArray.front()->string(key::filtertype) == QLatin1String("1");
     for (QCheckBox* box : maps)
         box->setEnabled(allMaps || box == ui.t_defaultMap || box == ui.t_alphaMap);
 }
@@ -477,8 +480,8 @@ void AppDelegate::saveFilterChainWithSender(QObject* /*sender*/)
     request.defaultSuffix = QStringLiteral("qlch");
     request.canCreateDirectories = true;
     // The result goes to standard output only; the user is not told either way.
-    FileDialogs::instance().open(m_window, request,
-                                 [this](const QString& path) { saveChainAndReport(path, filterArray); });
+    FileDialogs::instance().open(
+        m_window, request, [this](const QString& path) { saveChainAndReport(path, filterArray); });
 }
 
 void AppDelegate::loadFilterChainWithSender(QObject* /*sender*/)
@@ -491,7 +494,7 @@ void AppDelegate::loadFilterChainWithSender(QObject* /*sender*/)
     request.defaultSuffix = QStringLiteral("qlch");
     request.canChooseFiles = true;
     FileDialogs::instance().open(m_window, request,
-                                 [this](const QString& path) { openFilterChainWithUrl(QUrl::fromLocalFile(path)); });
+        [this](const QString& path) { openFilterChainWithUrl(QUrl::fromLocalFile(path)); });
 }
 
 void AppDelegate::openFilterChainWithUrl(const QUrl& url)
@@ -541,18 +544,18 @@ void AppDelegate::filterParamListClick()
         return;
 
     // Filling the editor is not a user edit: nothing may be stored meanwhile.
-    const QList<QWidget*> editors{ui.fpCheckboxModePopup,    ui.fpIntSliderModePopup,   ui.fpFloatSliderModePopup,
-                                  ui.fpVariationModePopup,   ui.fpIntSliderFromSlider,  ui.fpIntSliderToSlider,
-                                  ui.fpFloatSliderFromSlider, ui.fpFloatSliderToSlider, ui.fpVariationFromSlider,
-                                  ui.fpVariationToSlider};
+    const QList<QWidget*> editors { ui.fpCheckboxModePopup, ui.fpIntSliderModePopup,
+        ui.fpFloatSliderModePopup, ui.fpVariationModePopup, ui.fpIntSliderFromSlider, ui.fpIntSliderToSlider,
+        ui.fpFloatSliderFromSlider, ui.fpFloatSliderToSlider, ui.fpVariationFromSlider,
+        ui.fpVariationToSlider };
     std::vector<std::unique_ptr<QSignalBlocker>> blockers;
     for (QWidget* editor : editors)
         blockers.push_back(std::make_unique<QSignalBlocker>(editor));
 
     // The box names the row it edits, and the row stays in sight above it.
     const QString name = param->string(key::CONTROL_NAME);
-    ui.filterParamGroup->setTitle(tr("Variation of %1 over the frames")
-                                      .arg(name.isEmpty() ? paramNameText(*param).trimmed() : name));
+    ui.filterParamGroup->setTitle(
+        tr("Variation of %1 over the frames").arg(name.isEmpty() ? paramNameText(*param).trimmed() : name));
     ui.filterParamGroup->show();
     ui.parametersTabLayout->activate();
     ui.filterParamList->scrollTo(
@@ -569,7 +572,7 @@ void AppDelegate::filterParamListClick()
         // Without a RangeMax the range ends at the row's to value.
         const int maximum = clampToInt(param->contains(key::CONTROL_MAX) ? param->integer(key::CONTROL_MAX)
                                                                          : param->integer(key::MAXVALUE));
-        for (QSlider* slider : {ui.fpIntSliderFromSlider, ui.fpIntSliderToSlider}) {
+        for (QSlider* slider : { ui.fpIntSliderFromSlider, ui.fpIntSliderToSlider }) {
             slider->setMaximum(maximum);
             slider->setMinimum(minimum);
         }
@@ -588,9 +591,9 @@ void AppDelegate::filterParamListClick()
         // A slider runs over 0 to 1, an angle over 0 to 360; the row's own
         // values always fit.
         const int top = *kind == controlType::kTypeAngle ? realToSlider(360.0) : realToSlider(1.0);
-        for (QSlider* slider : {ui.fpFloatSliderFromSlider, ui.fpFloatSliderToSlider})
-            slider->setRange(std::min({0, realToSlider(from), realToSlider(to)}),
-                             std::max({top, realToSlider(from), realToSlider(to)}));
+        for (QSlider* slider : { ui.fpFloatSliderFromSlider, ui.fpFloatSliderToSlider })
+            slider->setRange(std::min({ 0, realToSlider(from), realToSlider(to) }),
+                std::max({ top, realToSlider(from), realToSlider(to) }));
         ui.fpFloatSliderModePopup->setCurrentIndex(popState);
         ui.fpFloatSliderFromSlider->setValue(realToSlider(from));
         ui.fpFloatSliderFromField->setText(fieldRealText(from));
@@ -600,7 +603,7 @@ void AppDelegate::filterParamListClick()
     }
     case controlType::kTypeVariations: {
         ui.filterParamTabView->setCurrentIndex(3);
-        for (QSlider* slider : {ui.fpVariationFromSlider, ui.fpVariationToSlider})
+        for (QSlider* slider : { ui.fpVariationFromSlider, ui.fpVariationToSlider })
             slider->setRange(1, 30000);
         ui.fpVariationModePopup->setCurrentIndex(popState);
         ui.fpVariationFromSlider->setValue(clampToInt(param->integer(key::MINVALUE)));

@@ -130,11 +130,11 @@ void AppDelegate::setupSettingsSide()
     onChosen(s.sourceTypePopup, &AppDelegate::changeSourceModeWithSender);
     onChosen(s.outputFilenameSuffixPopup, &AppDelegate::changeOutputSuffixWithSender);
 
-    for (QCheckBox* box : {s.antiAliasCB, s.multithreadCB, s.normalmapFlipCB, s.ditherCB, s.progressiveCB,
-                           s.cleanupAfterCB, s.toollogCB})
+    for (QCheckBox* box : { s.antiAliasCB, s.multithreadCB, s.normalmapFlipCB, s.ditherCB, s.progressiveCB,
+             s.cleanupAfterCB, s.toollogCB })
         onClick(box, &AppDelegate::settingsSaverWithSender);
     for (QLineEdit* field :
-         {s.imageWidthField, s.imageHeightField, s.outputFilenamePrefixField, s.numberOfFramesField})
+        { s.imageWidthField, s.imageHeightField, s.outputFilenamePrefixField, s.numberOfFramesField })
         onEdited(field, &AppDelegate::settingsSaverWithSender);
 
     for (QRadioButton* radio : pngBitDepthGroup())
@@ -156,17 +156,18 @@ void AppDelegate::setupSettingsSide()
     onClick(s.f_tgaFlipOrderCB, &AppDelegate::tgaFlipOrderWithSender);
 
     connect(s.f_jpgQualitySlider, &QSlider::valueChanged, this,
-            [this] { jpegQualityChangeWithSender(m_settingsUi->f_jpgQualitySlider); });
+        [this] { jpegQualityChangeWithSender(m_settingsUi->f_jpgQualitySlider); });
     onEdited(s.f_jpgQualityField, &AppDelegate::jpegQualityTextChangeWithSender);
     connect(s.formatTabControl, &QTabWidget::currentChanged, this, &AppDelegate::formatTabDidSelectItem);
 
     onClick(m_ui->startButton, &AppDelegate::startBatchWithSender);
     connect(m_progressSheet, &ProgressSheet::abortRequested, this,
-            [this] { abortProcessWithSender(m_progressSheet->ui()->abortButton); });
+        [this] { abortProcessWithSender(m_progressSheet->ui()->abortButton); });
     connect(m_ui->actionResetPreferences, &QAction::triggered, this,
-            [this] { resetPreferencesWithSender(m_ui->actionResetPreferences); });
+        [this] { resetPreferencesWithSender(m_ui->actionResetPreferences); });
     connect(m_ui->actionHelp, &QAction::triggered, this, [this] { showHelpWithSender(m_ui->actionHelp); });
-    connect(m_ui->actionDonate, &QAction::triggered, this, [this] { ppDonationWithSender(m_ui->actionDonate); });
+    connect(
+        m_ui->actionDonate, &QAction::triggered, this, [this] { ppDonationWithSender(m_ui->actionDonate); });
 }
 
 void AppDelegate::shutdownSettingsSide()
@@ -469,33 +470,34 @@ void AppDelegate::changeOutputSuffixWithSender(QObject* /*sender*/)
 
 QList<QRadioButton*> AppDelegate::pngBitDepthGroup() const
 {
-    return {m_settingsUi->f_pngBitDepth8RB, m_settingsUi->f_pngBitDepth16RB};
+    return { m_settingsUi->f_pngBitDepth8RB, m_settingsUi->f_pngBitDepth16RB };
 }
 
 QList<QRadioButton*> AppDelegate::pngCompressionGroup() const
 {
-    return {m_settingsUi->f_pngCompressionNoneRB, m_settingsUi->f_pngCompressionFastRB,
-            m_settingsUi->f_pngCompressionBestRB};
+    return { m_settingsUi->f_pngCompressionNoneRB, m_settingsUi->f_pngCompressionFastRB,
+        m_settingsUi->f_pngCompressionBestRB };
 }
 
 QList<QRadioButton*> AppDelegate::tiffBitDepthGroup() const
 {
-    return {m_settingsUi->f_tiffBitDepth8RB, m_settingsUi->f_tiffBitDepth16RB, m_settingsUi->f_tiffBitDepth24RB};
+    return { m_settingsUi->f_tiffBitDepth8RB, m_settingsUi->f_tiffBitDepth16RB,
+        m_settingsUi->f_tiffBitDepth24RB };
 }
 
 QList<QRadioButton*> AppDelegate::tiffCompressionGroup() const
 {
-    return {m_settingsUi->f_tiffCompressionNoneRB, m_settingsUi->f_tiffCompressionLZWRB,
-            m_settingsUi->f_tiffCompressionDeflateRB};
+    return { m_settingsUi->f_tiffCompressionNoneRB, m_settingsUi->f_tiffCompressionLZWRB,
+        m_settingsUi->f_tiffCompressionDeflateRB };
 }
 
 QList<QRadioButton*> AppDelegate::tgaBitDepthGroup() const
 {
-    return {m_settingsUi->f_tgaBitDepth24RB, m_settingsUi->f_tgaBitDepth32RB};
+    return { m_settingsUi->f_tgaBitDepth24RB, m_settingsUi->f_tgaBitDepth32RB };
 }
 
-void AppDelegate::radioClick(QObject* sender, const QList<QRadioButton*>& group, qint64& variable,
-                             const QString& key)
+void AppDelegate::radioClick(
+    QObject* sender, const QList<QRadioButton*>& group, qint64& variable, const QString& key)
 {
     auto* clicked = qobject_cast<QRadioButton*>(sender);
     if (!clicked || !group.contains(clicked))
@@ -672,10 +674,9 @@ RunSettings AppDelegate::captureRunSettings() const
 
     settings.presetIndex = std::max(0, m_ui->filterPresetPopup->currentIndex());
     settings.activateMaps = stateOf(m_ui->t_activateMaps);
-    const QCheckBox* maps[] = {m_ui->t_defaultMap,      m_ui->t_alphaMap,         m_ui->t_diffuseMap,
-                               m_ui->t_bumppMap,        m_ui->t_normalMap,        m_ui->t_specStrengthMap,
-                               m_ui->t_specComponentMap, m_ui->t_AOMap,            m_ui->t_ROMap,
-                               m_ui->t_metallicMap};
+    const QCheckBox* maps[] = { m_ui->t_defaultMap, m_ui->t_alphaMap, m_ui->t_diffuseMap, m_ui->t_bumppMap,
+        m_ui->t_normalMap, m_ui->t_specStrengthMap, m_ui->t_specComponentMap, m_ui->t_AOMap, m_ui->t_ROMap,
+        m_ui->t_metallicMap };
     for (std::size_t i = 0; i < settings.mapBoxes.size(); ++i)
         settings.mapBoxes[i] = stateOf(maps[i]);
     return settings;
@@ -693,8 +694,8 @@ void AppDelegate::startBatchWithSender(QObject* /*sender*/)
     else if (settings.inputMode == kSourceDirectory && QFileInfo(settings.sourcePath).isDir())
         inputs = static_cast<int>(BatchController::loadImagesFromSourceFolder(settings.sourcePath).size());
     m_progressSheet->setPlannedSteps(static_cast<int>(filterArray.size()));
-    m_batchDisplay->setPlannedToolRuns(ProgressSheet::plannedToolRuns(
-        inputs, static_cast<int>(filterArray.size()), settings.frameCount()));
+    m_batchDisplay->setPlannedToolRuns(
+        ProgressSheet::plannedToolRuns(inputs, static_cast<int>(filterArray.size()), settings.frameCount()));
 
     m_batch->startBatchWithSender(filterArray, settings);
 }
@@ -709,7 +710,7 @@ void AppDelegate::abortProcessWithSender(QObject* /*sender*/)
 QString AppDelegate::helpDocumentPath()
 {
     const QDir appDir(QCoreApplication::applicationDirPath());
-    QStringList candidates{appDir.filePath(QStringLiteral("../share/quillon/Help.pdf"))};
+    QStringList candidates { appDir.filePath(QStringLiteral("../share/quillon/Help.pdf")) };
 #ifdef QUILLON_HELP_BUILD_PATH
     candidates.append(QStringLiteral(QUILLON_HELP_BUILD_PATH));
 #endif

@@ -12,8 +12,8 @@ FileDialogs& FileDialogs::instance()
     return dialogs;
 }
 
-void FileDialogs::open(QWidget* parent, const FileDialogRequest& request,
-                       std::function<void(const QString&)> accepted)
+void FileDialogs::open(
+    QWidget* parent, const FileDialogRequest& request, std::function<void(const QString&)> accepted)
 {
     m_lastRequest = request;
     if (m_next) {
@@ -41,13 +41,14 @@ void FileDialogs::open(QWidget* parent, const FileDialogRequest& request,
         dialog->setFileMode(QFileDialog::AnyFile);
     } else {
         dialog->setAcceptMode(QFileDialog::AcceptOpen);
-        dialog->setFileMode(request.canChooseDirectories && !request.canChooseFiles ? QFileDialog::Directory
-                                                                                    : QFileDialog::ExistingFile);
+        dialog->setFileMode(request.canChooseDirectories && !request.canChooseFiles
+                ? QFileDialog::Directory
+                : QFileDialog::ExistingFile);
         if (request.canChooseDirectories && !request.canChooseFiles)
             dialog->setOption(QFileDialog::ShowDirsOnly);
     }
-    dialog->setOption(QFileDialog::ReadOnly, !request.canCreateDirectories
-                                                 && request.mode == FileDialogRequest::Mode::Open);
+    dialog->setOption(QFileDialog::ReadOnly,
+        !request.canCreateDirectories && request.mode == FileDialogRequest::Mode::Open);
     QObject::connect(dialog, &QFileDialog::fileSelected, dialog, [accepted](const QString& path) {
         if (accepted && !path.isEmpty())
             accepted(path);

@@ -15,7 +15,7 @@ struct FileDialogRequest {
     enum class Mode { Open, Save };
     Mode mode = Mode::Open;
     QString title;
-    QString prompt;  // title of the confirming button
+    QString prompt; // title of the confirming button
     QString message; // shown as the window title when no title is given
     QString nameFilter;
     QString defaultSuffix;
@@ -37,7 +37,8 @@ public:
     // The request of the last dialog asked for (shown or answered).
     const FileDialogRequest& lastRequest() const { return m_lastRequest; }
 
-    void open(QWidget* parent, const FileDialogRequest& request, std::function<void(const QString&)> accepted);
+    void open(
+        QWidget* parent, const FileDialogRequest& request, std::function<void(const QString&)> accepted);
 
 private:
     FileDialogs() = default;

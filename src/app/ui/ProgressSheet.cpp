@@ -101,8 +101,8 @@ void ProgressSheet::showFilterInfo(const QString& name, const QString& author)
     m_ui->prAuthorField->setText(author);
     // Each filter of the chain reports itself once, in chain order.
     ++m_steps;
-    m_ui->prStepField->setText(m_plannedSteps > 0 ? tr("%1 of %2").arg(m_steps).arg(m_plannedSteps)
-                                                   : QString::number(m_steps));
+    m_ui->prStepField->setText(
+        m_plannedSteps > 0 ? tr("%1 of %2").arg(m_steps).arg(m_plannedSteps) : QString::number(m_steps));
 }
 
 void ProgressSheet::showSourceInfo(const QString& source)
@@ -136,7 +136,7 @@ void ProgressSheet::updateBar()
 {
     // While a tool run is going, the runs before it are done.
     const int done = m_finished ? m_started : std::max(0, m_started - 1);
-    const int maximum = std::max({1, m_planned, m_started});
+    const int maximum = std::max({ 1, m_planned, m_started });
     m_ui->prRunProgress->setMaximum(maximum);
     m_ui->prRunProgress->setValue(std::min(done, maximum));
 }

@@ -8,7 +8,7 @@
 namespace quillon {
 
 WindowBatchDisplay::WindowBatchDisplay(ProgressSheet* sheet, std::function<void(const QString&)> showAlert,
-                                       std::function<void(const QString&)> showStatus)
+    std::function<void(const QString&)> showStatus)
     : m_sheet(sheet)
     , m_showAlert(std::move(showAlert))
     , m_showStatus(std::move(showStatus))

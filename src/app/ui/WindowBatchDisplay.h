@@ -16,7 +16,7 @@ class ProgressSheet;
 class WindowBatchDisplay final : public BatchDisplay {
 public:
     WindowBatchDisplay(ProgressSheet* sheet, std::function<void(const QString&)> showAlert,
-                       std::function<void(const QString&)> showStatus = {});
+        std::function<void(const QString&)> showStatus = {});
 
     // Called by the window before Start: the size of the bar of the next run.
     void setPlannedToolRuns(int runs) { m_planned = runs; }

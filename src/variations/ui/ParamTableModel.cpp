@@ -125,7 +125,7 @@ QVariant ParamTableModel::data(const QModelIndex& index, int role) const
         if (role != Qt::CheckStateRole)
             return {};
         return objectValueForTableColumn(index.column(), index.row()).toLongLong() == 1 ? Qt::Checked
-                                                                                         : Qt::Unchecked;
+                                                                                        : Qt::Unchecked;
     }
     if (role != Qt::DisplayRole)
         return {};
