@@ -515,7 +515,8 @@ void AppDelegate::openFilterChainWithUrl(const QUrl& url)
         MessageBoxes::instance().beep();
     }
     // The list must never show positions past the end of the new chain, even
-    // after a partial read; and no position of the old chain stays selected.
+    // after a partial read, and the maps box follows the chain now shown; no
+    // position of the old chain stays selected.
     m_chainModel->reload();
     setupMapsCheckboxesDefaults();
     selectChainRow(-1);
