@@ -289,6 +289,8 @@ void BatchController::buildLaunchQueue()
         baseNames.append(inputBaseName(path));
 
     const qsizetype count = static_cast<qsizetype>(m_chain.size());
+    if (m_display)
+        m_display->planRun(static_cast<int>(inputs.size()), static_cast<int>(count), m_settings.frameCount());
     const bool maps = m_settings.activateMaps == 1 && count == 1;
     m_random = std::make_unique<RunRandom>(m_settings.seed);
 

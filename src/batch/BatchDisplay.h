@@ -28,6 +28,15 @@ public:
     // The latest non-empty output of the render tool (may hold line ends).
     virtual void showRenderInfo(const QString& info) = 0;
 
+    // The size of the run, once its inputs are collected and before its first
+    // step: inputs of the first step (0 without input), steps, frames.
+    virtual void planRun(int inputCount, int steps, qint64 frames)
+    {
+        (void)inputCount;
+        (void)steps;
+        (void)frames;
+    }
+
     // One tick of the progress animation: frame index 0..5.
     virtual void showAnimationFrame(int frame) { (void)frame; }
 

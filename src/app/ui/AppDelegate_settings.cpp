@@ -686,17 +686,6 @@ void AppDelegate::startBatchWithSender(QObject* /*sender*/)
 {
     outputPrefix = m_settingsUi->outputFilenamePrefixField->text();
     const RunSettings settings = captureRunSettings();
-
-    // Only the size of the progress bar; the run itself collects its inputs.
-    int inputs = 0;
-    if (settings.inputMode == kSourceImage)
-        inputs = 1;
-    else if (settings.inputMode == kSourceDirectory && QFileInfo(settings.sourcePath).isDir())
-        inputs = static_cast<int>(BatchController::loadImagesFromSourceFolder(settings.sourcePath).size());
-    m_progressSheet->setPlannedSteps(static_cast<int>(filterArray.size()));
-    m_batchDisplay->setPlannedToolRuns(
-        ProgressSheet::plannedToolRuns(inputs, static_cast<int>(filterArray.size()), settings.frameCount()));
-
     m_batch->startBatchWithSender(filterArray, settings);
 }
 

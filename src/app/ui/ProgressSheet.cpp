@@ -65,6 +65,12 @@ int ProgressSheet::plannedToolRuns(int inputCount, int steps, qint64 frames)
     return clampedRuns(firstRuns + (steps - 1) * laterRuns);
 }
 
+void ProgressSheet::setPlannedToolRuns(int runs)
+{
+    m_planned = std::max(0, runs);
+    updateBar();
+}
+
 void ProgressSheet::beginRun(int plannedRuns)
 {
     m_planned = std::max(0, plannedRuns);

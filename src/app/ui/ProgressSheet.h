@@ -38,6 +38,8 @@ public:
     // The number of filters in the chain of the next run; the sheet counts
     // the filters reported against it ("Step 2 of 3").
     void setPlannedSteps(int steps) { m_plannedSteps = std::max(0, steps); }
+    // The size of the bar, once the run knows its inputs.
+    void setPlannedToolRuns(int runs);
 
     // Shows the sheet window-modal over its parent with the bar at 0 of
     // `plannedRuns`, the clock at 0:00 and the step count empty. The other

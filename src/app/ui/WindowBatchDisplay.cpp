@@ -25,7 +25,13 @@ void WindowBatchDisplay::beginProgressSheet()
 {
     m_sheetOpen = true;
     m_reportedAfterClose.clear();
-    m_sheet->beginRun(m_planned);
+    m_sheet->beginRun(0);
+}
+
+void WindowBatchDisplay::planRun(int inputCount, int steps, qint64 frames)
+{
+    m_sheet->setPlannedSteps(steps);
+    m_sheet->setPlannedToolRuns(ProgressSheet::plannedToolRuns(inputCount, steps, frames));
 }
 
 void WindowBatchDisplay::endProgressSheet()

@@ -18,12 +18,10 @@ public:
     WindowBatchDisplay(ProgressSheet* sheet, std::function<void(const QString&)> showAlert,
         std::function<void(const QString&)> showStatus = {});
 
-    // Called by the window before Start: the size of the bar of the next run.
-    void setPlannedToolRuns(int runs) { m_planned = runs; }
-
     void showErrorAlert(const QString& message) override;
     void beginProgressSheet() override;
     void endProgressSheet() override;
+    void planRun(int inputCount, int steps, qint64 frames) override;
     void showFilterInfo(const QString& name, const QString& author) override;
     void showSourceInfo(const QString& source) override;
     // Shows the tail of the output (its last lines, at most a few hundred
@@ -45,7 +43,6 @@ private:
     std::function<void(const QString&)> m_showStatus;
     bool m_sheetOpen = false;
     QString m_reportedAfterClose;
-    int m_planned = 0;
 };
 
 } // namespace quillon
