@@ -14,14 +14,9 @@ TEST(CliOptions, NoFlagsGiveTheFactoryDefaultsAndNoInput)
 {
     CliOptions options;
     ASSERT_EQ(parse({}, &options), CliParseResult::Run);
-    const RunSettings defaults;
     EXPECT_EQ(options.settings.inputMode, 2);
-    EXPECT_EQ(options.settings.frameCountText, defaults.frameCountText);
-    EXPECT_EQ(options.settings.widthText, QStringLiteral("600"));
     EXPECT_EQ(options.settings.outputPrefix, QStringLiteral("my-export"));
     EXPECT_EQ(options.settings.format, QStringLiteral("JPEG"));
-    EXPECT_EQ(options.settings.jpegQualityText, QStringLiteral("80"));
-    EXPECT_EQ(options.settings.toolLog, 0);
     EXPECT_EQ(options.settings.activateMaps, 0);
     EXPECT_FALSE(options.settings.seed.has_value());
 }
@@ -29,20 +24,22 @@ TEST(CliOptions, NoFlagsGiveTheFactoryDefaultsAndNoInput)
 TEST(CliOptions, FlagsFillTheRunSettings)
 {
     CliOptions options;
-    ASSERT_EQ(parse({ "--tool", "/t", "--output", "/o", "--input-dir", "/in", "--frames", "3", "--width",
-                        "64", "--height", "32", "--prefix", "x_", "--frame-style", "letter", "--format",
-                        "png", "--preset", "1", "--log", "--seed", "42", "--antialias", "off", "--dither",
-                        "on", "--png-bitdepth", "16", "--png-compression", "best", "--tiff-bitdepth", "24",
-                        "--tiff-compression", "lzw", "--tga-bitdepth", "32", "--tga-flip", "on",
-                        "--jpeg-quality", "95" },
-                  &options),
+    ASSERT_EQ(
+        parse({ "--filter", "a.ffxml", "b.ffxml", "--tool", "/t", "--output", "/o", "--input-dir", "/in",
+                  "--frames", "-2", "--width", "64", "--height", "32", "--prefix", "x_", "--frame-style",
+                  "letter", "--format", "png", "--preset", "1", "--log", "--seed", "42", "--antialias", "off",
+                  "--dither", "on", "--png-bitdepth", "16", "--png-compression", "best", "--tiff-bitdepth",
+                  "24", "--tiff-compression", "lzw", "--tga-bitdepth", "32", "--tga-flip", "on",
+                  "--jpeg-quality", "95", "--maps", "normal,base,metallic", "--filter", "c.ffxml" },
+            &options),
         CliParseResult::Run);
+    EXPECT_EQ(options.filterFiles, (QStringList { "a.ffxml", "b.ffxml", "c.ffxml" }));
     const RunSettings& s = options.settings;
     EXPECT_EQ(s.toolPath, QStringLiteral("/t"));
     EXPECT_EQ(s.outputPath, QStringLiteral("/o"));
     EXPECT_EQ(s.inputMode, 1);
     EXPECT_EQ(s.sourcePath, QStringLiteral("/in"));
-    EXPECT_EQ(s.frameCountText, QStringLiteral("3"));
+    EXPECT_EQ(s.frameCountText, QStringLiteral("-2")); // negative counts are left to the run check
     EXPECT_EQ(s.widthText, QStringLiteral("64"));
     EXPECT_EQ(s.heightText, QStringLiteral("32"));
     EXPECT_EQ(s.outputPrefix, QStringLiteral("x_"));
@@ -60,23 +57,8 @@ TEST(CliOptions, FlagsFillTheRunSettings)
     EXPECT_EQ(s.tgaBitDepth, 1);
     EXPECT_EQ(s.tgaFlipOrder, 1);
     EXPECT_EQ(s.jpegQualityText, QStringLiteral("95"));
-}
-
-TEST(CliOptions, MapsSwitchMapsOnWithExactlyTheNamedKinds)
-{
-    CliOptions options;
-    ASSERT_EQ(parse({ "--maps", "normal,base,metallic" }, &options), CliParseResult::Run);
-    EXPECT_EQ(options.settings.activateMaps, 1);
-    EXPECT_EQ(options.settings.mapBoxes, (std::array<int, 10> { 1, 0, 0, 0, 1, 0, 0, 0, 0, 1 }));
-}
-
-TEST(CliOptions, DefinitionsKeepTheirOrderWhetherListedOrRepeated)
-{
-    CliOptions options;
-    ASSERT_EQ(parse({ "--filter", "a.ffxml", "b.ffxml", "--tool", "t", "--filter", "c.ffxml" }, &options),
-        CliParseResult::Run);
-    EXPECT_EQ(options.filterFiles, (QStringList { "a.ffxml", "b.ffxml", "c.ffxml" }));
-    EXPECT_EQ(options.settings.toolPath, QStringLiteral("t"));
+    EXPECT_EQ(s.activateMaps, 1);
+    EXPECT_EQ(s.mapBoxes, (std::array<int, 10> { 1, 0, 0, 0, 1, 0, 0, 0, 0, 1 }));
 }
 
 TEST(CliOptions, UnusableFlagsAreUsageErrors)
@@ -104,36 +86,23 @@ TEST(CliOptions, UnusableFlagsAreUsageErrors)
     }
 }
 
-TEST(CliOptions, NegativeFramesAreLeftToTheRunCheck)
-{
-    CliOptions options;
-    ASSERT_EQ(parse({ "--frames", "-2" }, &options), CliParseResult::Run);
-    EXPECT_EQ(options.settings.frameCountText, QStringLiteral("-2"));
-}
-
-TEST(CliOptions, HelpAndVersion)
+TEST(CliOptions, HelpStatesTheFlagsAndTheDefaultsTheyStartFrom)
 {
     CliOptions options;
     EXPECT_EQ(parse({ "--help" }, &options), CliParseResult::Help);
     EXPECT_EQ(parse({ "--version" }, &options), CliParseResult::Version);
     EXPECT_TRUE(cliHelpText().startsWith(cliUsageLine()));
-    EXPECT_TRUE(cliHelpText().contains(QStringLiteral("--save-chain")));
-}
-
-TEST(CliOptions, HelpStatesTheDefaultsTheFlagsStartFrom)
-{
     const RunSettings defaults;
     const QString help = cliHelpText().simplified();
-    EXPECT_TRUE(help.contains(QStringLiteral("(default %1)").arg(defaults.frameCountText)));
-    EXPECT_TRUE(help.contains(QStringLiteral("(default %1)").arg(defaults.widthText)));
-    EXPECT_TRUE(help.contains(QStringLiteral("(default %1)").arg(defaults.outputPrefix)));
-    EXPECT_TRUE(help.contains(QStringLiteral("(default %1)").arg(defaults.format)));
-    EXPECT_TRUE(help.contains(QStringLiteral("(default %1)").arg(defaults.jpegQualityText)));
-    EXPECT_EQ(defaults.nameStyle, 0);
-    EXPECT_TRUE(help.contains(QStringLiteral("plain (default)")));
-    // The input directory listing takes subdirectories too and skips only
-    // what lies under a name beginning with ".".
-    EXPECT_TRUE(help.contains(QStringLiteral("files and subdirectories")));
+    for (const QString& text : { QStringLiteral("--save-chain"), QStringLiteral("plain (default)"),
+             QStringLiteral("(default %1)").arg(defaults.frameCountText),
+             QStringLiteral("(default %1)").arg(defaults.widthText),
+             QStringLiteral("(default %1)").arg(defaults.outputPrefix),
+             QStringLiteral("(default %1)").arg(defaults.format),
+             QStringLiteral("(default %1)").arg(defaults.jpegQualityText),
+             // The input directory listing takes subdirectories too.
+             QStringLiteral("files and subdirectories") })
+        EXPECT_TRUE(help.contains(text)) << text.toStdString();
     EXPECT_FALSE(help.contains(QStringLiteral("hidden entries skipped")));
 }
 

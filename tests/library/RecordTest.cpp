@@ -24,36 +24,13 @@ TEST(RecordAccessors, MissingOrMistypedKeysGiveTheFallback)
     EXPECT_EQ(record.integer(key::MAXVALUE), std::numeric_limits<qint64>::max());
 }
 
-TEST(RecordAccessors, SharedRecordsShowEveryChange)
-{
-    const RecordPtr filter = Record::create();
-    const RecordPtr sameFilter = filter;
-    auto components = std::make_shared<RecordList>();
-    components->push_back(generateVariationsSettings());
-    filter->setList(key::Components, components);
-
-    sameFilter->list(key::Components)->front()->setInteger(key::POPSTATE, 1);
-    EXPECT_EQ(filter->list(key::Components)->front()->integer(key::POPSTATE), 1);
-}
-
-TEST(ParameterRecords, InitialValuesByKind)
+TEST(ParameterRecords, VariationsRowAsTheChainFileNamesIt)
 {
     const RecordPtr variations = generateVariationsSettings();
     EXPECT_EQ(variations->string(key::CONTROL_ID), QStringLiteral("##@@##"));
     EXPECT_EQ(variations->string(key::CONTROL_NAME), QStringLiteral("Variations"));
-    EXPECT_EQ(variations->type(), controlType::kTypeVariations);
     EXPECT_EQ(variations->integer(key::ACTIVE), 1);
     EXPECT_EQ(variations->integer(key::MINVALUE), 1);
-    EXPECT_EQ(variations->integer(key::MAXVALUE), 30000);
-
-    const RecordPtr angle = makeParameterRecord(controlType::kTypeAngle, QStringLiteral("a"));
-    EXPECT_TRUE(angle->holdsReal(key::MAXVALUE));
-    EXPECT_DOUBLE_EQ(angle->real(key::MAXVALUE), 360.0);
-    EXPECT_EQ(angle->integer(key::ACTIVE), 0);
-
-    const RecordPtr box = makeParameterRecord(controlType::kTypeCheckbox, QStringLiteral("c"));
-    EXPECT_TRUE(box->holdsInteger(key::MAXVALUE));
-    EXPECT_EQ(box->integer(key::MAXVALUE), 1);
 }
 
 TEST(ChainCodes, ConvertBothWaysAndRejectUnknownCodes)

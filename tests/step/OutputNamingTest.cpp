@@ -3,93 +3,81 @@
 using namespace quillon;
 using namespace quillon::steptest;
 
-namespace {
+using OutputNaming = StepTest;
 
-class OutputNaming : public StepTest {
-protected:
-    // The output names (file names only) of a step's first control file.
-    QStringList namesOf(filterProcessObject& step, const QString& outfile)
-    {
-        step.createBatchFileWithFilepath(
-            outfile.isEmpty() ? QString() : inDir + QLatin1Char('/') + outfile, outfile);
-        QStringList names;
-        for (const QString& path : step.outFiles)
-            names.append(path.mid(outDir.size() + 1));
-        return names;
-    }
-};
-
-} // namespace
-
+// The chain positions of a first and inner step are covered by the control file tests.
 TEST_F(OutputNaming, PrefixBaseChainPositionAndFrame)
 {
     host.prefix = QStringLiteral("p_");
     host.settings.frameCountText = QStringLiteral("3");
-
-    auto single = makeStep(filter, true, true, 0);
-    EXPECT_EQ(namesOf(*single, QStringLiteral("stone")).last(), QStringLiteral("p_stone-0003.png"));
-
-    auto first = makeStep(filter, true, false, 0);
-    EXPECT_EQ(namesOf(*first, QStringLiteral("stone")).last(), QStringLiteral("p_stone_0-0003.png"));
-    EXPECT_EQ(first->realFileNames.last(), QStringLiteral("p_stone-0003.png"));
-
-    auto second = makeStep(filter, false, true, 1);
-    EXPECT_EQ(namesOf(*second, QStringLiteral("p_stone-0003.png")),
-        QStringList({ QStringLiteral("p_p_stone-0003.png") }));
-    EXPECT_TRUE(second->realFileNames.isEmpty());
-
-    auto empty = makeStep(filter, true, true, 0);
-    EXPECT_EQ(namesOf(*empty, QString()).last(), QStringLiteral("NX_p_-0003.png"));
-    EXPECT_EQ(empty->realFileNames.last(), QStringLiteral("p_-0003.png"));
+    const struct {
+        bool isFirst;
+        qint64 chainid;
+        const char* input; // file name in in/; empty: no input
+        const char* lastOut;
+        const char* lastReal; // empty: none recorded
+    } rows[] = {
+        { true, 0, "stone", "p_stone-0003.png", "p_stone-0003.png" },
+        { false, 1, "p_stone-0003.png", "p_p_stone-0003.png", "" },
+        { true, 0, "", "NX_p_-0003.png", "p_-0003.png" },
+        { false, 1, "a.b.png", "p_a.b.png.png", "" }, // a dotted base name is kept whole
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.input);
+        auto step = makeStep(filter, row.isFirst, true, row.chainid);
+        const QString input = QString::fromUtf8(row.input);
+        step->createBatchFileWithFilepath(
+            input.isEmpty() ? QString() : inDir + QLatin1Char('/') + input, input);
+        EXPECT_EQ(step->outFiles.size(), row.isFirst ? 3 : 1);
+        EXPECT_EQ(step->outFiles.last(), out(QString::fromUtf8(row.lastOut)));
+        EXPECT_EQ(step->realFileNames.isEmpty() ? QString() : step->realFileNames.last(),
+            QString::fromUtf8(row.lastReal));
+    }
 }
 
-TEST_F(OutputNaming, ADottedBaseNameIsKeptWhole)
+TEST_F(OutputNaming, BaseNameOfAPath)
 {
-    host.settings.frameCountText = QStringLiteral("1");
-    auto last = makeStep(filter, false, true, 1);
-    EXPECT_EQ(namesOf(*last, QStringLiteral("a.b.png")), QStringList({ QStringLiteral("a.b.png.png") }));
-
-    EXPECT_EQ(filterProcessObject::makeBaseNameFromPathWithPath(QStringLiteral("a.b.png")),
-        QStringLiteral("a.b.png"));
-    EXPECT_EQ(filterProcessObject::makeBaseNameFromPathWithPath(QStringLiteral("/in/photo.png")),
-        QStringLiteral("photo"));
-    EXPECT_EQ(filterProcessObject::makeBaseNameFromPathWithPath(QStringLiteral("dir.x/stone")),
-        QStringLiteral("stone"));
-    EXPECT_EQ(filterProcessObject::makeBaseNameFromPathWithPath(QStringLiteral("/in/photo.png/")),
-        QStringLiteral("photo"));
-    EXPECT_EQ(filterProcessObject::makeBaseNameFromPathWithPath(QString()), QString());
+    const char* const rows[][2] = { { "a.b.png", "a.b.png" }, { "/in/photo.png", "photo" },
+        { "dir.x/stone", "stone" }, { "/in/photo.png/", "photo" }, { "", "" } };
+    for (const auto& row : rows)
+        EXPECT_EQ(filterProcessObject::makeBaseNameFromPathWithPath(QString::fromUtf8(row[0])),
+            QString::fromUtf8(row[1]));
 }
 
 TEST_F(OutputNaming, FrameSuffixSchemes)
 {
     auto step = makeStep(filter, true, true, 0);
-    host.settings.nameStyle = 0;
-    EXPECT_EQ(step->getFileSuffixFor(0), QStringLiteral("-1"));
-    EXPECT_EQ(step->getFileSuffixFor(9), QStringLiteral("-10"));
-    EXPECT_EQ(step->getFileSuffixFor(11), QStringLiteral("-12"));
-    host.settings.nameStyle = 1;
-    EXPECT_EQ(step->getFileSuffixFor(0), QStringLiteral("-0001"));
-    EXPECT_EQ(step->getFileSuffixFor(11), QStringLiteral("-0012"));
-    EXPECT_EQ(step->getFileSuffixFor(12344), QStringLiteral("-12345"));
-    host.settings.nameStyle = 2;
-    EXPECT_EQ(step->getFileSuffixFor(0), QStringLiteral("-a"));
-    EXPECT_EQ(step->getFileSuffixFor(11), QStringLiteral("-l"));
-    EXPECT_EQ(step->getFileSuffixFor(0xD800 - 97), QStringLiteral("-%1").arg(0xD800 - 97 + 1));
-    EXPECT_EQ(step->getFileSuffixFor(0x10000 - 97), QString::fromUcs4(U"-\U00010000"));
-    host.settings.nameStyle = 3;
-    EXPECT_EQ(step->getFileSuffixFor(4), QString());
+    const struct {
+        int style;
+        int index;
+        QString suffix;
+    } rows[] = {
+        { 0, 0, QStringLiteral("-1") },
+        { 0, 11, QStringLiteral("-12") },
+        { 1, 0, QStringLiteral("-0001") },
+        { 1, 11, QStringLiteral("-0012") },
+        { 1, 12344, QStringLiteral("-12345") },
+        { 2, 0, QStringLiteral("-a") },
+        { 2, 11, QStringLiteral("-l") },
+        { 2, 0xD800 - 97, QStringLiteral("-%1").arg(0xD800 - 97 + 1) }, // no lone surrogates
+        { 2, 0x10000 - 97, QString::fromUcs4(U"-\U00010000") },
+        { 3, 4, QString() },
+    };
+    for (const auto& row : rows) {
+        host.settings.nameStyle = row.style;
+        EXPECT_EQ(step->getFileSuffixFor(row.index), row.suffix) << row.style << " " << row.index;
+    }
     host.settings.frameCountText = QStringLiteral("1");
-    EXPECT_EQ(namesOf(*step, QStringLiteral("stone")), QStringList({ QStringLiteral("stone.png") }));
+    step->createBatchFileWithFilepath(inDir + QStringLiteral("/stone"), QStringLiteral("stone"));
+    EXPECT_EQ(step->outFiles, QStringList({ out(QStringLiteral("stone.png")) }));
 }
 
 TEST(MapNames, EveryIndexAndTheFallback)
 {
-    const QStringList expected { QStringLiteral("_base"), QStringLiteral("_alpha"),
-        QStringLiteral("_diffuse"), QStringLiteral("_bump"), QStringLiteral("_normal"),
-        QStringLiteral("_specstr"), QStringLiteral("_specexp"), QStringLiteral("_ao"), QStringLiteral("_ro"),
-        QStringLiteral("_metallic") };
-    for (int i = 0; i < 10; ++i)
-        EXPECT_EQ(filterProcessObject::getMapNameWithMapindex(i), expected[i]);
-    EXPECT_EQ(filterProcessObject::getMapNameWithMapindex(10), QStringLiteral("_base"));
-    EXPECT_EQ(filterProcessObject::getMapNameWithMapindex(-1), QStringLiteral("_base"));
+    const QStringList expected
+        = QStringLiteral("_base _alpha _diffuse _bump _normal _specstr _specexp _ao _ro "
+                         "_metallic _base _base")
+              .split(QLatin1Char(' '));
+    for (int i = -1; i < 11; ++i)
+        EXPECT_EQ(filterProcessObject::getMapNameWithMapindex(i), expected[(i + 12) % 12]) << i;
 }

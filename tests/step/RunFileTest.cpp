@@ -1,7 +1,5 @@
 #include "StepFixtures.h"
 
-#include <QDir>
-
 using namespace quillon;
 using namespace quillon::steptest;
 
@@ -9,28 +7,17 @@ namespace {
 
 class RunFile : public StepTest {
 protected:
-    void activate(const QString& id, qint64 mode)
+    // Writes task 0 (no input) and gives the preset part of its run file.
+    QString presetOfOneTask(RandomDraw draw = {})
     {
-        auto p = parameter(*filter, id);
-        p->setInteger(key::ACTIVE, 1);
-        p->setInteger(key::POPSTATE, mode);
-    }
-
-    // The preset part of run file `index`, as a readable tree.
-    QString presetTree(int index = 0) const
-    {
-        const QString tree = dumpFile(out(QStringLiteral("bth-run-%1.ffxml").arg(index)));
-        return tree.mid(tree.indexOf(QStringLiteral("  Presets\n")));
-    }
-
-    // Writes one task (task index 0, no input) into a fresh control document.
-    QString writeOneTask(filterProcessObject& step, QString* error)
-    {
+        auto step = makeStep(filter, true, true, 0);
+        if (draw)
+            step->randomDraw = draw;
         pugi::xml_document doc;
-        pugi::xml_node tasks = doc.append_child("Tasks");
-        const pugi::xml_node task = step.createTaskSettingFor(0, QString(), QString(), error, tasks);
-        EXPECT_EQ(static_cast<bool>(task), !tasks.first_child().empty());
-        return dumpTree(doc);
+        QString error;
+        step->createTaskSettingFor(0, QString(), QString(), &error, doc.append_child("Tasks"));
+        const QString tree = dumpFile(out(QStringLiteral("bth-run-0.ffxml")));
+        return tree.mid(tree.indexOf(QStringLiteral("  Presets\n")));
     }
 };
 
@@ -50,40 +37,42 @@ const QString kDefaultPresetUnchanged
 
 } // namespace
 
-TEST_F(RunFile, InactiveParametersKeepThePresetValues)
+TEST_F(RunFile, InactiveOrUnknownParametersKeepThePresetValues)
 {
     for (const RecordPtr& p : *filter->list(key::Components))
         p->setInteger(key::POPSTATE, 1);
-    auto step = makeStep(filter, true, true, 0);
-    QString error;
-    writeOneTask(*step, &error);
-    EXPECT_EQ(presetTree(), kDefaultPresetUnchanged);
+    EXPECT_EQ(presetOfOneTask(), kDefaultPresetUnchanged);
     EXPECT_EQ(parameter(*filter, QStringLiteral("radius"))->integer(key::STARTVALUE), 1);
+
+    auto ghost = makeParameterRecord(controlType::kTypeSlider, QStringLiteral("no_such_control"));
+    filter->list(key::Components)->insert(filter->list(key::Components)->begin(), ghost);
+    activate(*filter, ghost->string(key::CONTROL_ID), 1);
+    EXPECT_EQ(presetOfOneTask(), kDefaultPresetUnchanged);
+    EXPECT_DOUBLE_EQ(ghost->real(key::STARTVALUE), 0.5); // the rule still advanced it
+
+    filter->remove(key::Components);
+    EXPECT_EQ(presetOfOneTask(), kDefaultPresetUnchanged);
 }
 
 TEST_F(RunFile, ActiveValuesAreWrittenAndRewrittenAttributesGoLast)
 {
     host.settings.frameCountText = QStringLiteral("4");
-    activate(QStringLiteral("glow_amount"), 1); // 0.25 steps
-    activate(QStringLiteral("radius"), 1);
-    parameter(*filter, QStringLiteral("radius"))->setInteger(key::MINVALUE, 3);
-    parameter(*filter, QStringLiteral("radius"))->setInteger(key::MAXVALUE, 31); // d = 7
-    parameter(*filter, QStringLiteral("radius"))->setInteger(key::STARTVALUE, 0);
-    activate(QStringLiteral("angle"), 0);
-    activate(QStringLiteral("invert"), 1);
-    activate(kVariationsId, 1);
-    host.settings.frameCountText = QStringLiteral("4");
+    activate(*filter, QStringLiteral("glow_amount"), 1); // 0.25 steps
+    activate(*filter, QStringLiteral("radius"), 1);
+    const RecordPtr radius = parameter(*filter, QStringLiteral("radius"));
+    radius->setInteger(key::MINVALUE, 3);
+    radius->setInteger(key::MAXVALUE, 31); // d = 7
+    radius->setInteger(key::STARTVALUE, 0);
+    activate(*filter, QStringLiteral("angle"), 0);
+    activate(*filter, QStringLiteral("invert"), 1);
+    activate(*filter, kVariationsId, 1);
     int draws = 0;
-    auto step = makeStep(filter, true, true, 0);
-    step->randomDraw = [&draws] {
+    const QString tree = presetOfOneTask([&draws] {
         ++draws;
         return 500;
-    };
-
-    QString error;
-    writeOneTask(*step, &error);
+    });
     EXPECT_EQ(draws, 1);
-    EXPECT_EQ(presetTree(),
+    EXPECT_EQ(tree,
         QStringLiteral("  Presets\n"
                        "    DefaultPreset\n"
                        "      Settings map_type=\"0\" seamless=\"false\" variation=\"7501\"\n"
@@ -101,11 +90,7 @@ TEST_F(RunFile, ActiveValuesAreWrittenAndRewrittenAttributesGoLast)
 TEST_F(RunFile, TheChosenPresetComesFromTheSettingsAndLosesItsAttributes)
 {
     host.settings.presetIndex = 1;
-    filter->setInteger(key::ChoosenPreset, 0);
-    auto step = makeStep(filter, true, true, 0);
-    QString error;
-    writeOneTask(*step, &error);
-    const QString tree = presetTree();
+    const QString tree = presetOfOneTask();
     EXPECT_TRUE(
         tree.startsWith(QStringLiteral("  Presets\n    DefaultPreset\n      Settings variation=\"9\"")))
         << tree.toStdString();
@@ -113,124 +98,84 @@ TEST_F(RunFile, TheChosenPresetComesFromTheSettingsAndLosesItsAttributes)
     EXPECT_EQ(countNodes(out(QStringLiteral("bth-run-0.ffxml")), "/Filter/Presets/*"), 1);
 }
 
-TEST_F(RunFile, AnUnknownControlIdChangesNothing)
-{
-    auto ghost = makeParameterRecord(controlType::kTypeSlider, QStringLiteral("no_such_control"));
-    ghost->setInteger(key::ACTIVE, 1);
-    ghost->setInteger(key::POPSTATE, 1);
-    filter->list(key::Components)->insert(filter->list(key::Components)->begin(), ghost);
-    auto step = makeStep(filter, true, true, 0);
-    QString error;
-    writeOneTask(*step, &error);
-    EXPECT_EQ(presetTree(), kDefaultPresetUnchanged);
-    EXPECT_DOUBLE_EQ(ghost->real(key::STARTVALUE), 0.5); // the rule still advanced it
-}
-
-TEST_F(RunFile, ARecordWithoutComponentsWritesThePresetAsItIs)
-{
-    filter->remove(key::Components);
-    auto step = makeStep(filter, true, true, 0);
-    QString error;
-    writeOneTask(*step, &error);
-    EXPECT_EQ(presetTree(), kDefaultPresetUnchanged);
-}
-
 TEST_F(RunFile, ValuesAdvanceOncePerTaskAcrossInputFiles)
 {
     host.settings.frameCountText = QStringLiteral("10");
-    activate(QStringLiteral("glow_amount"), 1);
+    activate(*filter, QStringLiteral("glow_amount"), 1);
     auto step = makeStep(filter, true, true, 0);
+    const auto glowIn = [this](int run) {
+        return xpathValue(out(QStringLiteral("bth-run-%1.ffxml").arg(run)), "//SliderControl/Value/@value");
+    };
     step->createBatchFileWithFilepath(inDir + QStringLiteral("/a.png"), QStringLiteral("a"));
-    EXPECT_EQ(xpathValue(out(QStringLiteral("bth-run-9.ffxml")), "//SliderControl/Value/@value"),
-        QStringLiteral("1.000"));
+    EXPECT_EQ(glowIn(9), QStringLiteral("1.000"));
     step->createBatchFileWithFilepath(inDir + QStringLiteral("/b.png"), QStringLiteral("b"));
     // 1.0 + 0.1 passes the top and starts again at 0.
-    EXPECT_EQ(xpathValue(out(QStringLiteral("bth-run-0.ffxml")), "//SliderControl/Value/@value"),
-        QStringLiteral("0.000"));
-    EXPECT_EQ(xpathValue(out(QStringLiteral("bth-run-3.ffxml")), "//SliderControl/Value/@value"),
-        QStringLiteral("0.300"));
+    EXPECT_EQ(glowIn(0), QStringLiteral("0.000"));
+    EXPECT_EQ(glowIn(3), QStringLiteral("0.300"));
 }
 
-// ---- Failures -----------------------------------------------------------------
-
-struct BrokenDefinition {
-    const char* label;
-    QByteArray text;
-    int presetIndex;
-    const char* reason; // part of the console line; empty when nothing is printed
-};
-
-class RunFileFailure : public RunFile, public ::testing::WithParamInterface<BrokenDefinition> { };
-
-TEST_P(RunFileFailure, AbandonsTheControlFileAndKeepsTheRecordedNames)
+TEST_F(RunFile, ABrokenDefinitionAbandonsTheControlFileAndKeepsTheRecordedNames)
 {
-    const BrokenDefinition& broken = GetParam();
-    if (broken.text.isNull())
+    const QByteArray oneEmptyPreset
+        = "<Filter><Presets><Preset><Settings/><Controls/></Preset></Presets></Filter>";
+    const struct {
+        QByteArray text; // null: no file
+        int presetIndex;
+        const char* reason; // part of the console line; empty when nothing is printed
+    } cases[] = {
+        { QByteArray(), 0, "" },
+        { "<Filter><Presets><Preset></Filter", 0, "" },
+        { "", 0, "" },
+        { "<Filter><Components/></Filter>", 0, "Presets" },
+        { oneEmptyPreset, 1, "index 1" },
+        { oneEmptyPreset, -1, "index -1" },
+        { "<Filter><Presets><Preset><Controls/></Preset></Presets></Filter>", 0, "Settings" },
+        { "<Filter><Presets><Preset><Settings/></Preset></Presets></Filter>", 0, "Controls" },
+    };
+    activate(*filter, QStringLiteral("glow_amount"), 1);
+    for (const auto& broken : cases) {
+        SCOPED_TRACE(broken.text.isNull() ? "<missing>" : broken.text.toStdString());
         QFile::remove(definitionPath);
-    else
-        ASSERT_TRUE(writeText(definitionPath, broken.text));
-    host.settings.presetIndex = broken.presetIndex;
-    activate(QStringLiteral("glow_amount"), 1);
-    auto step = makeStep(filter, true, true, 0);
-    step->filesToRemove = QStringList({ QStringLiteral("stale") });
+        if (!broken.text.isNull()) {
+            ASSERT_TRUE(writeText(definitionPath, broken.text));
+        }
+        host.settings.presetIndex = broken.presetIndex;
+        auto step = makeStep(filter, true, true, 0);
+        step->filesToRemove = QStringList({ QStringLiteral("stale") });
 
-    testing::internal::CaptureStdout();
-    const QString control
-        = step->createBatchFileWithFilepath(inDir + QStringLiteral("/stone.png"), QStringLiteral("stone"));
-    const QString printed = QString::fromStdString(testing::internal::GetCapturedStdout());
+        testing::internal::CaptureStdout();
+        const QString control = step->createBatchFileWithFilepath(
+            inDir + QStringLiteral("/stone.png"), QStringLiteral("stone"));
+        const QString printed = QString::fromStdString(testing::internal::GetCapturedStdout());
 
-    EXPECT_TRUE(control.isEmpty());
-    EXPECT_FALSE(QFile::exists(out(QStringLiteral("controlfile.xml"))));
-    EXPECT_FALSE(QFile::exists(out(QStringLiteral("bth-run-0.ffxml"))));
-    EXPECT_TRUE(step->filesToRemove.isEmpty());
-    EXPECT_EQ(step->outFiles, QStringList({ out(QStringLiteral("stone-0001.png")) }));
-    EXPECT_EQ(step->realFileNames, QStringList({ QStringLiteral("stone-0001.png") }));
-    // The parameters do not advance for a task that was not written.
-    EXPECT_DOUBLE_EQ(parameter(*filter, QStringLiteral("glow_amount"))->real(key::STARTVALUE), 0.0);
-    if (*broken.reason) {
-        EXPECT_EQ(printed.count(QLatin1Char('\n')), 1) << printed.toStdString();
-        EXPECT_TRUE(printed.contains(definitionPath)) << printed.toStdString();
-        EXPECT_TRUE(printed.contains(QString::fromUtf8(broken.reason))) << printed.toStdString();
-    } else {
-        EXPECT_TRUE(printed.isEmpty()) << printed.toStdString();
+        EXPECT_TRUE(control.isEmpty());
+        EXPECT_TRUE(QDir(outDir).isEmpty());
+        EXPECT_TRUE(step->filesToRemove.isEmpty());
+        EXPECT_EQ(step->outFiles, QStringList({ out(QStringLiteral("stone-0001.png")) }));
+        EXPECT_EQ(step->realFileNames, QStringList({ QStringLiteral("stone-0001.png") }));
+        // The parameters do not advance for a task that was not written.
+        EXPECT_DOUBLE_EQ(parameter(*filter, QStringLiteral("glow_amount"))->real(key::STARTVALUE), 0.0);
+        if (*broken.reason) {
+            EXPECT_EQ(printed.count(QLatin1Char('\n')), 1) << printed.toStdString();
+            EXPECT_TRUE(printed.contains(definitionPath)) << printed.toStdString();
+            EXPECT_TRUE(printed.contains(QString::fromUtf8(broken.reason))) << printed.toStdString();
+        } else {
+            EXPECT_TRUE(printed.isEmpty()) << printed.toStdString();
+        }
     }
 }
-
-INSTANTIATE_TEST_SUITE_P(Definitions, RunFileFailure,
-    ::testing::Values(BrokenDefinition { "Missing", QByteArray(), 0, "" },
-        BrokenDefinition { "Unparsable", "<Filter><Presets><Preset></Filter", 0, "" },
-        BrokenDefinition { "Empty", "", 0, "" },
-        BrokenDefinition { "NoPresets", "<Filter><Components/></Filter>", 0, "Presets" },
-        BrokenDefinition { "IndexAtEnd",
-            "<Filter><Presets><Preset><Settings/><Controls/></Preset></Presets></Filter>", 1, "index 1" },
-        BrokenDefinition { "NegativeIndex",
-            "<Filter><Presets><Preset><Settings/><Controls/></Preset></Presets></Filter>", -1, "index -1" },
-        BrokenDefinition {
-            "NoSettings", "<Filter><Presets><Preset><Controls/></Preset></Presets></Filter>", 0, "Settings" },
-        BrokenDefinition { "NoControls", "<Filter><Presets><Preset><Settings/></Preset></Presets></Filter>",
-            0, "Controls" }),
-    [](const ::testing::TestParamInfo<BrokenDefinition>& info) { return std::string(info.param.label); });
 
 TEST_F(RunFile, AnUnwritableRunFileIsReportedAndTheTaskDropped)
 {
     ASSERT_TRUE(QDir(outDir).mkdir(QStringLiteral("bth-run-1.ffxml")));
     auto step = makeStep(filter, true, true, 0);
     testing::internal::CaptureStdout();
-    const QString control = step->createBatchFileNoFile();
-    const std::string printed = testing::internal::GetCapturedStdout();
-    EXPECT_TRUE(control.isEmpty());
-    EXPECT_EQ(printed, "HILFE!! - Could not create runfile.\n");
+    EXPECT_TRUE(step->createBatchFileNoFile().isEmpty());
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "HILFE!! - Could not create runfile.\n");
     EXPECT_EQ(step->filesToRemove,
         QStringList({ out(QStringLiteral("bth-run-0.ffxml")), out(QStringLiteral("bth-run-1.ffxml")) }));
     EXPECT_EQ(step->outFiles.size(), 2);
     EXPECT_FALSE(QFile::exists(out(QStringLiteral("controlfile.xml"))));
-
-    pugi::xml_document doc;
-    pugi::xml_node tasks = doc.append_child("Tasks");
-    QString error;
-    EXPECT_FALSE(step->createTaskSettingFor(1, QString(), QString(), &error, tasks));
-    EXPECT_FALSE(error.isEmpty());
-    EXPECT_TRUE(tasks.first_child().empty());
 }
 
 TEST_F(RunFile, CommentsAndInstructionsOfTheDefinitionAreKept)
@@ -239,10 +184,8 @@ TEST_F(RunFile, CommentsAndInstructionsOfTheDefinitionAreKept)
     definition.replace("<Filter>", "<?render-hint fast?>\n<!-- made by hand -->\n<Filter>");
     definition.replace("<Controls>", "<Controls><!-- tuned -->");
     ASSERT_TRUE(writeText(definitionPath, definition));
-    activate(QStringLiteral("glow_amount"), 1);
-    auto step = makeStep(filter, true, true, 0);
-    QString error;
-    writeOneTask(*step, &error);
+    activate(*filter, QStringLiteral("glow_amount"), 1);
+    presetOfOneTask();
     const QByteArray runFile = readText(out(QStringLiteral("bth-run-0.ffxml")));
     EXPECT_TRUE(runFile.startsWith("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<?render-hint fast?>\n"
                                    "<!-- made by hand -->\n<Filter>"))
@@ -250,34 +193,20 @@ TEST_F(RunFile, CommentsAndInstructionsOfTheDefinitionAreKept)
     EXPECT_EQ(runFile.count("<?xml "), 1);
     EXPECT_EQ(runFile.count("<!-- tuned -->"), 1);
     EXPECT_EQ(countNodes(out(QStringLiteral("bth-run-0.ffxml")), "/Filter/Presets/*"), 1);
-    EXPECT_EQ(xpathValue(out(QStringLiteral("bth-run-0.ffxml")),
-                  "/Filter/Presets/DefaultPreset/Controls/SliderControl[@id='glow_amount']/Value/@value"),
-        QStringLiteral("0.500"));
 }
 
-// ---- Preset helpers -------------------------------------------------------------
-
-TEST(PresetHelpers, MakeDefaultPresetMovesEveryChildInOrder)
+TEST(PresetHelpers, MovesEveryChildInOrderAndReportsAMissingPresets)
 {
     pugi::xml_document doc;
     ASSERT_TRUE(
         doc.load_string("<F><Presets><P a=\"1\"><Settings/><Extra x=\"y\"/><Controls/></P></Presets></F>"));
     pugi::xml_node preset = doc.child("F").child("Presets").child("P");
-    const pugi::xml_node wrapped = filterProcessObject::makeDefaultPresetFromPreset(preset);
-    EXPECT_TRUE(preset.first_child().empty());
-    filterProcessObject::setPresetWithPreset(wrapped, doc.child("F"));
+    filterProcessObject::setPresetWithPreset(
+        filterProcessObject::makeDefaultPresetFromPreset(preset), doc.child("F"));
     EXPECT_EQ(dumpTree(doc),
-        QStringLiteral("F\n"
-                       "  Presets\n"
-                       "    DefaultPreset\n"
-                       "      Settings\n"
-                       "      Extra x=\"y\"\n"
-                       "      Controls\n"));
-}
+        QStringLiteral(
+            "F\n  Presets\n    DefaultPreset\n      Settings\n      Extra x=\"y\"\n      Controls\n"));
 
-TEST(PresetHelpers, SetPresetWithoutPresetsPrintsAndChangesNothing)
-{
-    pugi::xml_document doc;
     ASSERT_TRUE(doc.load_string("<F><Other><P/></Other></F>"));
     pugi::xml_node wrapped
         = filterProcessObject::makeDefaultPresetFromPreset(doc.child("F").child("Other").child("P"));

@@ -9,8 +9,6 @@
 
 #include <QDir>
 #include <QFile>
-#include <QString>
-#include <QStringList>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -26,39 +24,25 @@ inline void PrintTo(const QString& text, std::ostream* os)
 
 namespace quillon::steptest {
 
-// A definition with two presets. Settings and one Value carry extra
-// attributes so that the order of rewritten attributes shows.
+// Settings and one Value carry extra attributes so that the order of
+// rewritten attributes shows.
 inline const char* const kDefinition = R"(<?xml version="1.0" encoding="UTF-8"?>
-<Filter>
-  <Information name-en="Stone Glow" author="Quillon Tests" description-en="Glow for stones"/>
-  <Components>
-    <Result><FilterType value="1"/></Result>
-    <SliderControl id="glow_amount"><Name value-en="Glow Amount"/><DefaultValue value="0.5"/></SliderControl>
-    <IntSliderControl id="radius"><Name value-en="Radius"/><RangeMax value="255"/></IntSliderControl>
-    <AngleControl id="angle"><Name value-en="Angle"/></AngleControl>
-    <CheckboxControl id="invert"><Name value-en="Invert"/></CheckboxControl>
-  </Components>
-  <Presets>
-    <Preset name-en="Default">
-      <Settings variation="1" map_type="0" seamless="false"/>
-      <Controls>
-        <SliderControl id="glow_amount"><Value value="0.500"/></SliderControl>
-        <IntSliderControl id="radius"><Value value="12" unit="px"/></IntSliderControl>
-        <AngleControl id="angle"><Value value="45.000"/></AngleControl>
-        <CheckboxControl id="invert"><Checked value="false"/></CheckboxControl>
-      </Controls>
-    </Preset>
-    <Preset name-en="Strong" locked="true">
-      <Settings variation="9" map_type="0" seamless="true"/>
-      <Controls>
-        <SliderControl id="glow_amount"><Value value="0.900"/></SliderControl>
-        <IntSliderControl id="radius"><Value value="40" unit="px"/></IntSliderControl>
-        <AngleControl id="angle"><Value value="90.000"/></AngleControl>
-        <CheckboxControl id="invert"><Checked value="true"/></CheckboxControl>
-      </Controls>
-    </Preset>
-  </Presets>
-</Filter>
+<Filter><Information name-en="Stone Glow" author="Quillon Tests" description-en="Glow for stones"/>
+<Components><Result><FilterType value="1"/></Result>
+<SliderControl id="glow_amount"><Name value-en="Glow Amount"/><DefaultValue value="0.5"/></SliderControl>
+<IntSliderControl id="radius"><Name value-en="Radius"/><RangeMax value="255"/></IntSliderControl>
+<AngleControl id="angle"><Name value-en="Angle"/></AngleControl>
+<CheckboxControl id="invert"><Name value-en="Invert"/></CheckboxControl></Components>
+<Presets><Preset name-en="Default"><Settings variation="1" map_type="0" seamless="false"/><Controls>
+<SliderControl id="glow_amount"><Value value="0.500"/></SliderControl>
+<IntSliderControl id="radius"><Value value="12" unit="px"/></IntSliderControl>
+<AngleControl id="angle"><Value value="45.000"/></AngleControl>
+<CheckboxControl id="invert"><Checked value="false"/></CheckboxControl></Controls></Preset>
+<Preset name-en="Strong" locked="true"><Settings variation="9" map_type="0" seamless="true"/><Controls>
+<SliderControl id="glow_amount"><Value value="0.900"/></SliderControl>
+<IntSliderControl id="radius"><Value value="40" unit="px"/></IntSliderControl>
+<AngleControl id="angle"><Value value="90.000"/></AngleControl>
+<CheckboxControl id="invert"><Checked value="true"/></CheckboxControl></Controls></Preset></Presets></Filter>
 )";
 
 inline bool writeText(const QString& path, const QByteArray& text)
@@ -75,124 +59,100 @@ inline QByteArray readText(const QString& path)
 
 // One line per element: indentation, name, then the attributes in document
 // order. Text content is shown as text="...".
-inline void dumpNode(pugi::xml_node node, int depth, QString& out)
-{
-    for (pugi::xml_node child = node.first_child(); child; child = child.next_sibling()) {
-        if (child.type() == pugi::node_pcdata) {
-            out += QString(depth * 2, QLatin1Char(' ')) + QStringLiteral("text=\"%1\"\n").arg(child.value());
-            continue;
-        }
-        if (child.type() != pugi::node_element)
-            continue;
-        QString line = QString(depth * 2, QLatin1Char(' ')) + QString::fromUtf8(child.name());
-        for (pugi::xml_attribute a = child.first_attribute(); a; a = a.next_attribute())
-            line += QStringLiteral(" %1=\"%2\"")
-                        .arg(QString::fromUtf8(a.name()), QString::fromUtf8(a.value()));
-        out += line + QLatin1Char('\n');
-        dumpNode(child, depth + 1, out);
-    }
-}
-
-inline QString dumpTree(const pugi::xml_node& node)
+inline QString dumpTree(pugi::xml_node node, int depth = 0)
 {
     QString out;
-    dumpNode(node, 0, out);
+    const QString indent(depth * 2, QLatin1Char(' '));
+    for (pugi::xml_node child = node.first_child(); child; child = child.next_sibling()) {
+        if (child.type() == pugi::node_pcdata)
+            out += indent + QStringLiteral("text=\"%1\"\n").arg(child.value());
+        if (child.type() != pugi::node_element)
+            continue;
+        out += indent + QString::fromUtf8(child.name());
+        for (pugi::xml_attribute a = child.first_attribute(); a; a = a.next_attribute())
+            out += QStringLiteral(" %1=\"%2\"")
+                       .arg(QString::fromUtf8(a.name()), QString::fromUtf8(a.value()));
+        out += QLatin1Char('\n') + dumpTree(child, depth + 1);
+    }
     return out;
 }
 
-// The parsed tree of a file, or "<unreadable>".
-inline QString dumpFile(const QString& path)
+inline bool load(pugi::xml_document& document, const QString& path)
 {
     const QByteArray bytes = readText(path);
-    pugi::xml_document document;
-    if (bytes.isEmpty() || !document.load_buffer(bytes.constData(), static_cast<size_t>(bytes.size())))
-        return QStringLiteral("<unreadable>");
-    return dumpTree(document);
+    return document.load_buffer(bytes.constData(), static_cast<size_t>(bytes.size()));
 }
 
-// The attribute of the first element found by an XPath query, or "<none>".
+inline QString dumpFile(const QString& path)
+{
+    pugi::xml_document document;
+    return load(document, path) ? dumpTree(document) : QStringLiteral("<unreadable>");
+}
+
+// The attribute an XPath query selects first; empty when there is none.
 inline QString xpathValue(const QString& path, const char* query)
 {
-    const QByteArray bytes = readText(path);
     pugi::xml_document document;
-    if (!document.load_buffer(bytes.constData(), static_cast<size_t>(bytes.size())))
-        return QStringLiteral("<unreadable>");
-    const pugi::xpath_node_set nodes = document.select_nodes(query);
-    if (nodes.empty())
-        return QStringLiteral("<none>");
-    const pugi::xpath_node first = nodes.first();
-    if (first.attribute())
-        return QString::fromUtf8(first.attribute().value());
-    return QString::fromUtf8(first.node().name());
+    load(document, path);
+    return QString::fromUtf8(document.select_node(query).attribute().value());
 }
 
 // How many nodes an XPath query finds in a file; -1 when it is unreadable.
 inline int countNodes(const QString& path, const char* query)
 {
-    const QByteArray bytes = readText(path);
     pugi::xml_document document;
-    if (!document.load_buffer(bytes.constData(), static_cast<size_t>(bytes.size())))
-        return -1;
-    return static_cast<int>(document.select_nodes(query).size());
-}
-
-// Parameter records as the definition reader gives them, plus the
-// Variations row last. All inactive.
-inline RecordListPtr makeComponents()
-{
-    auto list = std::make_shared<RecordList>();
-    list->push_back(makeParameterRecord(controlType::kTypeSlider, QStringLiteral("glow_amount")));
-    auto radius = makeParameterRecord(controlType::kTypeIntSlider, QStringLiteral("radius"));
-    radius->setInteger(key::MAXVALUE, 255);
-    list->push_back(radius);
-    list->push_back(makeParameterRecord(controlType::kTypeAngle, QStringLiteral("angle")));
-    list->push_back(makeParameterRecord(controlType::kTypeCheckbox, QStringLiteral("invert")));
-    auto variations = generateVariationsSettings();
-    variations->setInteger(key::ACTIVE, 0);
-    list->push_back(variations);
-    return list;
+    return load(document, path) ? static_cast<int>(document.select_nodes(query).size()) : -1;
 }
 
 inline RecordPtr parameter(const Record& filter, const QString& id)
 {
-    const RecordListPtr list = filter.list(key::Components);
-    if (list) {
+    if (const RecordListPtr list = filter.list(key::Components))
         for (const RecordPtr& p : *list)
             if (p->string(key::CONTROL_ID) == id)
                 return p;
-    }
     return nullptr;
 }
 
+inline void activate(const Record& filter, const QString& id, qint64 mode)
+{
+    const RecordPtr p = parameter(filter, id);
+    p->setInteger(key::ACTIVE, 1);
+    p->setInteger(key::POPSTATE, mode);
+}
+
 // A temporary folder with in/ and out/, a definition file and a chain record
-// for it.
+// for it whose parameters, as the definition reader gives them plus the
+// Variations row last, are all inactive.
 class StepTest : public ::testing::Test {
 protected:
     void SetUp() override
     {
-        ASSERT_TRUE(dir.isValid());
         ASSERT_TRUE(QDir(dir.path()).mkpath(QStringLiteral("in")));
         ASSERT_TRUE(QDir(dir.path()).mkpath(QStringLiteral("out")));
         inDir = dir.filePath(QStringLiteral("in"));
         outDir = dir.filePath(QStringLiteral("out"));
         definitionPath = dir.filePath(QStringLiteral("stone-glow.ffxml"));
         ASSERT_TRUE(writeText(definitionPath, kDefinition));
-        filter = makeFilter(definitionPath);
+
+        auto list = std::make_shared<RecordList>();
+        list->push_back(makeParameterRecord(controlType::kTypeSlider, QStringLiteral("glow_amount")));
+        list->push_back(makeParameterRecord(controlType::kTypeIntSlider, QStringLiteral("radius")));
+        list->back()->setInteger(key::MAXVALUE, 255);
+        list->push_back(makeParameterRecord(controlType::kTypeAngle, QStringLiteral("angle")));
+        list->push_back(makeParameterRecord(controlType::kTypeCheckbox, QStringLiteral("invert")));
+        list->push_back(generateVariationsSettings());
+        list->back()->setInteger(key::ACTIVE, 0);
+        filter = Record::create();
+        filter->setString(key::name, QStringLiteral("Stone Glow"));
+        filter->setString(key::author, QStringLiteral("Quillon Tests"));
+        filter->setString(key::path, definitionPath);
+        filter->setList(key::Components, list);
+        filter->setInteger(key::ChoosenPreset, 0);
+
         host.settings.format = QStringLiteral("PNG");
         host.settings.nameStyle = 1;
         host.settings.frameCountText = QStringLiteral("2");
         host.prefix.clear();
-    }
-
-    static RecordPtr makeFilter(const QString& path)
-    {
-        auto record = Record::create();
-        record->setString(key::name, QStringLiteral("Stone Glow"));
-        record->setString(key::author, QStringLiteral("Quillon Tests"));
-        record->setString(key::path, path);
-        record->setList(key::Components, makeComponents());
-        record->setInteger(key::ChoosenPreset, 0);
-        return record;
     }
 
     std::unique_ptr<filterProcessObject> makeStep(RecordPtr record, bool isFirst, bool isLast, qint64 chainid,

@@ -19,11 +19,14 @@ public:
     const RunSettings& runSettings() const override { return settings; }
     QString outputPrefix() const override { return prefix; }
 
-    void setFilterInfoWithData(const QStringList& nameAndAuthor) override;
-    void setSourceInfoWithSource(const QString& source) override;
-    void setRenderInfoWithInfo(const QString& info) override;
-    void collectForDeletionWithList(const QStringList& paths) override;
-    void writeLogFileWithMessage(const QString& message) override;
+    void setFilterInfoWithData(const QStringList& nameAndAuthor) override
+    {
+        filterInfos.append(nameAndAuthor);
+    }
+    void setSourceInfoWithSource(const QString& source) override { sources.append(source); }
+    void setRenderInfoWithInfo(const QString& info) override { renderInfos.append(info); }
+    void collectForDeletionWithList(const QStringList& paths) override { deletionLists.append(paths); }
+    void writeLogFileWithMessage(const QString& message) override { logMessages.append(message); }
     QObject* reportContext() override { return nullptr; }
 
     RunSettings settings;

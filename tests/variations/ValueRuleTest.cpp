@@ -30,38 +30,21 @@ RandomDraw fixed(int u)
     return [u] { return u; };
 }
 
-RandomDraw forbidden()
+// Runs a sweep; every value must come with the row's type and be stored back
+// as the start value.
+template <typename T> void expectSweep(const RecordPtr& row, double frames, const std::vector<T>& expected)
 {
-    return [] {
-        ADD_FAILURE() << "a sweep must not draw";
-        return 0;
-    };
-}
-
-std::vector<qint64> integerSequence(Record& row, double frames, int count)
-{
-    std::vector<qint64> values;
-    for (int i = 0; i < count; ++i) {
-        const QVariant v = nextVariationValue(row, frames, forbidden());
-        EXPECT_EQ(v.typeId(), QMetaType::LongLong);
-        EXPECT_TRUE(row.holdsInteger(key::STARTVALUE));
-        EXPECT_EQ(row.integer(key::STARTVALUE), v.toLongLong());
-        values.push_back(v.toLongLong());
+    for (size_t i = 0; i < expected.size(); ++i) {
+        SCOPED_TRACE(i);
+        const QVariant v = nextVariationValue(*row, frames, [] {
+            ADD_FAILURE() << "a sweep must not draw";
+            return 0;
+        });
+        EXPECT_EQ(v.typeId(), QMetaType::fromType<T>().id());
+        EXPECT_EQ(v.value<T>(), expected[i]);
+        EXPECT_EQ(row->value(key::STARTVALUE).typeId(), v.typeId());
+        EXPECT_EQ(row->value(key::STARTVALUE), v);
     }
-    return values;
-}
-
-std::vector<double> realSequence(Record& row, double frames, int count)
-{
-    std::vector<double> values;
-    for (int i = 0; i < count; ++i) {
-        const QVariant v = nextVariationValue(row, frames, forbidden());
-        EXPECT_EQ(v.typeId(), QMetaType::Double);
-        EXPECT_TRUE(row.holdsReal(key::STARTVALUE));
-        EXPECT_EQ(row.real(key::STARTVALUE), v.toDouble());
-        values.push_back(v.toDouble());
-    }
-    return values;
 }
 
 } // namespace
@@ -70,138 +53,111 @@ TEST(ValueRuleNoValue, InactiveUnknownModeAndBadFrameCountsLeaveTheRecordAlone)
 {
     for (qint64 mode : { 0, 1 }) {
         auto row = makeRow(controlType::kTypeIntSlider, mode, qi(1), qi(10), qi(4));
-        row->setInteger(key::ACTIVE, 0);
-        EXPECT_FALSE(nextVariationValue(*row, 10.0, fixed(500)).isValid());
-        row->setInteger(key::ACTIVE, 2);
-        EXPECT_FALSE(nextVariationValue(*row, 10.0, fixed(500)).isValid());
-        row->remove(key::ACTIVE);
-        EXPECT_FALSE(nextVariationValue(*row, 10.0, fixed(500)).isValid());
+        for (qint64 active : { 0, 2, -1 }) {
+            if (active < 0)
+                row->remove(key::ACTIVE);
+            else
+                row->setInteger(key::ACTIVE, active);
+            EXPECT_FALSE(nextVariationValue(*row, 10.0, fixed(500)).isValid()) << mode << " " << active;
+        }
         EXPECT_EQ(row->integer(key::STARTVALUE), 4);
     }
     auto row = makeRow(controlType::kTypeSlider, 2, 0.0, 1.0, 0.3);
     EXPECT_FALSE(nextVariationValue(*row, 10.0, fixed(500)).isValid());
     row->setInteger(key::POPSTATE, 1);
-    EXPECT_FALSE(nextVariationValue(*row, 0.0, fixed(500)).isValid());
-    EXPECT_FALSE(nextVariationValue(*row, -3.0, fixed(500)).isValid());
-    EXPECT_FALSE(nextVariationValue(*row, std::nullopt, fixed(500)).isValid());
+    for (const std::optional<double> frames :
+        { std::optional<double>(0.0), std::optional<double>(-3.0), std::optional<double>() })
+        EXPECT_FALSE(nextVariationValue(*row, frames, fixed(500)).isValid());
     row->remove(key::CONTROL_TYPE);
     EXPECT_FALSE(nextVariationValue(*row, 10.0, fixed(500)).isValid());
     EXPECT_EQ(row->real(key::STARTVALUE), 0.3);
 }
 
-TEST(ValueRuleSweep, IntegerSweepKeepsTheTopAndThenWraps)
+TEST(ValueRuleSweep, IntegerSweepsKeepTheTopThenWrap)
 {
-    auto row = makeRow(controlType::kTypeIntSlider, 1, qi(1), qi(10), qi(1));
-    EXPECT_EQ(integerSequence(*row, 3.0, 5), (std::vector<qint64> { 4, 7, 10, 1, 4 }));
+    expectSweep<qint64>(
+        makeRow(controlType::kTypeIntSlider, 1, qi(1), qi(10), qi(1)), 3.0, { 4, 7, 10, 1, 4 });
+    // Steps round half away from zero: d = 2.5 gives 3, d = -2.5 gives -3.
+    expectSweep<qint64>(makeRow(controlType::kTypeIntSlider, 1, qi(0), qi(5), qi(0)), 2.0, { 3, 0, 3 });
+    expectSweep<qint64>(makeRow(controlType::kTypeIntSlider, 1, qi(0), qi(-5), qi(-10)), 2.0, { -13, -16 });
+    // Variation number: d = 29999 / 10 = 2999.9, rounded 3000; 30001 passes 30000 and wraps.
+    auto variations = generateVariationsSettings();
+    variations->setInteger(key::POPSTATE, 1);
+    expectSweep<qint64>(
+        variations, 10.0, { 3001, 6001, 9001, 12001, 15001, 18001, 21001, 24001, 27001, 1, 3001 });
 }
 
-TEST(ValueRuleSweep, IntegerStepIsRoundedHalfAwayFromZero)
+TEST(ValueRuleSweep, RealSweepsAccumulateExactlyKeepAnExactTopThenWrap)
 {
-    auto up = makeRow(controlType::kTypeIntSlider, 1, qi(0), qi(5), qi(0));
-    EXPECT_EQ(integerSequence(*up, 2.0, 3), (std::vector<qint64> { 3, 0, 3 })); // d = 2.5
-    // d = -2.5 rounds to -3; values below the top are kept.
-    auto down = makeRow(controlType::kTypeIntSlider, 1, qi(0), qi(-5), qi(-10));
-    EXPECT_EQ(integerSequence(*down, 2.0, 2), (std::vector<qint64> { -13, -16 }));
-}
-
-TEST(ValueRuleSweep, VariationNumberOverTenFrames)
-{
-    auto row = generateVariationsSettings();
-    row->setInteger(key::POPSTATE, 1);
-    // d = 29999 / 10 = 2999.9, rounded 3000; 30001 passes 30000 and wraps.
-    EXPECT_EQ(integerSequence(*row, 10.0, 11),
-        (std::vector<qint64> { 3001, 6001, 9001, 12001, 15001, 18001, 21001, 24001, 27001, 1, 3001 }));
-}
-
-TEST(ValueRuleSweep, SliderSweepAccumulatesRealsExactly)
-{
-    auto row = makeRow(controlType::kTypeSlider, 1, 0.0, 1.0, 0.0);
-    std::vector<double> expected;
-    double v = 0.0;
-    for (int i = 0; i < 12; ++i) {
+    std::vector<double> tenths;
+    for (double v = 0.0; tenths.size() < 12;) {
         v += 0.1;
         if (v > 1.0)
             v = 0.0;
-        expected.push_back(v);
+        tenths.push_back(v);
     }
-    EXPECT_EQ(realSequence(*row, 10.0, 12), expected);
-}
-
-TEST(ValueRuleSweep, SliderAndAngleKeepAnExactTopThenWrap)
-{
-    auto slider = makeRow(controlType::kTypeSlider, 1, 0.0, 1.0, 0.0);
-    EXPECT_EQ(realSequence(*slider, 4.0, 5), (std::vector<double> { 0.25, 0.5, 0.75, 1.0, 0.0 }));
-    auto angle = makeRow(controlType::kTypeAngle, 1, 0.0, 360.0, 0.0);
-    EXPECT_EQ(
-        realSequence(*angle, 8.0, 9), (std::vector<double> { 45, 90, 135, 180, 225, 270, 315, 360, 0 }));
-    auto offset = makeRow(controlType::kTypeSlider, 1, 2.0, 3.0, 2.0);
-    EXPECT_EQ(realSequence(*offset, 2.0, 3), (std::vector<double> { 2.5, 3.0, 2.0 }));
+    expectSweep(makeRow(controlType::kTypeSlider, 1, 0.0, 1.0, 0.0), 10.0, tenths);
+    expectSweep<double>(
+        makeRow(controlType::kTypeSlider, 1, 0.0, 1.0, 0.0), 4.0, { 0.25, 0.5, 0.75, 1.0, 0.0 });
+    expectSweep<double>(makeRow(controlType::kTypeAngle, 1, 0.0, 360.0, 0.0), 8.0,
+        { 45, 90, 135, 180, 225, 270, 315, 360, 0 });
+    expectSweep<double>(makeRow(controlType::kTypeSlider, 1, 2.0, 3.0, 2.0), 2.0, { 2.5, 3.0, 2.0 });
 }
 
 TEST(ValueRuleSweep, CheckboxToggles)
 {
-    auto fromOff = makeRow(controlType::kTypeCheckbox, 1, qi(0), qi(1), qi(0));
-    EXPECT_EQ(integerSequence(*fromOff, 10.0, 3), (std::vector<qint64> { 1, 0, 1 }));
-    auto fromOn = makeRow(controlType::kTypeCheckbox, 1, qi(0), qi(1), qi(1));
-    EXPECT_EQ(integerSequence(*fromOn, 10.0, 2), (std::vector<qint64> { 0, 1 }));
+    expectSweep<qint64>(makeRow(controlType::kTypeCheckbox, 1, qi(0), qi(1), qi(0)), 10.0, { 1, 0, 1 });
+    expectSweep<qint64>(makeRow(controlType::kTypeCheckbox, 1, qi(0), qi(1), qi(1)), 10.0, { 0, 1 });
 }
 
 TEST(ValueRuleRandom, EachKindMapsTheDrawItsOwnWay)
 {
-    auto variations = generateVariationsSettings();
-    EXPECT_EQ(nextVariationValue(*variations, 10.0, fixed(0)), qi(1));
-    EXPECT_EQ(nextVariationValue(*variations, 10.0, fixed(999)), qi(29970)); // 29970.001 truncated
-
-    auto intSlider = makeRow(controlType::kTypeIntSlider, 0, qi(1), qi(1000), qi(1));
-    EXPECT_EQ(nextVariationValue(*intSlider, 10.0, fixed(999)), qi(999)); // lround(999.001)
-    auto halves = makeRow(controlType::kTypeIntSlider, 0, qi(0), qi(3), qi(0));
-    EXPECT_EQ(nextVariationValue(*halves, 10.0, fixed(500)), qi(2)); // lround(1.5)
-    auto truncating = makeRow(controlType::kTypeVariations, 0, qi(0), qi(3), qi(0));
-    EXPECT_EQ(nextVariationValue(*truncating, 10.0, fixed(500)), qi(1)); // 1.5 truncated
-
-    auto slider = makeRow(controlType::kTypeSlider, 0, 0.0, 2.0, 0.0);
-    EXPECT_EQ(nextVariationValue(*slider, 10.0, fixed(250)).toDouble(), 0.5);
-    EXPECT_TRUE(slider->holdsReal(key::STARTVALUE));
-    auto angle = makeRow(controlType::kTypeAngle, 0, 10.0, 370.0, 0.0);
-    EXPECT_EQ(nextVariationValue(*angle, 10.0, fixed(999)).toDouble(), 10.0 + 360.0 * 0.999);
-
-    auto box = makeRow(controlType::kTypeCheckbox, 0, qi(0), qi(1), qi(1));
-    EXPECT_EQ(nextVariationValue(*box, 10.0, fixed(500)), qi(0));
-    EXPECT_EQ(box->integer(key::STARTVALUE), 0);
-    EXPECT_EQ(nextVariationValue(*box, 10.0, fixed(501)), qi(1));
-    EXPECT_EQ(box->integer(key::STARTVALUE), 1);
-}
-
-TEST(ValueRuleRandom, WithoutAnInjectedDrawValuesStayInRange)
-{
-    auto slider = makeRow(controlType::kTypeIntSlider, 0, qi(1), qi(1000), qi(1));
-    for (int i = 0; i < 300; ++i) {
-        const qint64 v = nextVariationValue(*slider, 10.0, RandomDraw()).toLongLong();
-        ASSERT_GE(v, 1);
-        ASSERT_LE(v, 999);
+    const struct {
+        RecordPtr row;
+        int draw;
+        QVariant expected;
+    } rows[] = {
+        { generateVariationsSettings(), 0, qi(1) },
+        { generateVariationsSettings(), 999, qi(29970) }, // 29970.001 truncated
+        { makeRow(controlType::kTypeIntSlider, 0, qi(1), qi(1000), qi(1)), 999, qi(999) }, // lround(999.001)
+        { makeRow(controlType::kTypeIntSlider, 0, qi(0), qi(3), qi(0)), 500, qi(2) }, // lround(1.5)
+        { makeRow(controlType::kTypeVariations, 0, qi(0), qi(3), qi(0)), 500, qi(1) }, // 1.5 truncated
+        { makeRow(controlType::kTypeSlider, 0, 0.0, 2.0, 0.0), 250, 0.5 },
+        { makeRow(controlType::kTypeAngle, 0, 10.0, 370.0, 0.0), 999, 10.0 + 360.0 * 0.999 },
+        { makeRow(controlType::kTypeCheckbox, 0, qi(0), qi(1), qi(1)), 500, qi(0) },
+        { makeRow(controlType::kTypeCheckbox, 0, qi(0), qi(1), qi(0)), 501, qi(1) },
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.expected.toString().toStdString());
+        const QVariant v = nextVariationValue(*row.row, 10.0, fixed(row.draw));
+        EXPECT_EQ(v.typeId(), row.expected.typeId());
+        EXPECT_EQ(v, row.expected);
+        EXPECT_EQ(row.row->value(key::STARTVALUE).typeId(), v.typeId());
+        EXPECT_EQ(row.row->value(key::STARTVALUE), v);
     }
 }
 
-TEST(ValueRuleRandom, SeededRunRandomRepeats)
+TEST(ValueRuleRandom, WithoutAnInjectedDrawValuesStayInRangeAndASeedRepeats)
 {
+    auto slider = makeRow(controlType::kTypeIntSlider, 0, qi(1), qi(1000), qi(1));
     RunRandom a(42);
     RunRandom b(42);
-    RandomDraw draw = a.drawFunction();
-    for (int i = 0; i < 100; ++i) {
+    const RandomDraw draw = a.drawFunction();
+    for (int i = 0; i < 300; ++i) {
+        const qint64 v = nextVariationValue(*slider, 10.0, RandomDraw()).toLongLong();
+        ASSERT_TRUE(v >= 1 && v <= 999) << v;
         const int u = draw();
         ASSERT_EQ(u, b.draw());
-        ASSERT_GE(u, 0);
-        ASSERT_LE(u, 999);
+        ASSERT_TRUE(u >= 0 && u <= 999) << u;
     }
 }
 
 TEST(ValueRuleLimits, ValuesBeyondTheIntegerRangeClamp)
 {
     constexpr qint64 top = std::numeric_limits<qint64>::max();
-    constexpr qint64 bottom = std::numeric_limits<qint64>::min();
     auto huge = makeRow(controlType::kTypeIntSlider, 0, -1e30, 1e30, qi(0));
     EXPECT_EQ(nextVariationValue(*huge, 10.0, fixed(999)), qi(top));
-    EXPECT_EQ(nextVariationValue(*huge, 10.0, fixed(0)), qi(bottom));
+    EXPECT_EQ(nextVariationValue(*huge, 10.0, fixed(0)), qi(std::numeric_limits<qint64>::min()));
     auto variations = makeRow(controlType::kTypeVariations, 0, -1e30, 1e30, qi(0));
     EXPECT_EQ(nextVariationValue(*variations, 10.0, fixed(999)), qi(top));
 
