@@ -141,8 +141,6 @@ void flood(qint64 bytes)
 
 [[noreturn]] void hangForever()
 {
-    if (env("QUILLON_STANDIN_HANG") == "ignore-term")
-        std::signal(SIGTERM, SIG_IGN);
     for (;;)
         std::this_thread::sleep_for(std::chrono::hours(1));
 }
@@ -151,6 +149,10 @@ void flood(qint64 bytes)
 
 int main(int argc, char** argv)
 {
+    // Before any output: a caller that terminates the tool at its first line
+    // must find SIGTERM already ignored.
+    if (env("QUILLON_STANDIN_HANG") == "ignore-term")
+        std::signal(SIGTERM, SIG_IGN);
     QCoreApplication app(argc, argv);
     const QStringList args = QCoreApplication::arguments();
     const QString controlPath = args.size() > 1 ? args.at(1) : QString();
