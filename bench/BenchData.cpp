@@ -103,9 +103,9 @@ RunSettings benchSettings(const QString& outputPath, int frames)
     RunSettings settings;
     settings.toolPath = trueTool();
     settings.outputPath = outputPath;
-    settings.inputMode = 2;
+    settings.inputMode = InputMode::None;
     settings.outputPrefix = QStringLiteral("bench_");
-    settings.nameStyle = 1;
+    settings.nameStyle = FrameStyle::FourDigit;
     settings.frameCountText = QString::number(frames);
     settings.format = QStringLiteral("PNG");
     settings.seed = 42;

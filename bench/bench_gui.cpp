@@ -147,7 +147,7 @@ void BM_GuiWhileRunning(benchmark::State& state)
     const QString definition = definitionOfSize(1024 * 1024);
     const QString out = freshOutputDir(QStringLiteral("gui"));
     RunSettings settings = benchSettings(out, frames);
-    settings.inputMode = 0;
+    settings.inputMode = InputMode::File;
     settings.sourcePath = inputsDir(1) + QStringLiteral("/input-00000.png");
 
     SheetDisplay display;

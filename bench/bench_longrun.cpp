@@ -65,7 +65,7 @@ void BM_LongRunMemory(benchmark::State& state)
     const QString in = inputsDir(inputs);
     const QString out = freshOutputDir(QStringLiteral("longrun"));
     RunSettings settings = benchSettings(out, 1);
-    settings.inputMode = 1;
+    settings.inputMode = InputMode::Directory;
     settings.sourcePath = in;
     const QString definition = definitionOfSize(50 * 1024);
 

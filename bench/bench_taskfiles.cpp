@@ -60,7 +60,7 @@ void runTaskFiles(benchmark::State& state, const std::vector<std::pair<std::stri
     const QString definition = definitionOfSize(kDefinitionBytes);
     const QString out = freshOutputDir(QStringLiteral("taskfiles"));
     SilentStepParent parent(benchSettings(out, frames));
-    parent.settings.inputMode = 0;
+    parent.settings.inputMode = InputMode::File;
     parent.settings.sourcePath = inputsDir(1) + QStringLiteral("/input-00000.png");
     RecordPtr filter = chainRecordFor(definition);
     QVariantList chosen;

@@ -54,7 +54,7 @@ void BM_ToolRuns(benchmark::State& state)
     const QString in = inputsDir(inputs);
     const QString out = freshOutputDir(QStringLiteral("toolruns"));
     RunSettings settings = benchSettings(out, 1);
-    settings.inputMode = 1;
+    settings.inputMode = InputMode::Directory;
     settings.sourcePath = in;
     const QByteArray tool = QFile::encodeName(settings.toolPath);
     const QByteArray argument = QFile::encodeName(QDir(out).filePath(QStringLiteral("controlfile.xml")));

@@ -10,7 +10,7 @@
 
 #include "FuzzFiles.h"
 
-#include "app/RunSettings.h"
+#include "run/RunSettings.h"
 #include "library/DefinitionReader.h"
 #include "step/FilterProcessObject.h"
 #include "step/SilentStepParent.h"

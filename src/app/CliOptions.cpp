@@ -38,21 +38,31 @@ const SwitchFlag kSwitches[] = {
 
 struct ChoiceFlag {
     const char* name;
-    int RunSettings::*field;
+    void (*store)(RunSettings&, int code);
     QStringList choices; // the index is the stored code
 };
 
+template <int RunSettings::*Field> void storeCode(RunSettings& settings, int code)
+{
+    settings.*Field = code;
+}
+
+void storeFrameStyle(RunSettings& settings, int code)
+{
+    settings.nameStyle = static_cast<FrameStyle>(code);
+}
+
 const ChoiceFlag kChoices[] = {
-    { "frame-style", &RunSettings::nameStyle,
+    { "frame-style", storeFrameStyle,
         { QStringLiteral("plain"), QStringLiteral("four-digit"), QStringLiteral("letter") } },
-    { "png-bitdepth", &RunSettings::pngBitDepth, { QStringLiteral("8"), QStringLiteral("16") } },
-    { "png-compression", &RunSettings::pngCompression,
+    { "png-bitdepth", storeCode<&RunSettings::pngBitDepth>, { QStringLiteral("8"), QStringLiteral("16") } },
+    { "png-compression", storeCode<&RunSettings::pngCompression>,
         { QStringLiteral("none"), QStringLiteral("fast"), QStringLiteral("best") } },
-    { "tiff-bitdepth", &RunSettings::tiffBitDepth,
+    { "tiff-bitdepth", storeCode<&RunSettings::tiffBitDepth>,
         { QStringLiteral("8"), QStringLiteral("16"), QStringLiteral("24") } },
-    { "tiff-compression", &RunSettings::tiffCompression,
+    { "tiff-compression", storeCode<&RunSettings::tiffCompression>,
         { QStringLiteral("none"), QStringLiteral("lzw"), QStringLiteral("deflate") } },
-    { "tga-bitdepth", &RunSettings::tgaBitDepth, { QStringLiteral("24"), QStringLiteral("32") } },
+    { "tga-bitdepth", storeCode<&RunSettings::tgaBitDepth>, { QStringLiteral("24"), QStringLiteral("32") } },
 };
 
 std::optional<qint64> wholeNumber(const QString& text)
@@ -191,13 +201,13 @@ CliParseResult parseCliArguments(const QStringList& arguments, CliOptions* optio
     if (isSet("input") && isSet("input-dir"))
         return usageError(error, QStringLiteral("--input and --input-dir cannot be combined"));
     if (isSet("input")) {
-        settings.inputMode = 0;
+        settings.inputMode = InputMode::File;
         settings.sourcePath = value("input");
     } else if (isSet("input-dir")) {
-        settings.inputMode = 1;
+        settings.inputMode = InputMode::Directory;
         settings.sourcePath = value("input-dir");
     } else {
-        settings.inputMode = 2;
+        settings.inputMode = InputMode::None;
     }
 
     for (const char* name : { "frames", "width", "height", "jpeg-quality" }) {
@@ -264,7 +274,7 @@ CliParseResult parseCliArguments(const QStringList& arguments, CliOptions* optio
                 QStringLiteral("--%1 takes %2")
                     .arg(QLatin1String(entry.name), entry.choices.join(QLatin1Char('|'))));
         }
-        settings.*entry.field = static_cast<int>(code);
+        entry.store(settings, static_cast<int>(code));
     }
 
     if (options)

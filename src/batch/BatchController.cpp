@@ -27,7 +27,6 @@ namespace {
 
 constexpr int kAnimationFrames = 6;
 constexpr int kAnimationIntervalMilliseconds = 100;
-constexpr int kInputModeNone = 2;
 
 void printToStdout(const QString& text)
 {
@@ -142,11 +141,11 @@ bool BatchController::startBatchWithSender(
 
     const QString& source = m_settings.sourcePath;
     switch (m_settings.inputMode) {
-    case 0:
+    case InputMode::File:
         if (source.isEmpty() || !QFileInfo::exists(source))
             return failCheck(QStringLiteral("Input file does not exist"), error);
         break;
-    case 1: {
+    case InputMode::Directory: {
         const QFileInfo directory(source);
         if (source.isEmpty() || !directory.exists() || !directory.isDir())
             return failCheck(QStringLiteral("Input directory does not exist"), error);
@@ -158,7 +157,7 @@ bool BatchController::startBatchWithSender(
             return failCheck(QStringLiteral("Input directory empty"), error);
         break;
     }
-    case kInputModeNone:
+    case InputMode::None:
         if (m_outputPrefix.isEmpty())
             return failCheck(
                 QStringLiteral("No filename gives (file prefix when running without input)"), error);
@@ -239,9 +238,9 @@ QStringList BatchController::makesFilesArray() const
     if (m_settings.sourcePath.isEmpty())
         return {};
     switch (m_settings.inputMode) {
-    case 0:
+    case InputMode::File:
         return { m_settings.sourcePath };
-    case 1:
+    case InputMode::Directory:
         return loadImagesFromSourceFolder(m_settings.sourcePath);
     default:
         return {};
@@ -380,7 +379,7 @@ void BatchController::runLaunchQueue(LaunchQueue& queue)
             previousOutputs = step->outFiles;
             if (i == 0) {
                 laterNames = step->realFileNames;
-                if (m_settings.inputMode == kInputModeNone)
+                if (m_settings.inputMode == InputMode::None)
                     callOnControllerThread([this] { m_outputPrefix.clear(); });
             }
             if (m_isAborted.load())

@@ -1,6 +1,6 @@
 #include "step/FilterProcessObject.h"
 
-#include "app/RunSettings.h"
+#include "run/RunSettings.h"
 #include "step/StepParent.h"
 
 #include <QProcess>

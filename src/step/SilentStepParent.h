@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/RunSettings.h"
+#include "run/RunSettings.h"
 #include "step/StepParent.h"
 
 #include <utility>

@@ -3,7 +3,7 @@
 
 #include "step/FilterProcessObject.h"
 
-#include "app/RunSettings.h"
+#include "run/RunSettings.h"
 #include "step/StepParent.h"
 #include "step/XmlFiles.h"
 
@@ -528,11 +528,11 @@ void filterProcessObject::setPresetWithPreset(pugi::xml_node preset, pugi::xml_n
 QString filterProcessObject::getFileSuffixFor(qint64 index) const
 {
     switch (settings().nameStyle) {
-    case 0:
+    case FrameStyle::Plain:
         return QLatin1Char('-') + QString::number(index + 1);
-    case 1:
+    case FrameStyle::FourDigit:
         return QString::asprintf("-%04lld", static_cast<long long>(index + 1));
-    case 2: {
+    case FrameStyle::Letter: {
         const qint64 code = 97 + index;
         const bool valid = code >= 0 && code <= 0x10FFFF && !(code >= 0xD800 && code <= 0xDFFF);
         if (!valid) // past the last character: fall back to the plain number

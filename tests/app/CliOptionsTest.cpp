@@ -14,7 +14,7 @@ TEST(CliOptions, NoFlagsGiveTheFactoryDefaultsAndNoInput)
 {
     CliOptions options;
     ASSERT_EQ(parse({}, &options), CliParseResult::Run);
-    EXPECT_EQ(options.settings.inputMode, 2);
+    EXPECT_EQ(options.settings.inputMode, InputMode::None);
     EXPECT_EQ(options.settings.outputPrefix, QStringLiteral("my-export"));
     EXPECT_EQ(options.settings.format, QStringLiteral("JPEG"));
     EXPECT_EQ(options.settings.activateMaps, 0);
@@ -37,13 +37,13 @@ TEST(CliOptions, FlagsFillTheRunSettings)
     const RunSettings& s = options.settings;
     EXPECT_EQ(s.toolPath, QStringLiteral("/t"));
     EXPECT_EQ(s.outputPath, QStringLiteral("/o"));
-    EXPECT_EQ(s.inputMode, 1);
+    EXPECT_EQ(s.inputMode, InputMode::Directory);
     EXPECT_EQ(s.sourcePath, QStringLiteral("/in"));
     EXPECT_EQ(s.frameCountText, QStringLiteral("-2")); // negative counts are left to the run check
     EXPECT_EQ(s.widthText, QStringLiteral("64"));
     EXPECT_EQ(s.heightText, QStringLiteral("32"));
     EXPECT_EQ(s.outputPrefix, QStringLiteral("x_"));
-    EXPECT_EQ(s.nameStyle, 2);
+    EXPECT_EQ(s.nameStyle, FrameStyle::Letter);
     EXPECT_EQ(s.format, QStringLiteral("PNG"));
     EXPECT_EQ(s.presetIndex, 1);
     EXPECT_EQ(s.toolLog, 1);

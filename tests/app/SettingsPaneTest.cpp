@@ -1,6 +1,6 @@
 #include "SettingsWindowFixture.h"
 
-#include "app/RunSettings.h"
+#include "run/RunSettings.h"
 
 #include <QAction>
 #include <QFile>
@@ -213,7 +213,7 @@ TEST_F(SettingsPaneTest, LetterStyleCapsTheFrameCountAtTwentyFive)
 
     choose(popup("outputFilenameSuffixPopup"), 1);
     EXPECT_EQ(field("maxFramesField")->text(), QStringLiteral("9999"));
-    EXPECT_EQ(delegate().captureRunSettings().nameStyle, 1);
+    EXPECT_EQ(delegate().captureRunSettings().nameStyle, FrameStyle::FourDigit);
 }
 
 TEST_F(SettingsPaneTest, SourceTypeChangesForgetTheInputAndSwitchTheControls)
@@ -244,7 +244,7 @@ TEST_F(SettingsPaneTest, SourceTypeChangesForgetTheInputAndSwitchTheControls)
         EXPECT_TRUE(widget<QWidget>(name)->isHidden()) << name;
     EXPECT_TRUE(field("imageWidthField")->isEnabled());
     EXPECT_TRUE(field("imageHeightField")->isEnabled());
-    EXPECT_EQ(delegate().captureRunSettings().inputMode, 2);
+    EXPECT_EQ(delegate().captureRunSettings().inputMode, InputMode::None);
 
     choose(popup("sourceTypePopup"), 0);
     EXPECT_EQ(savedStore()->stringForKey(pref::INPUT_MODE), QStringLiteral("IMAGE"));

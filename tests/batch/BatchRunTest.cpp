@@ -46,7 +46,7 @@ TEST_F(BatchRun, OneStepOverTwoInputsDeletesTaskFilesAndKeepsOutputs)
     input(QStringLiteral("a.png"));
     input(QStringLiteral("b.png"));
     const auto before = batchSnapshot(m_in);
-    m_settings.inputMode = 1;
+    m_settings.inputMode = InputMode::Directory;
     m_settings.sourcePath = m_in;
 
     QString error;
@@ -77,7 +77,7 @@ TEST_F(BatchRun, ThreeStepChainKeepsOnlyTheLastStepsOutputs)
 {
     const QString source = input(QStringLiteral("a.png"));
     const auto before = batchSnapshot(m_in);
-    m_settings.inputMode = 0;
+    m_settings.inputMode = InputMode::File;
     m_settings.sourcePath = source;
 
     ASSERT_TRUE(m_controller.startBatchWithSender(
@@ -97,7 +97,7 @@ TEST_F(BatchRun, ThreeStepChainKeepsOnlyTheLastStepsOutputs)
 
 TEST_F(BatchRun, NoInputUsesThePrefixThenDropsItAfterTheFirstStep)
 {
-    m_settings.inputMode = 2;
+    m_settings.inputMode = InputMode::None;
     m_settings.outputPrefix = QStringLiteral("demo");
     m_settings.frameCountText = QStringLiteral("3");
 
@@ -123,7 +123,7 @@ TEST_F(BatchRun, AbortDuringTheSecondOfThreeInputs)
     input(QStringLiteral("b.png"));
     input(QStringLiteral("c.png"));
     const auto before = batchSnapshot(m_in);
-    m_settings.inputMode = 1;
+    m_settings.inputMode = InputMode::Directory;
     m_settings.sourcePath = m_in;
     m_settings.frameCountText = QStringLiteral("1");
     BatchEnvGuard delay("QUILLON_STANDIN_DELAY_MS", "2000");
@@ -146,7 +146,7 @@ TEST_F(BatchRun, AbortDuringTheSecondOfThreeInputs)
 
 TEST_F(BatchRun, AToolThatIgnoresTerminateIsKilledAfterTheGracePeriod)
 {
-    m_settings.inputMode = 2;
+    m_settings.inputMode = InputMode::None;
     BatchEnvGuard hang("QUILLON_STANDIN_HANG", "ignore-term");
     m_display.onSource = [this](const QString&) {
         QTimer::singleShot(300, &m_controller, [this] { m_controller.abortProcessWithSender(); });
@@ -160,7 +160,7 @@ TEST_F(BatchRun, AToolThatIgnoresTerminateIsKilledAfterTheGracePeriod)
 
 TEST_F(BatchRun, StartIsRefusedWhileARunOrItsWindDownIsGoing)
 {
-    m_settings.inputMode = 2;
+    m_settings.inputMode = InputMode::None;
     BatchEnvGuard delay("QUILLON_STANDIN_DELAY_MS", "1500");
     ASSERT_TRUE(m_controller.startBatchWithSender({ filter(QStringLiteral("Busy")) }, m_settings));
     QString error;
@@ -178,7 +178,7 @@ TEST_F(BatchRun, StartIsRefusedWhileARunOrItsWindDownIsGoing)
 
 TEST_F(BatchRun, LogHoldsTheTitleFollowedByTheTrimmedChunks)
 {
-    m_settings.inputMode = 2;
+    m_settings.inputMode = InputMode::None;
     m_settings.toolLog = 1;
     ASSERT_TRUE(m_controller.startBatchWithSender({ filter(QStringLiteral("Logged")) }, m_settings));
     ASSERT_TRUE(waitForIdle());
@@ -203,7 +203,7 @@ TEST_F(BatchRun, LogHoldsTheTitleFollowedByTheTrimmedChunks)
 
 TEST_F(BatchRun, WhiteSpaceAndInvalidUtf8OutputIsNeitherShownNorLogged)
 {
-    m_settings.inputMode = 2;
+    m_settings.inputMode = InputMode::None;
     m_settings.toolLog = 1;
     BatchEnvGuard bad("QUILLON_STANDIN_BAD_UTF8", "1");
     ASSERT_TRUE(m_controller.startBatchWithSender({ filter(QStringLiteral("Garbled")) }, m_settings));
@@ -220,7 +220,7 @@ TEST_F(BatchRun, WhiteSpaceAndInvalidUtf8OutputIsNeitherShownNorLogged)
 
 TEST_F(BatchRun, ALogThatCannotBeCreatedIsReportedAndTheRunGoesOn)
 {
-    m_settings.inputMode = 2;
+    m_settings.inputMode = InputMode::None;
     m_settings.toolLog = 1;
     // A directory where the log file should be makes its creation fail.
     ASSERT_TRUE(QDir(m_out).mkdir(QStringLiteral("qlrn_logfile.txt")));
@@ -232,7 +232,7 @@ TEST_F(BatchRun, ALogThatCannotBeCreatedIsReportedAndTheRunGoesOn)
 
 TEST_F(BatchRun, AToolThatCannotStartIsReportedAndTheRunGoesOn)
 {
-    m_settings.inputMode = 2;
+    m_settings.inputMode = InputMode::None;
     m_settings.toolLog = 1;
     m_settings.toolPath = m_in; // exists, so it passes the check, but is no program
     ASSERT_TRUE(m_controller.startBatchWithSender(
@@ -256,7 +256,7 @@ TEST_F(BatchRun, UserFilesAreNeverDeleted)
     const QString inside = QDir(m_out).filePath(QStringLiteral("mine.png"));
     ASSERT_TRUE(writeBatchInputImage(inside));
     const QString outside = input(QStringLiteral("elsewhere.png"));
-    m_settings.inputMode = 0;
+    m_settings.inputMode = InputMode::File;
     m_settings.sourcePath = inside;
     BatchEnvGuard delay("QUILLON_STANDIN_DELAY_MS", "300");
 
@@ -275,7 +275,7 @@ TEST_F(BatchRun, UserFilesAreNeverDeleted)
 
 TEST_F(BatchRun, MapsAreWrittenIntoTheRecordOfAOneFilterChainOnly)
 {
-    m_settings.inputMode = 2;
+    m_settings.inputMode = InputMode::None;
     m_settings.frameCountText = QStringLiteral("1");
     m_settings.activateMaps = 1;
     m_settings.mapBoxes = { 1, 0, 0, 0, 1, 0, 0, 0, 0, 0 };
@@ -317,31 +317,31 @@ TEST_F(BatchRun, EveryFailedCheckShowsItsMessageAndStartsNothing)
         { "No output path selected", [&](RunSettings& s) { s.outputPath = file; } },
         { "No output path selected",
             [&](RunSettings& s) { s.outputPath = m_out + QStringLiteral("/missing"); } },
-        { "Input file does not exist", [](RunSettings& s) { s.inputMode = 0; } },
+        { "Input file does not exist", [](RunSettings& s) { s.inputMode = InputMode::File; } },
         { "Input file does not exist",
             [&](RunSettings& s) {
-                s.inputMode = 0;
+                s.inputMode = InputMode::File;
                 s.sourcePath = m_in + QStringLiteral("/missing.png");
             } },
-        { "Input directory does not exist", [](RunSettings& s) { s.inputMode = 1; } },
+        { "Input directory does not exist", [](RunSettings& s) { s.inputMode = InputMode::Directory; } },
         { "Input directory does not exist",
             [&](RunSettings& s) {
-                s.inputMode = 1;
+                s.inputMode = InputMode::Directory;
                 s.sourcePath = file;
             } },
         { "Input directory empty",
             [&](RunSettings& s) {
-                s.inputMode = 1;
+                s.inputMode = InputMode::Directory;
                 s.sourcePath = empty;
             } },
         { "No filename gives (file prefix when running without input)",
             [](RunSettings& s) {
-                s.inputMode = 2;
+                s.inputMode = InputMode::None;
                 s.outputPrefix.clear();
             } },
         { "Number of frames must not be negative",
             [](RunSettings& s) {
-                s.inputMode = 2;
+                s.inputMode = InputMode::None;
                 s.frameCountText = QStringLiteral("-3");
             } },
     };
@@ -362,7 +362,7 @@ TEST_F(BatchRun, EveryFailedCheckShowsItsMessageAndStartsNothing)
 
 TEST_F(BatchRun, AToolPathThatIsADirectoryPassesItsCheck)
 {
-    m_settings.inputMode = 2;
+    m_settings.inputMode = InputMode::None;
     m_settings.toolPath = m_in;
     EXPECT_TRUE(m_controller.startBatchWithSender({ filter(QStringLiteral("Dir")) }, m_settings));
     ASSERT_TRUE(waitForIdle());
@@ -374,7 +374,7 @@ TEST_F(BatchRun, AnUnreadableInputDirectoryCannotBeScanned)
         GTEST_SKIP() << "permissions are not enforced for root";
     input(QStringLiteral("x.png"));
     ASSERT_TRUE(QFile::setPermissions(m_in, QFileDevice::WriteOwner));
-    m_settings.inputMode = 1;
+    m_settings.inputMode = InputMode::Directory;
     m_settings.sourcePath = m_in;
     QString error;
     EXPECT_FALSE(m_controller.startBatchWithSender({ filter(QStringLiteral("Scan")) }, m_settings, &error));
@@ -385,7 +385,7 @@ TEST_F(BatchRun, AnUnreadableInputDirectoryCannotBeScanned)
 TEST_F(BatchRun, AFailedInputCheckLeavesTheLogWithItsTitle)
 {
     m_settings.toolLog = 1;
-    m_settings.inputMode = 0;
+    m_settings.inputMode = InputMode::File;
     EXPECT_FALSE(m_controller.startBatchWithSender({ filter(QStringLiteral("T")) }, m_settings));
     QFile log(QDir(m_out).filePath(QStringLiteral("qlrn_logfile.txt")));
     ASSERT_TRUE(log.open(QIODevice::ReadOnly));
@@ -429,7 +429,7 @@ TEST_F(BatchRun, ADirectoryOfOnlyHiddenFilesRunsOnceWithoutInput)
     QFile hidden(QDir(m_in).filePath(QStringLiteral(".keep")));
     ASSERT_TRUE(hidden.open(QIODevice::WriteOnly));
     hidden.close();
-    m_settings.inputMode = 1;
+    m_settings.inputMode = InputMode::Directory;
     m_settings.sourcePath = m_in;
     m_settings.frameCountText = QStringLiteral("1");
     ASSERT_TRUE(m_controller.startBatchWithSender({ filter(QStringLiteral("Hidden")) }, m_settings));

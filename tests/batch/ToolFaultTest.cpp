@@ -91,7 +91,7 @@ protected:
     {
         input(QStringLiteral("a.png"));
         input(QStringLiteral("b.png"));
-        m_settings.inputMode = 1;
+        m_settings.inputMode = InputMode::Directory;
         m_settings.sourcePath = m_in;
     }
 
@@ -183,7 +183,7 @@ TEST_F(ToolFault, ACrashingToolEndsItsRunAndTheBatchGoesOn)
 TEST_F(ToolFault, WhatACrashingToolWroteInTheLastStepIsKept)
 {
     input(QStringLiteral("a.png"));
-    m_settings.inputMode = 0;
+    m_settings.inputMode = InputMode::File;
     m_settings.sourcePath = QDir(m_in).filePath(QStringLiteral("a.png"));
     m_settings.frameCountText = QStringLiteral("3");
     const NothingLost guard(m_out, { m_in });
@@ -204,7 +204,7 @@ TEST_F(ToolFault, ACrashInTheSecondStepKeepsItsOutputsAndDeletesOnlyInterimFiles
 {
     input(QStringLiteral("a.png"));
     userFileInOutput();
-    m_settings.inputMode = 0;
+    m_settings.inputMode = InputMode::File;
     m_settings.sourcePath = QDir(m_in).filePath(QStringLiteral("a.png"));
     m_settings.frameCountText = QStringLiteral("2");
     const NothingLost guard(m_out, { m_in });
@@ -237,7 +237,7 @@ TEST_F(ToolFault, ACrashInTheSecondStepKeepsItsOutputsAndDeletesOnlyInterimFiles
 TEST_F(ToolFault, AToolThatExitsWithAnErrorDoesNotStopTheChain)
 {
     input(QStringLiteral("a.png"));
-    m_settings.inputMode = 0;
+    m_settings.inputMode = InputMode::File;
     m_settings.sourcePath = QDir(m_in).filePath(QStringLiteral("a.png"));
     const NothingLost guard(m_out, { m_in });
     BatchEnvGuard journal("QUILLON_STANDIN_JOURNAL", m_journal.toLocal8Bit());
@@ -267,7 +267,7 @@ TEST_F(ToolFault, AToolThatExitsWithAnErrorDoesNotStopTheChain)
 TEST_F(ToolFault, AHundredMegabytesOfOutputReachTheLogWhileTheLoopStaysResponsive)
 {
     constexpr qint64 kFlood = qint64(100) * 1024 * 1024;
-    m_settings.inputMode = 2;
+    m_settings.inputMode = InputMode::None;
     m_settings.frameCountText = QStringLiteral("1");
     m_settings.toolLog = 1;
     const NothingLost guard(m_out, {});
@@ -326,7 +326,7 @@ TEST_F(ToolFault, TheProgressSheetKeepsUpWithAHundredMegabytesOfOutput)
     m_display.forward = &window;
     auto* progress = sheet.findChild<QLabel*>(QStringLiteral("prProgress"));
     ASSERT_TRUE(progress);
-    m_settings.inputMode = 2;
+    m_settings.inputMode = InputMode::None;
     m_settings.frameCountText = QStringLiteral("1");
     const NothingLost guard(m_out, {});
     BatchEnvGuard journal("QUILLON_STANDIN_JOURNAL", m_journal.toLocal8Bit());
@@ -388,7 +388,7 @@ TEST_F(ToolFault, MultiByteOutputCutByThePipeIsLoggedWhole)
 {
     constexpr qint64 kFlood = qint64(8) * 1024 * 1024;
     const QByteArray fill = QStringLiteral("Grüße € \U0001D11E ").toUtf8();
-    m_settings.inputMode = 2;
+    m_settings.inputMode = InputMode::None;
     m_settings.frameCountText = QStringLiteral("1");
     m_settings.toolLog = 1;
     const NothingLost guard(m_out, {});
@@ -424,7 +424,7 @@ TEST_F(ToolFault, MultiByteOutputCutByThePipeIsLoggedWhole)
 TEST_F(ToolFault, InvalidUtf8IsDroppedAndTheRunCompletes)
 {
     input(QStringLiteral("a.png"));
-    m_settings.inputMode = 0;
+    m_settings.inputMode = InputMode::File;
     m_settings.sourcePath = QDir(m_in).filePath(QStringLiteral("a.png"));
     m_settings.toolLog = 1;
     const NothingLost guard(m_out, { m_in });
@@ -452,7 +452,7 @@ TEST_F(ToolFault, InvalidUtf8IsDroppedAndTheRunCompletes)
 // rest of its gigabyte is never read.
 TEST_F(ToolFault, AbortStopsAToolThatIsFloodingItsOutput)
 {
-    m_settings.inputMode = 2;
+    m_settings.inputMode = InputMode::None;
     m_settings.toolLog = 1;
     const NothingLost guard(m_out, {});
     BatchEnvGuard journal("QUILLON_STANDIN_JOURNAL", m_journal.toLocal8Bit());
@@ -643,7 +643,7 @@ TEST_F(ToolFault, WhenNoTaskFileFitsNothingIsLeftHalfWritten)
 {
     input(QStringLiteral("a.png"));
     userFileInOutput();
-    m_settings.inputMode = 0;
+    m_settings.inputMode = InputMode::File;
     m_settings.sourcePath = QDir(m_in).filePath(QStringLiteral("a.png"));
     m_settings.toolLog = 1;
     const NothingLost guard(m_out, { m_in });
@@ -669,7 +669,7 @@ TEST_F(ToolFault, WhenNoTaskFileFitsNothingIsLeftHalfWritten)
 // The task files fit, the tool's large result does not.
 TEST_F(ToolFault, WhenTheResultDoesNotFitTheTaskFilesAreStillCleanedUp)
 {
-    m_settings.inputMode = 2;
+    m_settings.inputMode = InputMode::None;
     m_settings.frameCountText = QStringLiteral("1");
     m_settings.widthText = QStringLiteral("1024");
     m_settings.heightText = QStringLiteral("1024");
@@ -728,7 +728,7 @@ TEST_F(ToolFault, AFullDiskAtStartLeavesNoLogAndNoTaskFiles)
     if (!mount.active())
         GTEST_SKIP() << "a small tmpfs cannot be mounted here: " << mount.why().toStdString();
     ASSERT_FALSE(fillFileSystem(m_out, QStringLiteral("filler.bin")).isEmpty());
-    m_settings.inputMode = 2;
+    m_settings.inputMode = InputMode::None;
     m_settings.toolLog = 1;
     const NothingLost guard(m_out, {});
     BatchEnvGuard journal("QUILLON_STANDIN_JOURNAL", m_journal.toLocal8Bit());

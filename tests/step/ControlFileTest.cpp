@@ -1,6 +1,6 @@
 #include "StepFixtures.h"
 
-#include "app/RunSettings.h"
+#include "run/RunSettings.h"
 
 using namespace quillon;
 using namespace quillon::steptest;

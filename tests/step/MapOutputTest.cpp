@@ -67,7 +67,7 @@ TEST_F(MapOutput, MapsZeroOneFourOverTwoFrames)
 
 TEST_F(MapOutput, MapNamesWithoutInputAndTheLetterScheme)
 {
-    host.settings.nameStyle = 2;
+    host.settings.nameStyle = FrameStyle::Letter;
     host.settings.frameCountText = QStringLiteral("10");
     host.prefix = QStringLiteral("q");
     filter->set(key::Maps, QVariantList { 2, 3, 9 });

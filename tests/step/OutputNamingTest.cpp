@@ -64,7 +64,7 @@ TEST_F(OutputNaming, FrameSuffixSchemes)
         { 3, 4, QString() },
     };
     for (const auto& row : rows) {
-        host.settings.nameStyle = row.style;
+        host.settings.nameStyle = static_cast<FrameStyle>(row.style);
         EXPECT_EQ(step->getFileSuffixFor(row.index), row.suffix) << row.style << " " << row.index;
     }
     host.settings.frameCountText = QStringLiteral("1");

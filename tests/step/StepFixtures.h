@@ -150,7 +150,7 @@ protected:
         filter->setInteger(key::ChoosenPreset, 0);
 
         host.settings.format = QStringLiteral("PNG");
-        host.settings.nameStyle = 1;
+        host.settings.nameStyle = FrameStyle::FourDigit;
         host.settings.frameCountText = QStringLiteral("2");
         host.prefix.clear();
     }

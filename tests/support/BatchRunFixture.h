@@ -5,7 +5,7 @@
 // settings toward the stand-in render tool and a controller that reports to
 // the recording display.
 
-#include "app/RunSettings.h"
+#include "run/RunSettings.h"
 #include "batch/BatchController.h"
 #include "batch/BatchDisplay.h"
 #include "library/Record.h"

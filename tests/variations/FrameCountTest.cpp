@@ -1,7 +1,7 @@
 // The frame-count text as the run reads it: an integer for the control file,
 // a real for the value rule, both the way a text field reads its number.
 
-#include "app/RunSettings.h"
+#include "run/RunSettings.h"
 #include "variations/ValueRule.h"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
 #include "app/ui/AppDelegate.h"
 
-#include "app/RunSettings.h"
+#include "run/RunSettings.h"
 #include "app/ui/DialogSeams.h"
 #include "chain/ChainFile.h"
 #include "chain/ui/ChainListModel.h"

@@ -4,7 +4,7 @@
 #include "app/ui/AppDelegate.h"
 
 #include "app/Preferences.h"
-#include "app/RunSettings.h"
+#include "run/RunSettings.h"
 #include "app/ui/DialogSeams.h"
 #include "app/ui/ProgressSheet.h"
 #include "app/ui/WindowBatchDisplay.h"
@@ -642,10 +642,10 @@ RunSettings AppDelegate::captureRunSettings() const
     settings.toolPath = toolPath;
     settings.outputPath = outputPath;
     settings.sourcePath = sourcePath;
-    settings.inputMode = s.sourceTypePopup->currentIndex();
+    settings.inputMode = static_cast<InputMode>(std::clamp(s.sourceTypePopup->currentIndex(), 0, 2));
 
     settings.outputPrefix = s.outputFilenamePrefixField->text();
-    settings.nameStyle = s.outputFilenameSuffixPopup->currentIndex();
+    settings.nameStyle = static_cast<FrameStyle>(std::clamp(s.outputFilenameSuffixPopup->currentIndex(), 0, 2));
     settings.frameCountText = s.numberOfFramesField->text();
     settings.widthText = s.imageWidthField->text();
     settings.heightText = s.imageHeightField->text();

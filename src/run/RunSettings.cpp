@@ -1,4 +1,4 @@
-#include "app/RunSettings.h"
+#include "run/RunSettings.h"
 
 #include <algorithm>
 #include <cerrno>

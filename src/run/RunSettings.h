@@ -7,6 +7,11 @@
 
 namespace quillon {
 
+// Where a run's inputs come from.
+enum class InputMode { File = 0, Directory = 1, None = 2 };
+// How output names number the frames: -1, -0001 or -a.
+enum class FrameStyle { Plain = 0, FourDigit = 1, Letter = 2 };
+
 // Everything a batch run reads, copied from the window (or the command line)
 // on the GUI thread at Start and read-only for the run. Check box states are
 // ints: 1 on, 0 off, anything else mixed.
@@ -15,11 +20,11 @@ struct RunSettings {
     QString toolPath;
     QString outputPath;
     QString sourcePath;
-    int inputMode = 0; // 0 one image, 1 a directory, 2 no input
+    InputMode inputMode = InputMode::File;
 
     // Output naming and frames.
     QString outputPrefix = QStringLiteral("my-export");
-    int nameStyle = 0; // 0 plain number, 1 four digits, 2 letter
+    FrameStyle nameStyle = FrameStyle::Plain;
     QString frameCountText = QStringLiteral("10");
     QString widthText = QStringLiteral("600");
     QString heightText = QStringLiteral("600");
