@@ -6,6 +6,7 @@
 
 #include "step/FilterProcessObject.h"
 #include "step/XmlFiles.h"
+#include "run/SafeFile.h"
 
 #include <QFile>
 

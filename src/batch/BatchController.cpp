@@ -2,6 +2,7 @@
 
 #include "batch/BatchDisplay.h"
 #include "step/FilterProcessObject.h"
+#include "run/SafeFile.h"
 #include "variations/ValueRule.h"
 
 #include <QCoreApplication>
@@ -10,13 +11,14 @@
 #include <QEventLoop>
 #include <QFileInfo>
 #include <QMetaObject>
-#include <QSaveFile>
 #include <QThread>
 #include <QTimer>
 
 #include <algorithm>
 #include <cstdio>
 #include <utility>
+
+#include <unistd.h>
 
 namespace quillon {
 
@@ -99,6 +101,7 @@ void BatchController::printLine(const QString& text) const
 
 bool BatchController::failCheck(const QString& message, QString* error)
 {
+    m_journal.end();
     if (error)
         *error = message;
     if (m_display)
@@ -132,6 +135,25 @@ bool BatchController::startBatchWithSender(
     const QFileInfo output(m_settings.outputPath);
     if (m_settings.outputPath.isEmpty() || !output.exists() || !output.isDir())
         return failCheck(QStringLiteral("No output path selected"), error);
+    // Output names are the prefix followed by more name: a slash would put
+    // them in another directory.
+    if (m_outputPrefix.contains(QLatin1Char('/')) || m_outputPrefix.contains(QChar(0)))
+        return failCheck(QStringLiteral("The file name prefix cannot contain a slash"), error);
+    // Nothing is written into the directory before the run holds it.
+    QStringList leftovers;
+    switch (m_journal.begin(m_settings.outputPath, &leftovers)) {
+    case RunJournal::Begin::Busy:
+        return failCheck(QStringLiteral("Another run is using this output directory"), error);
+    case RunJournal::Begin::NotAFolder:
+        return failCheck(QStringLiteral("The output directory holds a file named %1; Quillon needs that name "
+                                        "for a folder of its own")
+                             .arg(RunJournal::kFolderName),
+            error);
+    case RunJournal::Begin::Ok:
+        break;
+    }
+    for (const QString& path : std::as_const(leftovers))
+        printLine(QStringLiteral("deleted ") + path);
 
     // A handle left from an earlier run is never written again.
     closeRunLog();
@@ -193,26 +215,18 @@ bool BatchController::startBatchWithSender(
 
 void BatchController::openRunLog()
 {
+    // A new file takes the name (a link there is replaced, never followed)
+    // and stays open, so the appends go to that file whatever comes later.
     const QString path = QDir(m_settings.outputPath).filePath(kLogFileName);
-    QSaveFile title(path);
-    if (!title.open(QIODevice::WriteOnly)) {
-        printLine(QStringLiteral("Error creating logfile ") + title.errorString());
-        return;
-    }
-    const QByteArray titleBytes = kLogTitle.toUtf8();
-    // commit() ignores a failure to write the buffered bytes, hence the flush.
-    if (title.write(titleBytes) != titleBytes.size() || !title.flush()) {
-        const QString why = title.errorString();
-        title.cancelWriting();
+    QString why;
+    const int fd = createFileAtomically(path, kLogTitle.toUtf8(), &why);
+    if (fd < 0) {
         printLine(QStringLiteral("Error creating logfile ") + why);
         return;
     }
-    if (!title.commit()) {
-        printLine(QStringLiteral("Error creating logfile ") + title.errorString());
-        return;
-    }
-    auto handle = std::make_unique<QFile>(path);
-    if (!handle->open(QIODevice::WriteOnly | QIODevice::Append)) {
+    auto handle = std::make_unique<QFile>();
+    if (!handle->open(fd, QIODevice::WriteOnly | QIODevice::Append, QFileDevice::AutoCloseHandle)) {
+        ::close(fd);
         printLine(QStringLiteral("Error creating logfile ") + handle->errorString());
         return;
     }
@@ -443,16 +457,15 @@ QStringList BatchController::beginCompletion()
     return std::exchange(m_interimFiles, QStringList());
 }
 
-QStringList BatchController::deleteInterimFiles(const QStringList& paths) const
+QStringList BatchController::deleteInterimFiles(const QStringList& paths)
 {
     ParentCache parents;
     QStringList deletedLines;
     for (const QString& path : paths) {
-        const QFileInfo info(path);
-        // Only files (or links) this run generated; never a whole directory.
-        if (!isDeletable(path, parents) || (info.isDir() && !info.isSymLink()))
+        // Only files this run created and still finds as it left them.
+        if (!isDeletable(path, parents))
             continue;
-        if (QFile::remove(path))
+        if (m_journal.removeIfCreated(path))
             deletedLines.append(QStringLiteral("deleted ") + path);
     }
     return deletedLines;
@@ -462,6 +475,7 @@ void BatchController::finishCompletion(const QStringList& deletedLines)
 {
     for (const QString& line : deletedLines)
         printLine(line);
+    m_journal.end();
 
     if (m_animTimer)
         m_animTimer->stop();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "run/RunSettings.h"
+#include "batch/RunJournal.h"
 #include "library/Record.h"
 #include "step/StepParent.h"
 
@@ -96,6 +97,12 @@ public:
     // Worker thread: appends the text's UTF-8 bytes to the open log.
     void writeLogFileWithMessage(const QString& message) override;
     QObject* reportContext() override { return this; }
+    // Worker thread: recorded in the run's journal.
+    void willWriteFiles(const QStringList& paths) override { m_journal.intend(paths); }
+    void didCreateFile(const QString& path, const FileIdentity& identity) override
+    {
+        m_journal.recordCreated(path, identity);
+    }
 
     // ---- State, for the window and tests ---------------------------------
     const QStringList& interimFiles() const { return m_interimFiles; }
@@ -129,7 +136,7 @@ private:
     // changes during a run, so the worker runs it and the window keeps
     // serving its events while thousands of files go.
     QStringList beginCompletion();
-    QStringList deleteInterimFiles(const QStringList& paths) const;
+    QStringList deleteInterimFiles(const QStringList& paths);
     void finishCompletion(const QStringList& deletedLines);
     void animationTimerLoopWithTimer();
     void reapWorker();
@@ -146,6 +153,7 @@ private:
     QString m_canonicalOutputDir;
     bool m_dolog = false;
     std::unique_ptr<QFile> m_logfh;
+    RunJournal m_journal; // lock, journal and created files of the run
 
     std::atomic<bool> m_isAborted { false };
     bool m_running = false;

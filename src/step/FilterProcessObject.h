@@ -44,6 +44,7 @@ public:
     QString outPath;
     std::unique_ptr<QProcess> toolTask; // the current tool run; worker thread only
     QStringList filesToRemove; // task files of the current tool run
+    QStringList runOutputs; // outputs the current tool run is to write
     qint64 chainid = 0;
     QStringList originalFileNames; // entry i names the outputs of input i
     QStringList realFileNames; // output names for the later steps

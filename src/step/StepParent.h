@@ -7,6 +7,7 @@ class QObject;
 
 namespace quillon {
 
+struct FileIdentity;
 struct RunSettings;
 
 // What a filter step needs from the controller that runs it. The window's
@@ -37,6 +38,17 @@ public:
     // The object whose thread receives the reports; null delivers them
     // directly on the calling thread.
     virtual QObject* reportContext() = 0;
+
+    // The step is about to write these files (task files, or the outputs
+    // of a tool run), and then did create `path`, found as `identity`. Only
+    // files reported created are ever deleted by the run. Worker thread;
+    // the controller keeps the record thread-safe.
+    virtual void willWriteFiles(const QStringList& paths) { (void)paths; }
+    virtual void didCreateFile(const QString& path, const FileIdentity& identity)
+    {
+        (void)path;
+        (void)identity;
+    }
 };
 
 } // namespace quillon

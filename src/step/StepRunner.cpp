@@ -3,6 +3,7 @@
 
 #include "step/FilterProcessObject.h"
 
+#include "run/SafeFile.h"
 #include "step/StepParent.h"
 
 #include <QDeadlineTimer>
@@ -14,7 +15,11 @@
 #include <QStringDecoder>
 #include <QThread>
 
+#include <csignal>
 #include <utility>
+
+#include <sys/prctl.h>
+#include <unistd.h>
 
 namespace quillon {
 
@@ -105,18 +110,26 @@ void filterProcessObject::runOnSources()
 
 void filterProcessObject::runEmpty()
 {
-    toolTask = std::make_unique<QProcess>();
-    toolTask->setProgram(toolPath);
-    toolTask->setArguments({ createBatchFileNoFile() });
-    captureStandardOutputAndRouteToTextView(*toolTask);
+    // The same tool run as for an input, without one (createBatchFileNoFile).
+    runFilterOn(QString(), QString());
 }
 
 void filterProcessObject::runFilterOn(const QString& inputPath, const QString& outfile)
 {
     toolTask = std::make_unique<QProcess>();
     toolTask->setProgram(toolPath);
+    // The tool never outlives the program that started it, however that
+    // program ends.
+    const pid_t starter = ::getpid();
+    toolTask->setChildProcessModifier([starter] {
+        ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+        if (::getppid() != starter)
+            ::_exit(127);
+    });
     // The task files are written before the tool starts.
+    const qsizetype known = outFiles.size();
     toolTask->setArguments({ createBatchFileWithFilepath(inputPath, outfile) });
+    runOutputs = outFiles.mid(known);
     captureStandardOutputAndRouteToTextView(*toolTask);
 }
 
@@ -150,6 +163,15 @@ void filterProcessObject::captureStandardOutputAndRouteToTextView(QProcess& task
         chunk.chop(tail);
         routeChunk(chunk);
     };
+
+    // The outputs of an inner step are interim files: the run may delete
+    // those the tool creates, and only those.
+    QList<FileIdentity> outputsBefore;
+    if (!isLast && parent) {
+        parent->willWriteFiles(runOutputs);
+        for (const QString& path : std::as_const(runOutputs))
+            outputsBefore.append(regularFileIdentity(path));
+    }
 
     task.start(QIODevice::ReadOnly);
     if (!task.waitForStarted(-1)) {
@@ -192,6 +214,12 @@ void filterProcessObject::captureStandardOutputAndRouteToTextView(QProcess& task
         // it never completed (invalid, so it shows nothing).
         routeAvailableOutput();
         routeChunk(std::exchange(carried, QByteArray()));
+    }
+
+    for (qsizetype i = 0; i < outputsBefore.size(); ++i) {
+        const FileIdentity now = regularFileIdentity(runOutputs.at(i));
+        if (now.isValid() && now.changedSince(outputsBefore.at(i)))
+            parent->didCreateFile(runOutputs.at(i), now);
     }
 
     // The inputs of a later step are interim outputs of the step before.

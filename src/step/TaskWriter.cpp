@@ -4,6 +4,7 @@
 #include "step/FilterProcessObject.h"
 
 #include "run/RunSettings.h"
+#include "run/SafeFile.h"
 #include "step/StepParent.h"
 #include "step/XmlFiles.h"
 
@@ -227,6 +228,20 @@ void applyParameters(filterProcessObject& step, pugi::xml_node settingsNode, pug
     }
 }
 
+// Writes one task file for the tool, reported to the controller before and
+// after.
+bool writeTaskFile(filterProcessObject& step, const QString& path, const QByteArray& bytes)
+{
+    if (step.parent)
+        step.parent->willWriteFiles({ path });
+    FileIdentity written;
+    if (!writeFileAtomically(path, bytes, nullptr, &written))
+        return false;
+    if (step.parent)
+        step.parent->didCreateFile(path, written);
+    return true;
+}
+
 // Room for a re-serialised file: its source and some more indentation.
 qsizetype expectedOutputSize(const QByteArray& source)
 {
@@ -241,7 +256,7 @@ bool writeRunFile(filterProcessObject& step, pugi::xml_document& document, qint6
     const QString path = runFilePath(step, index);
     step.filesToRemove.append(path);
     appendOption(task, "Filter", path);
-    if (!writeFileAtomically(path, serializeXml(document, expectedSize))) {
+    if (!writeTaskFile(step, path, serializeXml(document, expectedSize))) {
         printConsoleLine(QStringLiteral("HILFE!! - Could not create runfile."));
         if (error)
             *error = QStringLiteral("-1");
@@ -327,7 +342,7 @@ QString filterProcessObject::createBatchFileWithFilepath(const QString& filepath
 
     const QString target = joinPath(outPath, QString::fromLatin1(kControlFileName));
     filesToRemove.append(target);
-    if (!writeFileAtomically(target, serializeXml(document))) {
+    if (!writeTaskFile(*this, target, serializeXml(document))) {
         printConsoleLine(QStringLiteral("HILFE!! - Could not create controlfile"));
         return {};
     }

@@ -3,7 +3,6 @@
 #include "library/DefinitionReader.h"
 
 #include <QFile>
-#include <QSaveFile>
 
 #include <cstdio>
 
@@ -123,28 +122,6 @@ QByteArray serializeXml(pugi::xml_document& document, qsizetype expectedSize)
         = indentationBytes(document) > kMaxIndentationBytes ? pugi::format_raw : pugi::format_indent;
     document.save(writer, "  ", format, pugi::encoding_utf8);
     return bytes;
-}
-
-bool writeFileAtomically(const QString& path, const QByteArray& bytes, QString* error)
-{
-    // The tool reads the old file or the new one, never half of one. The
-    // flush before commit matters: QSaveFile would otherwise rename a file
-    // whose last buffered bytes could not be written (a full disk) over the
-    // target.
-    QSaveFile file(path);
-    QString problem;
-    if (!file.open(QIODevice::WriteOnly))
-        problem = file.errorString();
-    else if (file.write(bytes) != bytes.size() || !file.flush())
-        problem = file.errorString();
-    else if (!file.commit())
-        problem = file.errorString();
-    if (problem.isEmpty())
-        return true;
-    file.cancelWriting();
-    if (error)
-        *error = QStringLiteral("cannot write %1: %2").arg(path, problem);
-    return false;
 }
 
 void printConsoleLine(const QString& line)

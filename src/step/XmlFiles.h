@@ -22,11 +22,6 @@ bool loadXmlFile(pugi::xml_document& document, const QString& path, QString* err
 // indentation. `expectedSize`, when known, saves the growing of the result.
 QByteArray serializeXml(pugi::xml_document& document, qsizetype expectedSize = 0);
 
-// Writes `bytes` to `path` atomically: a new file beside it takes its place
-// in one step, so a reader sees the old file or the new one. Meant for the
-// render tool's interim files: nothing is flushed to the disk.
-bool writeFileAtomically(const QString& path, const QByteArray& bytes, QString* error = nullptr);
-
 // One line on standard output, flushed at once.
 void printConsoleLine(const QString& line);
 

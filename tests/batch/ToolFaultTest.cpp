@@ -624,10 +624,11 @@ TEST_F(OutputDirFault, TheOutputDirectoryBecomesReadOnly)
     });
 
     // Nothing more could be written there, and nothing removed: the task
-    // files of the first run stay, and no temporary file joined them.
+    // files of the first run stay with the journal that names them for the
+    // next run, and no temporary file joined them.
     EXPECT_TRUE(writtenOutputs().isEmpty());
-    EXPECT_EQ(
-        batchDirectoryNames(m_out), (QStringList { "bth-run-0.ffxml", "controlfile.xml", "notes.txt" }));
+    EXPECT_EQ(batchDirectoryNames(m_out),
+        (QStringList { ".quillon", "bth-run-0.ffxml", "controlfile.xml", "notes.txt" }));
     guard.expectNothingLost({}, m_display.deletionList);
     if (!root)
         QFile::setPermissions(

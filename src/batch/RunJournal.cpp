@@ -1,0 +1,180 @@
+#include "batch/RunJournal.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QLockFile>
+#include <QUrl>
+
+#include <cerrno>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace quillon {
+
+const QString RunJournal::kFolderName = QStringLiteral(".quillon");
+
+namespace {
+
+const QString kJournalName = QStringLiteral("journal");
+const QString kLockName = QStringLiteral("lock");
+
+QByteArray encodePath(const QString& path)
+{
+    return QUrl::toPercentEncoding(path, "/");
+}
+
+// Whether `path` names an entry directly in `directory` or in a folder below
+// its ".quillon" (canonical parents compared; the name itself may be a link).
+bool isInsideOutput(const QString& path, const QString& directory)
+{
+    const QFileInfo info(path);
+    const QString parent = QFileInfo(info.absolutePath()).canonicalFilePath();
+    if (parent.isEmpty() || info.fileName().isEmpty())
+        return false;
+    return parent == directory || parent.startsWith(directory + QLatin1Char('/') + RunJournal::kFolderName);
+}
+
+} // namespace
+
+RunJournal::RunJournal() = default;
+
+RunJournal::~RunJournal()
+{
+    end();
+}
+
+RunJournal::Begin RunJournal::begin(const QString& outputDir, QStringList* removed)
+{
+    end();
+    QMutexLocker locker(&m_mutex);
+    m_created.clear();
+    m_outputDir = QFileInfo(outputDir).canonicalFilePath();
+    if (m_outputDir.isEmpty())
+        return Begin::Ok;
+    m_folder = QDir(m_outputDir).filePath(kFolderName);
+    const QByteArray folder = QFile::encodeName(m_folder);
+    struct stat info { };
+    if (::lstat(folder.constData(), &info) == 0) {
+        if (!S_ISDIR(info.st_mode))
+            return Begin::NotAFolder;
+    } else if (::mkdir(folder.constData(), 0777) != 0) {
+        return Begin::Ok; // nothing can be written here; the run will say so
+    }
+
+    auto lock = std::make_unique<QLockFile>(QDir(m_folder).filePath(kLockName));
+    // Only a lock whose process is gone counts as stale, however old.
+    lock->setStaleLockTime(0);
+    if (!lock->tryLock(0)) {
+        if (lock->error() == QLockFile::LockFailedError)
+            return Begin::Busy;
+        return Begin::Ok;
+    }
+    m_lock = std::move(lock);
+
+    const QString journal = QDir(m_folder).filePath(kJournalName);
+    removeLeftovers(journal, removed);
+    m_journalFd = createFileAtomically(journal, QByteArray());
+    return Begin::Ok;
+}
+
+void RunJournal::removeLeftovers(const QString& journalPath, QStringList* removed)
+{
+    if (!regularFileIdentity(journalPath).isValid())
+        return;
+    QFile journal(journalPath);
+    if (!journal.open(QIODevice::ReadOnly))
+        return;
+    while (!journal.atEnd()) {
+        const QList<QByteArray> fields = journal.readLine().trimmed().split(' ');
+        if (fields.size() != 5 || fields.at(0) != "created")
+            continue;
+        FileIdentity identity;
+        identity.device = static_cast<dev_t>(fields.at(1).toULongLong());
+        identity.inode = static_cast<ino_t>(fields.at(2).toULongLong());
+        identity.size = fields.at(3).toLongLong();
+        const QString path = QUrl::fromPercentEncoding(fields.at(4));
+        if (isInsideOutput(path, m_outputDir) && removeIfUnchanged(path, identity) && removed)
+            removed->append(path);
+    }
+    journal.close();
+    QFile::remove(journalPath);
+}
+
+void RunJournal::appendLine(const QByteArray& line)
+{
+    if (m_journalFd < 0)
+        return;
+    const char* data = line.constData();
+    qsizetype left = line.size();
+    while (left > 0) {
+        const ssize_t done = ::write(m_journalFd, data, static_cast<size_t>(left));
+        if (done < 0 && errno == EINTR)
+            continue;
+        if (done <= 0)
+            return; // a full disk: the journal only helps a later clean-up
+        data += done;
+        left -= done;
+    }
+}
+
+void RunJournal::intend(const QStringList& paths)
+{
+    QByteArray lines;
+    for (const QString& path : paths)
+        lines += "intend " + encodePath(path) + '\n';
+    QMutexLocker locker(&m_mutex);
+    appendLine(lines);
+}
+
+void RunJournal::recordCreated(const QString& path, const FileIdentity& identity)
+{
+    if (!identity.isValid())
+        return;
+    const QByteArray line = "created " + QByteArray::number(static_cast<quint64>(identity.device)) + ' '
+        + QByteArray::number(static_cast<quint64>(identity.inode)) + ' ' + QByteArray::number(identity.size)
+        + ' ' + encodePath(path) + '\n';
+    QMutexLocker locker(&m_mutex);
+    m_created.insert(path, identity);
+    appendLine(line);
+}
+
+bool RunJournal::isCreated(const QString& path) const
+{
+    QMutexLocker locker(&m_mutex);
+    return m_created.contains(path);
+}
+
+bool RunJournal::removeIfCreated(const QString& path)
+{
+    FileIdentity identity;
+    {
+        QMutexLocker locker(&m_mutex);
+        const auto found = m_created.constFind(path);
+        if (found == m_created.cend())
+            return false;
+        identity = found.value();
+    }
+    return removeIfUnchanged(path, identity);
+}
+
+void RunJournal::end()
+{
+    QMutexLocker locker(&m_mutex);
+    if (m_journalFd >= 0) {
+        ::close(m_journalFd);
+        m_journalFd = -1;
+        QFile::remove(QDir(m_folder).filePath(kJournalName));
+    }
+    if (m_lock) {
+        m_lock->unlock();
+        m_lock.reset();
+    }
+    if (!m_folder.isEmpty()) {
+        ::rmdir(QFile::encodeName(m_folder).constData()); // only when empty
+        m_folder.clear();
+    }
+}
+
+} // namespace quillon

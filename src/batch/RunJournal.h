@@ -1,0 +1,69 @@
+#pragma once
+
+#include "run/SafeFile.h"
+
+#include <QHash>
+#include <QMutex>
+#include <QString>
+#include <QStringList>
+
+#include <memory>
+
+class QLockFile;
+
+namespace quillon {
+
+// A run's own corner of its output directory, the hidden folder ".quillon":
+// - a lock, so only one run at a time uses the directory (a lock left by a
+//   process that died is taken over);
+// - the journal: the interim files the run is about to write, and each one
+//   it did write with its identity, so a later run can remove what a killed
+//   run left (only those files, only while unchanged);
+// - in memory, the files the run created: the deletion pass removes only
+//   those, and only while they are still the files the run saw.
+//
+// Thread-safe: the worker records, the controller begins, ends and deletes.
+class RunJournal final {
+public:
+    static const QString kFolderName; // ".quillon"
+
+    enum class Begin { Ok, Busy, NotAFolder };
+
+    RunJournal();
+    ~RunJournal();
+    RunJournal(const RunJournal&) = delete;
+    RunJournal& operator=(const RunJournal&) = delete;
+
+    // Takes the directory for a run: creates the folder, takes the lock,
+    // removes the leftovers of a killed run (their paths are appended to
+    // `removed`) and starts a new journal. A folder or lock that cannot be
+    // created on a read-only or full disk is not an error: the run then has
+    // no lock and no journal on disk, but still knows what it created.
+    Begin begin(const QString& outputDir, QStringList* removed = nullptr);
+
+    // The run is about to write these files.
+    void intend(const QStringList& paths);
+    // The run wrote `path`, or found it created by the tool: it may delete
+    // it at the end while it stays `identity`.
+    void recordCreated(const QString& path, const FileIdentity& identity);
+    bool isCreated(const QString& path) const;
+    // Deletes `path` if the run created it and it is unchanged.
+    bool removeIfCreated(const QString& path);
+
+    // The run is over: the journal goes, the lock is released and the
+    // folder removed when nothing else is in it. Safe to call twice.
+    void end();
+
+private:
+    void appendLine(const QByteArray& line);
+    void removeLeftovers(const QString& journalPath, QStringList* removed);
+
+    mutable QMutex m_mutex;
+    QString m_outputDir; // canonical
+    QString m_folder;
+    std::unique_ptr<QLockFile> m_lock;
+    int m_journalFd = -1;
+    QHash<QString, FileIdentity> m_created;
+};
+
+} // namespace quillon

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+#include <sys/types.h>
+
+namespace quillon {
+
+// What tells one file from another that later takes its name: the device and
+// inode of the file itself (a link is not followed) and its size. Two reads
+// of an unchanged file give equal identities.
+struct FileIdentity {
+    dev_t device = 0;
+    ino_t inode = 0;
+    qint64 size = -1;
+    qint64 modifiedNs = 0; // modification time, for "was it written since"
+
+    bool isValid() const { return size >= 0; }
+    // Same file, same size: the test before a file is deleted.
+    bool sameFileAs(const FileIdentity& other) const
+    {
+        return isValid() && other.isValid() && device == other.device && inode == other.inode
+            && size == other.size;
+    }
+    // A different file, or the same one written since.
+    bool changedSince(const FileIdentity& before) const
+    {
+        return !sameFileAs(before) || modifiedNs != before.modifiedNs;
+    }
+};
+
+// The identity of the regular file at `path`; invalid when there is none
+// (nothing there, a link, a directory, a pipe ...).
+FileIdentity regularFileIdentity(const QString& path);
+
+// Writes `bytes` to `path` atomically: a new file in the same directory,
+// created without following links and never over an existing entry, then
+// renamed over the name. A link at `path` is replaced, its target never
+// touched; a reader sees the old file or the new one, never half of one.
+// Nothing is flushed to the disk: meant for files read once and deleted at
+// the end of the run. `written`, when given, receives the new file's
+// identity.
+bool writeFileAtomically(const QString& path, const QByteArray& bytes, QString* error = nullptr,
+    FileIdentity* written = nullptr);
+
+// Like writeFileAtomically, but the new file stays open: the returned
+// descriptor (close-on-exec, write-only, positioned after `bytes`) refers to
+// the file now at `path`, so later appends cannot be redirected by a link
+// put there afterwards. -1 on failure.
+int createFileAtomically(const QString& path, const QByteArray& bytes, QString* error = nullptr);
+
+// Removes the regular file at `path` when it is still the file `expected`
+// describes; never a directory, never a link's target.
+bool removeIfUnchanged(const QString& path, const FileIdentity& expected);
+
+} // namespace quillon
