@@ -39,9 +39,11 @@ bool loadCliChain(const CliOptions& options, RecordList* chain, QString* error)
         // its path, then the details read into it.
         const QString absolute = QFileInfo(path).absoluteFilePath();
         RecordPtr record = getFilterInfoWithPath(absolute);
-        if (!record || !record->contains(key::name)) {
+        const QString problem = definitionProblem(absolute);
+        if (!record || !record->contains(key::name) || !problem.isEmpty()) {
             if (error)
-                *error = QStringLiteral("Not a usable filter definition: ") + path;
+                *error = QStringLiteral("Not a usable filter definition: %1 (%2)")
+                             .arg(path, problem.isEmpty() ? QStringLiteral("it has no name") : problem);
             return false;
         }
         record->setString(key::path, absolute);

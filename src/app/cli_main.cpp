@@ -1,11 +1,16 @@
 #include "app/CliRun.h"
 #include "app/MemoryTuning.h"
+#include "batch/InputListing.h"
+
+#include <QFile>
 
 #include <QCoreApplication>
 #include <QSocketNotifier>
 #include <QTimer>
 
 #include <csignal>
+#include <cstdio>
+#include <optional>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -34,7 +39,25 @@ bool installTerminationHandlers()
     action.sa_handler = onTerminationSignal;
     sigemptyset(&action.sa_mask);
     action.sa_flags = SA_RESTART;
-    return ::sigaction(SIGINT, &action, nullptr) == 0 && ::sigaction(SIGTERM, &action, nullptr) == 0;
+    // A closed terminal (SIGHUP) and Ctrl-\ (SIGQUIT) end a run like Ctrl-C:
+    // aborted, cleaned up, exit 130.
+    for (const int signal : { SIGINT, SIGTERM, SIGHUP, SIGQUIT }) {
+        if (::sigaction(signal, &action, nullptr) != 0)
+            return false;
+    }
+    return true;
+}
+
+// Paths reach the render tool as UTF-8 text; an argument that is not valid
+// UTF-8 would name another file. Returns the first such argument, escaped.
+std::optional<QString> undecodableArgument(int argc, char** argv)
+{
+    for (int i = 1; i < argc; ++i) {
+        const QByteArray bytes(argv[i]);
+        if (QFile::encodeName(QFile::decodeName(bytes)) != bytes)
+            return quillon::escapedName(bytes);
+    }
+    return std::nullopt;
 }
 
 } // namespace
@@ -45,6 +68,11 @@ int main(int argc, char** argv)
     QCoreApplication app(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("quillon-cli"));
     QCoreApplication::setApplicationVersion(QStringLiteral(QUILLON_VERSION));
+
+    if (const auto argument = undecodableArgument(argc, argv)) {
+        std::fprintf(stderr, "quillon-cli: %s is not valid UTF-8; rename it to run it\n", qPrintable(*argument));
+        return quillon::kCliExitFailed;
+    }
 
     quillon::CliRun run;
     if (installTerminationHandlers()) {

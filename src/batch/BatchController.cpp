@@ -1,13 +1,13 @@
 #include "batch/BatchController.h"
 
 #include "batch/BatchDisplay.h"
+#include "batch/InputListing.h"
 #include "step/FilterProcessObject.h"
 #include "run/SafeFile.h"
 #include "variations/ValueRule.h"
 
 #include <QCoreApplication>
 #include <QDir>
-#include <QDirIterator>
 #include <QEventLoop>
 #include <QFileInfo>
 #include <QMetaObject>
@@ -173,9 +173,7 @@ bool BatchController::startBatchWithSender(
             return failCheck(QStringLiteral("Input directory does not exist"), error);
         if (!directory.isReadable() || !directory.isExecutable())
             return failCheck(QStringLiteral("Error scanning input directory"), error);
-        const QStringList entries
-            = QDir(source).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
-        if (entries.isEmpty())
+        if (!hasAnyEntry(source))
             return failCheck(QStringLiteral("Input directory empty"), error);
         break;
     }
@@ -189,6 +187,8 @@ bool BatchController::startBatchWithSender(
     }
     if (const auto frames = m_settings.frameCountReal(); frames && *frames < 0)
         return failCheck(QStringLiteral("Number of frames must not be negative"), error);
+    if (!collectInputs(error))
+        return false;
 
     // The steps write absolute paths into the task files and the tool is
     // started by path, never looked up in PATH.
@@ -261,20 +261,31 @@ QStringList BatchController::makesFilesArray() const
     }
 }
 
+bool BatchController::collectInputs(QString* error)
+{
+    m_inputs.clear();
+    if (m_settings.inputMode != InputMode::Directory || m_settings.sourcePath.isEmpty()) {
+        m_inputs = makesFilesArray();
+        return true;
+    }
+    InputListing listing = listInputDirectory(m_settings.sourcePath);
+    if (!listing.undecodable.isEmpty()) {
+        constexpr qsizetype kNamed = 5;
+        QString names = listing.undecodable.mid(0, kNamed).join(QStringLiteral(", "));
+        if (listing.undecodable.size() > kNamed)
+            names += QStringLiteral(" and %1 more").arg(listing.undecodable.size() - kNamed);
+        return failCheck(
+            QStringLiteral("Input names that are not valid UTF-8 cannot be given to the render tool: %1")
+                .arg(names),
+            error);
+    }
+    m_inputs = std::move(listing.paths);
+    return true;
+}
+
 QStringList BatchController::loadImagesFromSourceFolder(const QString& directory)
 {
-    const QDir root(QFileInfo(directory).absoluteFilePath());
-    QStringList files;
-    QDirIterator it(root.path(), QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
-        QDirIterator::Subdirectories);
-    while (it.hasNext()) {
-        const QString relative = root.relativeFilePath(it.next());
-        if (relative.startsWith(QLatin1Char('.')))
-            continue;
-        files.append(root.filePath(relative));
-    }
-    std::sort(files.begin(), files.end());
-    return files;
+    return listInputDirectory(directory).paths;
 }
 
 QString BatchController::inputBaseName(const QString& path)
@@ -286,7 +297,7 @@ QString BatchController::inputBaseName(const QString& path)
 
 void BatchController::buildLaunchQueue()
 {
-    const QStringList inputs = makesFilesArray();
+    const QStringList inputs = std::exchange(m_inputs, QStringList());
     m_originalInputs.clear();
     for (const QString& path : inputs + QStringList { m_settings.sourcePath }) {
         if (path.isEmpty())

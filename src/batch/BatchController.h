@@ -120,6 +120,9 @@ private:
     using LaunchQueue = std::vector<std::unique_ptr<filterProcessObject>>;
 
     bool failCheck(const QString& message, QString* error);
+    // Lists the inputs of the run into m_inputs; false (a failed check) when
+    // some cannot be named to the tool.
+    bool collectInputs(QString* error);
     void openRunLog();
     void closeRunLog();
     void printLine(const QString& text) const;
@@ -147,6 +150,7 @@ private:
     RecordList m_chain;
     RunSettings m_settings;
     QString m_outputPrefix;
+    QStringList m_inputs; // collected at Start, handed to the first step
     QStringList m_interimFiles;
     QSet<QString> m_interimSet; // the same paths, to keep the list free of repeats
     QSet<QString> m_originalInputs; // canonical paths of the run's user inputs

@@ -5,6 +5,7 @@
 
 #include <pugixml.hpp>
 
+#include <algorithm>
 #include <cstring>
 #include <limits>
 #include <optional>
@@ -220,6 +221,30 @@ RecordPtr getFilterInfoWithPath(const QString& path)
             processFilterTypeNodeWithInnode(child, *filterInfo);
     }
     return filterInfo;
+}
+
+QString definitionProblem(const QString& path)
+{
+    QByteArray bytes;
+    QString error;
+    if (!readDefinitionFile(path, bytes, &error))
+        return error.startsWith(path) ? QStringLiteral("it") + error.mid(path.size()) : error;
+    pugi::xml_document document;
+    const pugi::xml_parse_result parsed = document.load_buffer(
+        bytes.constData(), static_cast<size_t>(bytes.size()), kDetailParseOptions);
+    if (!parsed) {
+        const qsizetype offset = std::clamp<qsizetype>(parsed.offset, 0, bytes.size());
+        const qsizetype line = std::count(bytes.constBegin(), bytes.constBegin() + offset, '\n') + 1;
+        return QStringLiteral("it is not XML: %1 at line %2").arg(QString::fromUtf8(parsed.description())).arg(line);
+    }
+    const pugi::xml_node root = document.document_element();
+    if (!isNamed(root, "Filter"))
+        return QStringLiteral("its root element is %1, not Filter").arg(QString::fromUtf8(root.name()));
+    for (const char* needed : { "Information", "Presets" }) {
+        if (!root.child(needed))
+            return QStringLiteral("it has no %1 element").arg(QLatin1String(needed));
+    }
+    return {};
 }
 
 bool loadXMLInfoWithFilterdata(Record& filterData)

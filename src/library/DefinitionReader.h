@@ -26,6 +26,11 @@ inline constexpr qint64 kMaxDefinitionBytes = qint64(128) * 1024 * 1024;
 // kMaxDefinitionBytes, or when it cannot be read.
 bool readDefinitionFile(const QString& path, QByteArray& bytes, QString* error = nullptr);
 
+// Why the file at `path` is not a usable filter definition, in words for
+// the user ("it is not XML: ... at line 3", "it has no Presets element");
+// empty when it is one.
+QString definitionProblem(const QString& path);
+
 // The library reader: a new record with "name", "author" and, when the
 // definition has Components/Result/FilterType, "filtertype". The record is
 // empty when the file cannot be read or parsed or its root is not `Filter`;
