@@ -10,8 +10,8 @@
 
 #include <csignal>
 #include <cstdio>
-#include <optional>
 #include <fcntl.h>
+#include <optional>
 #include <unistd.h>
 
 namespace {
@@ -70,7 +70,8 @@ int main(int argc, char** argv)
     QCoreApplication::setApplicationVersion(QStringLiteral(QUILLON_VERSION));
 
     if (const auto argument = undecodableArgument(argc, argv)) {
-        std::fprintf(stderr, "quillon-cli: %s is not valid UTF-8; rename it to run it\n", qPrintable(*argument));
+        std::fprintf(
+            stderr, "quillon-cli: %s is not valid UTF-8; rename it to run it\n", qPrintable(*argument));
         return quillon::kCliExitFailed;
     }
 

@@ -2,8 +2,8 @@
 
 #include "batch/BatchDisplay.h"
 #include "batch/InputListing.h"
-#include "step/FilterProcessObject.h"
 #include "run/SafeFile.h"
+#include "step/FilterProcessObject.h"
 #include "variations/ValueRule.h"
 
 #include <QCoreApplication>

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "run/RunSettings.h"
 #include "batch/RunJournal.h"
 #include "library/Record.h"
+#include "run/RunSettings.h"
 #include "step/StepParent.h"
 
 #include <QFile>

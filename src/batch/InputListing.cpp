@@ -74,7 +74,8 @@ InputListing listInputDirectory(const QString& directory)
 
 bool hasAnyEntry(const QString& directory)
 {
-    const std::unique_ptr<DIR, int (*)(DIR*)> dir(::opendir(QFile::encodeName(directory).constData()), ::closedir);
+    const std::unique_ptr<DIR, int (*)(DIR*)> dir(
+        ::opendir(QFile::encodeName(directory).constData()), ::closedir);
     if (!dir)
         return false;
     while (const dirent* entry = ::readdir(dir.get())) {

@@ -230,12 +230,14 @@ QString definitionProblem(const QString& path)
     if (!readDefinitionFile(path, bytes, &error))
         return error.startsWith(path) ? QStringLiteral("it") + error.mid(path.size()) : error;
     pugi::xml_document document;
-    const pugi::xml_parse_result parsed = document.load_buffer(
-        bytes.constData(), static_cast<size_t>(bytes.size()), kDetailParseOptions);
+    const pugi::xml_parse_result parsed
+        = document.load_buffer(bytes.constData(), static_cast<size_t>(bytes.size()), kDetailParseOptions);
     if (!parsed) {
         const qsizetype offset = std::clamp<qsizetype>(parsed.offset, 0, bytes.size());
         const qsizetype line = std::count(bytes.constBegin(), bytes.constBegin() + offset, '\n') + 1;
-        return QStringLiteral("it is not XML: %1 at line %2").arg(QString::fromUtf8(parsed.description())).arg(line);
+        return QStringLiteral("it is not XML: %1 at line %2")
+            .arg(QString::fromUtf8(parsed.description()))
+            .arg(line);
     }
     const pugi::xml_node root = document.document_element();
     if (!isNamed(root, "Filter"))

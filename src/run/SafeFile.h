@@ -41,8 +41,8 @@ FileIdentity regularFileIdentity(const QString& path);
 // Nothing is flushed to the disk: meant for files read once and deleted at
 // the end of the run. `written`, when given, receives the new file's
 // identity.
-bool writeFileAtomically(const QString& path, const QByteArray& bytes, QString* error = nullptr,
-    FileIdentity* written = nullptr);
+bool writeFileAtomically(
+    const QString& path, const QByteArray& bytes, QString* error = nullptr, FileIdentity* written = nullptr);
 
 // Like writeFileAtomically, but the new file stays open: the returned
 // descriptor (close-on-exec, write-only, positioned after `bytes`) refers to

@@ -2,6 +2,7 @@
 
 #include "chain/ChainFile.h"
 #include "support/BatchFixtures.h"
+#include "support/CliFixture.h"
 
 #include <QDir>
 #include <QFile>
@@ -19,61 +20,9 @@ using test::batchDirectoryNames;
 using test::batchSnapshot;
 using test::writeBatchInputImage;
 
-struct CliResult {
-    int exitCode = -1;
-    QProcess::ExitStatus status = QProcess::CrashExit;
-    QString out;
-    QString err;
-};
-
-const QString kTool = QStringLiteral(QUILLON_STANDIN_PATH);
-
-class CliRun : public ::testing::Test {
-protected:
-    void SetUp() override
-    {
-        const QDir root(m_temp.path());
-        ASSERT_TRUE(root.mkpath(QStringLiteral("out")) && root.mkpath(QStringLiteral("in")));
-        m_out = root.filePath(QStringLiteral("out"));
-        m_in = root.filePath(QStringLiteral("in"));
-        m_definition = test::writeBatchDefinition(m_temp.path(), QStringLiteral("glow.ffxml"),
-            QStringLiteral("Glow"), QStringLiteral("Quillon Tests"));
-        ASSERT_FALSE(m_definition.isEmpty());
-    }
-
-    QStringList baseFlags() const
-    {
-        return { "--filter", m_definition, "--tool", kTool, "--output", m_out, "--format", "PNG", "--frames",
-            "2", "--seed", "3" };
-    }
-
-    static CliResult finish(QProcess& process)
-    {
-        EXPECT_TRUE(process.waitForFinished(90000));
-        return { process.exitCode(), process.exitStatus(), QString::fromUtf8(process.readAllStandardOutput()),
-            QString::fromUtf8(process.readAllStandardError()) };
-    }
-
-    static CliResult run(const QStringList& flags)
-    {
-        QProcess process;
-        process.start(QStringLiteral(QUILLON_CLI_PATH), flags);
-        return finish(process);
-    }
-
-    QString writeFile(const QString& name, const QByteArray& bytes) const
-    {
-        const QString path = QDir(m_temp.path()).filePath(name);
-        QFile file(path);
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
-        return path;
-    }
-
-    QTemporaryDir m_temp;
-    QString m_out;
-    QString m_in;
-    QString m_definition;
-};
+using test::CliResult;
+using test::kTool;
+using CliRun = test::CliFixture;
 
 TEST_F(CliRun, ACompletedRunLeavesOnlyTheOutputsAndSavesAChainThatRunsAgain)
 {
