@@ -7,6 +7,7 @@
 #include <QStringList>
 
 #include <atomic>
+#include <functional>
 #include <memory>
 
 #include <pugixml.hpp>
@@ -16,6 +17,8 @@ class QProcess;
 namespace quillon {
 
 class StepParent;
+struct PlannedTask;
+struct PlannedToolRun;
 struct RunSettings;
 
 // One step of a batch run: one filter of the chain applied to all of the
@@ -45,6 +48,11 @@ public:
     std::unique_ptr<QProcess> toolTask; // the current tool run; worker thread only
     QStringList filesToRemove; // task files of the current tool run
     QStringList runOutputs; // outputs the current tool run is to write
+    // The run's plan for this step: one tool run per input (or one without
+    // input); plannedRun is the current one. Without a plan the step works
+    // out each tool run's tasks itself.
+    QList<const PlannedToolRun*> plannedRuns;
+    const PlannedToolRun* plannedRun = nullptr;
     qint64 chainid = 0;
     QStringList originalFileNames; // entry i names the outputs of input i
     QStringList realFileNames; // output names for the later steps
@@ -75,6 +83,20 @@ public:
     // returns the control file's path, or an empty string on failure.
     QString createBatchFileWithFilepath(const QString& filepath, const QString& out);
     QString createBatchFileNoFile();
+    // The tasks of one tool run, named and valued as the writers would: the
+    // records advance, outFiles and realFileNames grow. Nothing is written.
+    PlannedToolRun planToolRun(const QString& filepath, const QString& out);
+    // The tasks of one tool run in order, each handed to `take` until it
+    // returns false. `withValues`: the value rule runs now (for a plan);
+    // otherwise when the task's run file is written.
+    void forEachTask(const QString& out, bool withValues, const std::function<bool(PlannedTask&&)>& take);
+    PlannedTask planOrdinaryTask(qint64 index, const QString& outfile, bool withValues);
+    PlannedTask planMapTask(qint64 index, const QString& outfile, qint64 mapindex, bool first, bool withValues);
+    // Writes one task of the control file and its run file.
+    pugi::xml_node writePlannedTask(
+        const PlannedTask& task, const QString& imagepath, QString* error, pugi::xml_node tasks);
+    // A tool run left out whole: its values still advance the records.
+    void storePlannedValues(const PlannedToolRun& run);
 
     pugi::xml_node createGlobalSettings(pugi::xml_node parent) const;
     pugi::xml_node createRenderOptions(pugi::xml_node parent) const;

@@ -4,6 +4,7 @@
 #include "step/FilterProcessObject.h"
 
 #include "run/RunSettings.h"
+#include "run/RunPlan.h"
 #include "run/SafeFile.h"
 #include "step/StepParent.h"
 #include "step/XmlFiles.h"
@@ -11,6 +12,7 @@
 #include <QStringView>
 
 #include <algorithm>
+#include <functional>
 #include <cstring>
 #include <optional>
 #include <string>
@@ -191,22 +193,56 @@ void writeParameterValue(controlType kind, const QVariant& value, pugi::xml_node
     }
 }
 
-// Advances every parameter of the filter by one task and writes the values
-// into the preset's Settings and Controls.
-void applyParameters(filterProcessObject& step, pugi::xml_node settingsNode, pugi::xml_node controls)
+// The value of every parameter of the filter for its next task, by the
+// value rule (which advances each record); invalid where a parameter does
+// not vary.
+QList<QVariant> advanceParameters(filterProcessObject& step)
+{
+    QList<QVariant> values;
+    const RecordListPtr components = step.filterData ? step.filterData->list(key::Components) : nullptr;
+    if (!components)
+        return values;
+    const std::optional<double> frames = step.settings().frameCountReal();
+    values.reserve(components->size());
+    for (const RecordPtr& parameter : *components)
+        values.append(parameter ? nextVariationValue(*parameter, frames, step.randomDraw) : QVariant());
+    return values;
+}
+
+// Leaves each record where the value rule leaves it after a task with
+// these values.
+void storeStartValues(filterProcessObject& step, const QList<QVariant>& values)
+{
+    const RecordListPtr components = step.filterData ? step.filterData->list(key::Components) : nullptr;
+    if (!components)
+        return;
+    for (qsizetype i = 0; i < values.size() && i < static_cast<qsizetype>(components->size()); ++i) {
+        const RecordPtr& parameter = (*components)[static_cast<size_t>(i)];
+        const QVariant& value = values.at(i);
+        if (!parameter || !value.isValid())
+            continue;
+        if (value.typeId() == QMetaType::Double)
+            parameter->setReal(key::STARTVALUE, value.toDouble());
+        else
+            parameter->setInteger(key::STARTVALUE, value.toLongLong());
+    }
+}
+
+// Writes the task's values into the preset's Settings and Controls.
+void applyParameters(filterProcessObject& step, const QList<QVariant>& values, pugi::xml_node settingsNode,
+    pugi::xml_node controls)
 {
     const RecordListPtr components = step.filterData->list(key::Components);
     if (!components)
         return;
-    const std::optional<double> frames = step.settings().frameCountReal();
+    storeStartValues(step, values);
     // Controls by id, the first element of each id; built only when needed.
     std::unordered_map<std::string, pugi::xml_node> byId;
     bool indexed = false;
-    for (const RecordPtr& parameter : *components) {
-        if (!parameter)
-            continue;
-        const QVariant value = nextVariationValue(*parameter, frames, step.randomDraw);
-        if (!value.isValid())
+    for (qsizetype i = 0; i < values.size() && i < static_cast<qsizetype>(components->size()); ++i) {
+        const RecordPtr& parameter = (*components)[static_cast<size_t>(i)];
+        const QVariant& value = values.at(i);
+        if (!parameter || !value.isValid())
             continue;
         const std::optional<controlType> kind = parameter->type();
         if (!kind)
@@ -268,7 +304,7 @@ bool writeRunFile(filterProcessObject& step, pugi::xml_document& document, qint6
 // The run file of a frame's first (or only) task: the definition with the
 // chosen preset and this task's values; map tasks also set map_type.
 bool writeDefinitionRunFile(filterProcessObject& step, qint64 index, std::optional<qint64> mapindex,
-    pugi::xml_node task, QString* error)
+    const QList<QVariant>* values, pugi::xml_node task, QString* error)
 {
     if (!step.filterData) {
         if (error)
@@ -304,7 +340,7 @@ bool writeDefinitionRunFile(filterProcessObject& step, qint64 index, std::option
     }
     if (mapindex)
         rewriteAttribute(settingsNode, "map_type", QString::number(*mapindex));
-    applyParameters(step, settingsNode, controls);
+    applyParameters(step, values ? *values : advanceParameters(step), settingsNode, controls);
     filterProcessObject::setPresetWithPreset(preset, root);
     return writeRunFile(step, document, index, task, expectedOutputSize(source), error);
 }
@@ -313,31 +349,98 @@ bool writeDefinitionRunFile(filterProcessObject& step, qint64 index, std::option
 
 // ---- Control file ---------------------------------------------------------
 
-QString filterProcessObject::createBatchFileWithFilepath(const QString& filepath, const QString& out)
+PlannedToolRun filterProcessObject::planToolRun(const QString& filepath, const QString& out)
 {
-    pugi::xml_document document;
-    pugi::xml_node tasks = document.append_child("Tasks");
+    PlannedToolRun run;
+    run.step = static_cast<int>(chainid);
+    run.input = filepath;
+    run.baseName = out;
+    forEachTask(out, true, [&run](PlannedTask&& task) {
+        run.tasks.append(std::move(task));
+        return true;
+    });
+    return run;
+}
 
+void filterProcessObject::forEachTask(
+    const QString& out, bool withValues, const std::function<bool(PlannedTask&&)>& take)
+{
     const qint64 count = isFirst ? std::max<qint64>(settings().frameCount(), 0) : 1;
-    filesToRemove = QStringList();
-
     const bool useMaps = isFirst && filterData && filterData->boolean(key::UseMaps);
     const QList<qint64> maps = useMaps ? filterData->integers(key::Maps) : QList<qint64>();
     // With maps on and none chosen there is no task at all, whatever the count.
     const qint64 frames = useMaps && maps.isEmpty() ? 0 : count;
 
     qint64 k = 0;
-    QString error;
     for (qint64 f = 0; f < frames; ++f) {
         if (useMaps) {
             for (qsizetype m = 0; m < maps.size(); ++m, ++k) {
-                if (!createTaskSettingMapsWithIndex(k, filepath, out, maps[m], m == 0, &error, tasks))
-                    return {};
+                if (!take(planMapTask(k, out, maps[m], m == 0, withValues)))
+                    return;
             }
-        } else if (!createTaskSettingFor(f, filepath, out, &error, tasks)) {
-            return {};
+        } else if (!take(planOrdinaryTask(f, out, withValues))) {
+            return;
         }
     }
+}
+
+PlannedTask filterProcessObject::planOrdinaryTask(qint64 index, const QString& outfile, bool withValues)
+{
+    PlannedTask task;
+    task.index = index;
+    task.resultPath = nameOrdinaryOutput(*this, index, outfile);
+    if (withValues) {
+        task.values = advanceParameters(*this);
+        task.valuesKnown = true;
+    }
+    return task;
+}
+
+PlannedTask filterProcessObject::planMapTask(
+    qint64 index, const QString& outfile, qint64 mapindex, bool first, bool withValues)
+{
+    PlannedTask task;
+    task.index = index;
+    task.mapKind = mapindex;
+    task.resultPath = nameMapOutput(*this, index, outfile, mapindex);
+    task.carriesValues = first;
+    if (first && withValues) {
+        task.values = advanceParameters(*this);
+        task.valuesKnown = true;
+    }
+    return task;
+}
+
+QString filterProcessObject::createBatchFileWithFilepath(const QString& filepath, const QString& out)
+{
+    pugi::xml_document document;
+    pugi::xml_node tasks = document.append_child("Tasks");
+    filesToRemove = QStringList();
+    QString error;
+    bool written = true;
+    if (plannedRun) {
+        // A run computed ahead: its names and values, task by task.
+        for (const PlannedTask& task : plannedRun->tasks)
+            outFiles.append(task.resultPath);
+        for (const PlannedTask& task : plannedRun->tasks) {
+            if (task.skipped) {
+                storeStartValues(*this, task.values);
+                continue;
+            }
+            if (!writePlannedTask(task, filepath, &error, tasks)) {
+                written = false;
+                break;
+            }
+        }
+    } else {
+        // A step on its own works each task out as it writes it.
+        forEachTask(out, false, [&](PlannedTask&& task) {
+            written = !writePlannedTask(task, filepath, &error, tasks).empty();
+            return written;
+        });
+    }
+    if (!written)
+        return {};
     createGlobalSettings(tasks);
 
     const QString target = joinPath(outPath, QString::fromLatin1(kControlFileName));
@@ -347,6 +450,12 @@ QString filterProcessObject::createBatchFileWithFilepath(const QString& filepath
         return {};
     }
     return target;
+}
+
+void filterProcessObject::storePlannedValues(const PlannedToolRun& run)
+{
+    for (const PlannedTask& task : run.tasks)
+        storeStartValues(*this, task.values);
 }
 
 QString filterProcessObject::createBatchFileNoFile()
@@ -446,35 +555,38 @@ QString filterProcessObject::getSelectedFileExtension() const
 pugi::xml_node filterProcessObject::createTaskSettingFor(
     qint64 index, const QString& imagepath, const QString& outfile, QString* error, pugi::xml_node tasks)
 {
-    pugi::xml_node task = beginTask(*this, tasks, imagepath);
-    appendResultAndPreset(task, nameOrdinaryOutput(*this, index, outfile));
-    if (!writeDefinitionRunFile(*this, index, std::nullopt, task, error)) {
-        tasks.remove_child(task);
-        return {};
-    }
-    return task;
+    return writePlannedTask(planOrdinaryTask(index, outfile, false), imagepath, error, tasks);
 }
 
 pugi::xml_node filterProcessObject::createTaskSettingMapsWithIndex(qint64 index, const QString& imagepath,
     const QString& outfile, qint64 mapindex, bool first, QString* error, pugi::xml_node tasks)
 {
-    if (!first)
-        return copyAndChangeRunFileWithIndex(index, mapindex, imagepath, outfile, error, tasks);
-    pugi::xml_node task = beginTask(*this, tasks, imagepath);
-    appendResultAndPreset(task, nameMapOutput(*this, index, outfile, mapindex));
-    if (!writeDefinitionRunFile(*this, index, mapindex, task, error)) {
-        tasks.remove_child(task);
-        return {};
-    }
-    lastRunURL = runFilePath(*this, index);
-    return task;
+    return writePlannedTask(planMapTask(index, outfile, mapindex, first, false), imagepath, error, tasks);
 }
 
 pugi::xml_node filterProcessObject::copyAndChangeRunFileWithIndex(qint64 index, qint64 mapindex,
     const QString& imagepath, const QString& outfile, QString* error, pugi::xml_node tasks)
 {
+    return writePlannedTask(planMapTask(index, outfile, mapindex, false, false), imagepath, error, tasks);
+}
+
+pugi::xml_node filterProcessObject::writePlannedTask(
+    const PlannedTask& planned, const QString& imagepath, QString* error, pugi::xml_node tasks)
+{
+    const qint64 index = planned.index;
     pugi::xml_node task = beginTask(*this, tasks, imagepath);
-    appendResultAndPreset(task, nameMapOutput(*this, index, outfile, mapindex));
+    appendResultAndPreset(task, planned.resultPath);
+    if (planned.carriesValues) {
+        const QList<QVariant>* values = planned.valuesKnown ? &planned.values : nullptr;
+        if (!writeDefinitionRunFile(*this, index, planned.mapKind, values, task, error)) {
+            tasks.remove_child(task);
+            return {};
+        }
+        if (planned.mapKind)
+            lastRunURL = runFilePath(*this, index);
+        return task;
+    }
+    const qint64 mapindex = planned.mapKind.value_or(0);
 
     const auto fail = [&] {
         tasks.remove_child(task);

@@ -1,0 +1,159 @@
+#include "run/RunPlan.h"
+
+#include <QFileInfo>
+#include <QHash>
+#include <QSet>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+namespace quillon {
+
+namespace {
+
+QString valueText(const QVariant& value)
+{
+    if (value.typeId() == QMetaType::Double)
+        return QString::asprintf("%0.3f", value.toDouble());
+    return value.toString();
+}
+
+} // namespace
+
+bool PlannedToolRun::hasWork() const
+{
+    for (const PlannedTask& task : tasks) {
+        if (!task.skipped)
+            return true;
+    }
+    return false;
+}
+
+QStringList RunPlan::finalOutputs() const
+{
+    QStringList outputs;
+    for (const PlannedToolRun& run : toolRuns) {
+        if (run.step != steps - 1)
+            continue;
+        for (const PlannedTask& task : run.tasks)
+            outputs.append(task.resultPath);
+    }
+    return outputs;
+}
+
+QStringList RunPlan::interimOutputs() const
+{
+    QStringList outputs;
+    for (const PlannedToolRun& run : toolRuns) {
+        if (run.step == steps - 1)
+            continue;
+        for (const PlannedTask& task : run.tasks)
+            outputs.append(task.resultPath);
+    }
+    return outputs;
+}
+
+qsizetype RunPlan::outputCount() const
+{
+    qsizetype count = 0;
+    for (const PlannedToolRun& run : toolRuns)
+        count += run.tasks.size();
+    return count;
+}
+
+qsizetype RunPlan::toolRunCount() const
+{
+    qsizetype count = 0;
+    for (const PlannedToolRun& run : toolRuns)
+        count += run.hasWork() ? 1 : 0;
+    return count;
+}
+
+void RunPlan::skipOutputs(const QStringList& paths)
+{
+    const QSet<QString> skipped(paths.cbegin(), paths.cend());
+    for (PlannedToolRun& run : toolRuns) {
+        if (run.step != steps - 1)
+            continue;
+        for (PlannedTask& task : run.tasks)
+            task.skipped = task.skipped || skipped.contains(task.resultPath);
+    }
+}
+
+QStringList RunPlan::collisions() const
+{
+    QHash<QString, QString> firstInput; // result path -> input that names it first
+    QStringList found;
+    QSet<QString> reported;
+    for (const PlannedToolRun& run : toolRuns) {
+        const QString input = run.input.isEmpty() ? QStringLiteral("no input") : QFileInfo(run.input).fileName();
+        for (const PlannedTask& task : run.tasks) {
+            const auto known = firstInput.constFind(task.resultPath);
+            if (known == firstInput.cend()) {
+                firstInput.insert(task.resultPath, run.input.isEmpty() ? QString() : run.input);
+                continue;
+            }
+            if (reported.contains(task.resultPath))
+                continue;
+            reported.insert(task.resultPath);
+            const QString other = known.value().isEmpty() ? QStringLiteral("no input") : known.value();
+            found.append(QStringLiteral("%1 (inputs %2 and %3)")
+                             .arg(QFileInfo(task.resultPath).fileName(), other, run.input.isEmpty() ? input : run.input));
+        }
+    }
+    return found;
+}
+
+QString RunPlan::describe() const
+{
+    QString text;
+    for (const PlannedToolRun& run : toolRuns) {
+        const QStringList names = stepParameters.value(run.step);
+        QList<QVariant> values;
+        for (const PlannedTask& task : run.tasks) {
+            if (task.carriesValues)
+                values = task.values;
+            text += task.resultPath;
+            if (task.skipped)
+                text += QStringLiteral("  (skipped: exists)");
+            for (qsizetype i = 0; i < values.size() && i < names.size(); ++i) {
+                if (values.at(i).isValid())
+                    text += QStringLiteral("  %1=%2").arg(names.at(i), valueText(values.at(i)));
+            }
+            text += QLatin1Char('\n');
+        }
+    }
+    text += QStringLiteral("%1 tool runs, %2 outputs").arg(toolRunCount()).arg(outputCount());
+    return text;
+}
+
+QByteArray RunPlan::toJson() const
+{
+    QJsonArray runs;
+    for (const PlannedToolRun& run : toolRuns) {
+        const QStringList names = stepParameters.value(run.step);
+        QJsonArray tasks;
+        QList<QVariant> values;
+        for (const PlannedTask& task : run.tasks) {
+            if (task.carriesValues)
+                values = task.values;
+            QJsonObject parameters;
+            for (qsizetype i = 0; i < values.size() && i < names.size(); ++i) {
+                if (values.at(i).isValid())
+                    parameters.insert(names.at(i), QJsonValue::fromVariant(values.at(i)));
+            }
+            QJsonObject entry { { QStringLiteral("index"), task.index }, { QStringLiteral("result"), task.resultPath },
+                { QStringLiteral("values"), parameters }, { QStringLiteral("skipped"), task.skipped } };
+            if (task.mapKind)
+                entry.insert(QStringLiteral("map"), *task.mapKind);
+            tasks.append(entry);
+        }
+        runs.append(QJsonObject { { QStringLiteral("step"), run.step }, { QStringLiteral("input"), run.input },
+            { QStringLiteral("baseName"), run.baseName }, { QStringLiteral("tasks"), tasks } });
+    }
+    const QJsonObject root { { QStringLiteral("seed"), QString::number(seed) }, { QStringLiteral("steps"), steps },
+        { QStringLiteral("toolRuns"), runs } };
+    return QJsonDocument(root).toJson(QJsonDocument::Indented);
+}
+
+} // namespace quillon

@@ -1,0 +1,66 @@
+#pragma once
+
+#include <QByteArray>
+#include <QList>
+#include <QString>
+#include <QStringList>
+#include <QVariant>
+
+#include <optional>
+
+namespace quillon {
+
+// One task of a tool run: one image the tool is to write.
+struct PlannedTask {
+    qint64 index = 0; // the task's number in its control file (names bth-run-<index>.ffxml)
+    std::optional<qint64> mapKind; // the map rendered, for map tasks
+    QString resultPath; // the output's full path
+    // The first (or only) task of a frame carries the value of every
+    // parameter of the filter, in the filter's order: invalid where the
+    // parameter does not vary. The other maps of a frame reuse them.
+    bool carriesValues = true;
+    bool valuesKnown = false;
+    QList<QVariant> values;
+    bool skipped = false; // left out (its output exists and is kept); values still advance
+};
+
+// One start of the render tool: one input (or none) of one step.
+struct PlannedToolRun {
+    int step = 0;
+    QString input; // empty without input
+    QString baseName; // the name its outputs are named after; empty without input
+    QList<PlannedTask> tasks;
+
+    bool hasWork() const;
+};
+
+// A whole run, computed before its first tool run: every tool run in the
+// order the run makes them, every output and every value.
+struct RunPlan {
+    QList<PlannedToolRun> toolRuns;
+    int steps = 0;
+    quint64 seed = 0;
+    QList<QStringList> stepParameters; // per step, the parameter names in the filter's order
+
+    // The outputs of the last step, in plan order (skipped ones included).
+    QStringList finalOutputs() const;
+    // Every output of a step that is not the last.
+    QStringList interimOutputs() const;
+    qsizetype outputCount() const;
+    qsizetype toolRunCount() const;
+
+    // Marks the final outputs at these paths as skipped.
+    void skipOutputs(const QStringList& paths);
+
+    // Two tasks with the same Result path: "NAME (inputs A and B)" for each
+    // name written twice; empty when every output has a name of its own.
+    QStringList collisions() const;
+
+    // One line per output ("PATH  name=value ..."), then "N tool runs, M
+    // outputs".
+    QString describe() const;
+    // The plan as JSON (the schema is in docs/run-plan.md).
+    QByteArray toJson() const;
+};
+
+} // namespace quillon
