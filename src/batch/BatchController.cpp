@@ -2,6 +2,8 @@
 
 #include "batch/BatchDisplay.h"
 #include "batch/InputListing.h"
+#include "batch/PlanChecks.h"
+#include "batch/RunPlanner.h"
 #include "run/SafeFile.h"
 #include "step/FilterProcessObject.h"
 #include "variations/ValueRule.h"
@@ -15,6 +17,7 @@
 #include <QTimer>
 
 #include <algorithm>
+#include <random>
 #include <cstdio>
 #include <utility>
 
@@ -99,14 +102,92 @@ void BatchController::printLine(const QString& text) const
     m_standardOutput(text);
 }
 
-bool BatchController::failCheck(const QString& message, QString* error)
+bool BatchController::failCheck(const QString& message, QString* error, bool alert)
 {
     m_journal.end();
+    m_plan.reset();
     if (error)
         *error = message;
-    if (m_display)
+    if (m_display && alert)
         m_display->showErrorAlert(message);
     return false;
+}
+
+bool BatchController::checkSettings(QString* error)
+{
+    if (m_chain.empty())
+        return failCheck(QStringLiteral("No filters in the queue"), error);
+    if (m_settings.toolPath.isEmpty() || !QFileInfo::exists(m_settings.toolPath))
+        return failCheck(QStringLiteral("No Batchrender tool selected"), error);
+    const QFileInfo output(m_settings.outputPath);
+    if (m_settings.outputPath.isEmpty() || !output.exists() || !output.isDir())
+        return failCheck(QStringLiteral("No output path selected"), error);
+    // Output names are the prefix followed by more name: a slash would put
+    // them in another directory.
+    if (m_outputPrefix.contains(QLatin1Char('/')) || m_outputPrefix.contains(QChar(0)))
+        return failCheck(QStringLiteral("The file name prefix cannot contain a slash"), error);
+    return true;
+}
+
+bool BatchController::checkInputs(QString* error)
+{
+    const QString& source = m_settings.sourcePath;
+    switch (m_settings.inputMode) {
+    case InputMode::File:
+        if (source.isEmpty() || !QFileInfo::exists(source))
+            return failCheck(QStringLiteral("Input file does not exist"), error);
+        break;
+    case InputMode::Directory: {
+        const QFileInfo directory(source);
+        if (source.isEmpty() || !directory.exists() || !directory.isDir())
+            return failCheck(QStringLiteral("Input directory does not exist"), error);
+        if (!directory.isReadable() || !directory.isExecutable())
+            return failCheck(QStringLiteral("Error scanning input directory"), error);
+        if (!hasAnyEntry(source))
+            return failCheck(QStringLiteral("Input directory empty"), error);
+        break;
+    }
+    case InputMode::None:
+        if (m_outputPrefix.isEmpty())
+            return failCheck(
+                QStringLiteral("No filename gives (file prefix when running without input)"), error);
+        break;
+    }
+    if (const auto frames = m_settings.frameCountReal(); frames && *frames < 0)
+        return failCheck(QStringLiteral("Number of frames must not be negative"), error);
+    if (!collectInputs(error))
+        return false;
+
+    // The steps write absolute paths into the task files and the tool is
+    // started by path, never looked up in PATH.
+    m_settings.toolPath = absolutePath(m_settings.toolPath);
+    m_settings.outputPath = absolutePath(m_settings.outputPath);
+    m_settings.sourcePath = absolutePath(m_settings.sourcePath);
+    m_canonicalOutputDir = QFileInfo(m_settings.outputPath).canonicalFilePath();
+
+    // The whole run, computed before anything of it is written.
+    if (!m_settings.seed)
+        m_settings.seed = std::random_device()() | (quint64(std::random_device()()) << 32);
+    m_plan = std::make_shared<RunPlan>(planRun(m_chain, m_settings, m_inputs, *m_settings.seed));
+    const QString refusal = planRefusal(*m_plan);
+    if (!refusal.isEmpty())
+        return failCheck(refusal, error);
+    return true;
+}
+
+bool BatchController::planBatch(const RecordList& chain, const RunSettings& settings, RunPlan* plan, QString* error)
+{
+    if (m_running)
+        return false;
+    m_settings = settings;
+    m_chain = chain;
+    m_outputPrefix = settings.outputPrefix;
+    if (!checkSettings(error) || !checkInputs(error))
+        return false;
+    if (plan)
+        *plan = *m_plan;
+    m_plan.reset();
+    return true;
 }
 
 bool BatchController::startBatchWithSender(
@@ -128,17 +209,8 @@ bool BatchController::startBatchWithSender(
     m_chain = chain;
     m_outputPrefix = settings.outputPrefix;
 
-    if (m_chain.empty())
-        return failCheck(QStringLiteral("No filters in the queue"), error);
-    if (m_settings.toolPath.isEmpty() || !QFileInfo::exists(m_settings.toolPath))
-        return failCheck(QStringLiteral("No Batchrender tool selected"), error);
-    const QFileInfo output(m_settings.outputPath);
-    if (m_settings.outputPath.isEmpty() || !output.exists() || !output.isDir())
-        return failCheck(QStringLiteral("No output path selected"), error);
-    // Output names are the prefix followed by more name: a slash would put
-    // them in another directory.
-    if (m_outputPrefix.contains(QLatin1Char('/')) || m_outputPrefix.contains(QChar(0)))
-        return failCheck(QStringLiteral("The file name prefix cannot contain a slash"), error);
+    if (!checkSettings(error))
+        return false;
     // Nothing is written into the directory before the run holds it.
     QStringList leftovers;
     switch (m_journal.begin(m_settings.outputPath, &leftovers)) {
@@ -161,41 +233,26 @@ bool BatchController::startBatchWithSender(
     if (m_dolog)
         openRunLog();
 
-    const QString& source = m_settings.sourcePath;
-    switch (m_settings.inputMode) {
-    case InputMode::File:
-        if (source.isEmpty() || !QFileInfo::exists(source))
-            return failCheck(QStringLiteral("Input file does not exist"), error);
-        break;
-    case InputMode::Directory: {
-        const QFileInfo directory(source);
-        if (source.isEmpty() || !directory.exists() || !directory.isDir())
-            return failCheck(QStringLiteral("Input directory does not exist"), error);
-        if (!directory.isReadable() || !directory.isExecutable())
-            return failCheck(QStringLiteral("Error scanning input directory"), error);
-        if (!hasAnyEntry(source))
-            return failCheck(QStringLiteral("Input directory empty"), error);
-        break;
-    }
-    case InputMode::None:
-        if (m_outputPrefix.isEmpty())
-            return failCheck(
-                QStringLiteral("No filename gives (file prefix when running without input)"), error);
-        break;
-    default:
-        break;
-    }
-    if (const auto frames = m_settings.frameCountReal(); frames && *frames < 0)
-        return failCheck(QStringLiteral("Number of frames must not be negative"), error);
-    if (!collectInputs(error))
+    if (!checkInputs(error))
         return false;
-
-    // The steps write absolute paths into the task files and the tool is
-    // started by path, never looked up in PATH.
-    m_settings.toolPath = absolutePath(m_settings.toolPath);
-    m_settings.outputPath = absolutePath(m_settings.outputPath);
-    m_settings.sourcePath = absolutePath(m_settings.sourcePath);
-    m_canonicalOutputDir = QFileInfo(m_settings.outputPath).canonicalFilePath();
+    if (const QString warning = outputInsideInputWarning(m_settings); !warning.isEmpty()) {
+        if (m_display && !m_display->confirmWarning(warning))
+            return failCheck(QString(), error, false);
+    }
+    if (const QStringList existing = existingFinalOutputs(*m_plan); !existing.isEmpty()) {
+        switch (m_display ? m_display->askExistingOutputs(existing) : ExistingOutputs::Replace) {
+        case ExistingOutputs::Cancel:
+            return failCheck(QStringLiteral("%1 of the planned outputs exist already: %2")
+                                 .arg(existing.size())
+                                 .arg(nameSome(existing)),
+                error, false);
+        case ExistingOutputs::Skip:
+            m_plan->skipOutputs(existing);
+            break;
+        case ExistingOutputs::Replace:
+            break;
+        }
+    }
 
     m_running = true;
     m_animState = 0;
@@ -341,10 +398,16 @@ void BatchController::buildLaunchQueue()
         step->toolPath = m_settings.toolPath;
         step->outPath = m_settings.outputPath;
         step->randomDraw = m_random->drawFunction();
+        if (m_plan) {
+            for (const PlannedToolRun& run : std::as_const(m_plan->toolRuns)) {
+                if (run.step == i)
+                    step->plannedRuns.append(&run);
+            }
+        }
         queue->push_back(std::move(step));
     }
 
-    m_worker = QThread::create([this, queue] {
+    m_worker = QThread::create([this, queue, plan = m_plan] {
         runLaunchQueue(*queue);
         // The steps and their processes end on the thread that used them.
         queue->clear();

@@ -2,6 +2,7 @@
 
 #include "batch/RunJournal.h"
 #include "library/Record.h"
+#include "run/RunPlan.h"
 #include "run/RunSettings.h"
 #include "step/StepParent.h"
 
@@ -65,6 +66,12 @@ public:
     // Stops the running step's tool and the worker; the run then winds down
     // on its own and completes.
     void abortProcessWithSender();
+    // The checks and the plan of a Start, without writing, running or
+    // changing anything: for a dry run. False with *error (and the alert)
+    // when a check fails.
+    bool planBatch(const RecordList& chain, const RunSettings& settings, RunPlan* plan, QString* error = nullptr);
+    // The plan of the run going (or of the last one); null before the first.
+    std::shared_ptr<const RunPlan> plan() const { return m_plan; }
     // The end of every run; called by the worker through a blocking call.
     void operationComplete();
 
@@ -119,7 +126,13 @@ Q_SIGNALS:
 private:
     using LaunchQueue = std::vector<std::unique_ptr<filterProcessObject>>;
 
-    bool failCheck(const QString& message, QString* error);
+    // A refused Start: the message to *error and, with `alert`, to the
+    // display's error alert (a question the user answered needs none).
+    bool failCheck(const QString& message, QString* error, bool alert = true);
+    // The checks of Start, before and after the run takes the directory;
+    // checkInputs ends with the run's plan in m_plan.
+    bool checkSettings(QString* error);
+    bool checkInputs(QString* error);
     // Lists the inputs of the run into m_inputs; false (a failed check) when
     // some cannot be named to the tool.
     bool collectInputs(QString* error);
@@ -151,6 +164,7 @@ private:
     RunSettings m_settings;
     QString m_outputPrefix;
     QStringList m_inputs; // collected at Start, handed to the first step
+    std::shared_ptr<RunPlan> m_plan;
     QStringList m_interimFiles;
     QSet<QString> m_interimSet; // the same paths, to keep the list free of repeats
     QSet<QString> m_originalInputs; // canonical paths of the run's user inputs

@@ -1,8 +1,12 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 
 namespace quillon {
+
+// What to do with planned final outputs that exist already.
+enum class ExistingOutputs { Replace, Skip, Cancel };
 
 // What a batch run shows to its user. The main window implements it with the
 // progress sheet and alerts; the command line prints; tests record.
@@ -35,6 +39,20 @@ public:
         (void)inputCount;
         (void)steps;
         (void)frames;
+    }
+
+    // Some planned final outputs exist already (`paths`): replace them, skip
+    // their tasks, or cancel the run. Asked before anything is written.
+    virtual ExistingOutputs askExistingOutputs(const QStringList& paths)
+    {
+        (void)paths;
+        return ExistingOutputs::Replace;
+    }
+    // A warning the user may dismiss (true) or heed by not starting (false).
+    virtual bool confirmWarning(const QString& message)
+    {
+        (void)message;
+        return true;
     }
 
     // One tick of the progress animation: frame index 0..5.

@@ -3,6 +3,7 @@
 
 #include "step/FilterProcessObject.h"
 
+#include "run/RunPlan.h"
 #include "run/SafeFile.h"
 #include "step/StepParent.h"
 
@@ -103,6 +104,7 @@ void filterProcessObject::runOnSources()
         if (i > 0 && isAborted.load())
             break;
         const QString input = inFiles.at(i);
+        plannedRun = plannedRuns.value(i);
         passOnSourceInfoWithData(QFileInfo(input).fileName());
         runFilterOn(input, i < originalFileNames.size() ? originalFileNames.at(i) : QString());
     }
@@ -111,11 +113,20 @@ void filterProcessObject::runOnSources()
 void filterProcessObject::runEmpty()
 {
     // The same tool run as for an input, without one (createBatchFileNoFile).
+    plannedRun = plannedRuns.value(0);
     runFilterOn(QString(), QString());
 }
 
 void filterProcessObject::runFilterOn(const QString& inputPath, const QString& outfile)
 {
+    // Every output of this tool run is to be kept as it is: no tool run,
+    // but the values advance as if it had rendered.
+    if (plannedRun && !plannedRun->hasWork()) {
+        for (const PlannedTask& task : plannedRun->tasks)
+            outFiles.append(task.resultPath);
+        storePlannedValues(*plannedRun);
+        return;
+    }
     toolTask = std::make_unique<QProcess>();
     toolTask->setProgram(toolPath);
     // The tool never outlives the program that started it, however that

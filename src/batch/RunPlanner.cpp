@@ -1,0 +1,95 @@
+#include "batch/RunPlanner.h"
+
+#include "batch/BatchController.h"
+#include "step/FilterProcessObject.h"
+#include "step/SilentStepParent.h"
+#include "variations/ValueRule.h"
+
+#include <QHash>
+
+#include <memory>
+#include <vector>
+
+namespace quillon {
+
+namespace {
+
+// A copy of a filter record whose parameter records are copies too.
+RecordPtr copyFilter(const RecordPtr& original)
+{
+    auto copy = std::make_shared<Record>(original ? *original : Record());
+    if (const RecordListPtr components = copy->list(key::Components)) {
+        auto parameters = std::make_shared<RecordList>();
+        parameters->reserve(components->size());
+        for (const RecordPtr& parameter : *components)
+            parameters->push_back(parameter ? std::make_shared<Record>(*parameter) : parameter);
+        copy->setList(key::Components, parameters);
+    }
+    return copy;
+}
+
+QStringList parameterNames(const Record& filter)
+{
+    QStringList names;
+    if (const RecordListPtr components = filter.list(key::Components)) {
+        for (const RecordPtr& parameter : *components)
+            names.append(parameter ? parameter->string(key::CONTROL_NAME) : QString());
+    }
+    return names;
+}
+
+} // namespace
+
+RunPlan planRun(const RecordList& chain, const RunSettings& settings, const QStringList& inputs, quint64 seed)
+{
+    RunPlan plan;
+    plan.seed = seed;
+    plan.steps = static_cast<int>(chain.size());
+    SilentStepParent parent(settings);
+    RunRandom random(seed);
+
+    QHash<const Record*, RecordPtr> copies;
+    const bool maps = settings.activateMaps == 1 && chain.size() == 1;
+    QStringList baseNames;
+    for (const QString& path : inputs)
+        baseNames.append(BatchController::inputBaseName(path));
+
+    QStringList previousOutputs;
+    QStringList laterNames;
+    for (int i = 0; i < plan.steps; ++i) {
+        const RecordPtr& original = chain[static_cast<size_t>(i)];
+        RecordPtr& record = copies[original.get()];
+        if (!record)
+            record = copyFilter(original);
+        if (maps) {
+            QVariantList chosen;
+            for (size_t kind = 0; kind < settings.mapBoxes.size(); ++kind) {
+                if (settings.mapBoxes[kind] == 1)
+                    chosen.append(QVariant::fromValue<qint64>(static_cast<qint64>(kind)));
+            }
+            record->set(key::Maps, chosen);
+        }
+        record->setBoolean(key::UseMaps, maps);
+        plan.stepParameters.append(parameterNames(*record));
+
+        filterProcessObject step(record, i == 0 ? inputs : previousOutputs, {}, i == 0, i == plan.steps - 1, i,
+            &parent, i == 0 ? baseNames : laterNames);
+        step.outPath = settings.outputPath;
+        step.randomDraw = random.drawFunction();
+        if (step.inFiles.isEmpty()) {
+            plan.toolRuns.append(step.planToolRun(QString(), QString()));
+        } else {
+            for (qsizetype j = 0; j < step.inFiles.size(); ++j)
+                plan.toolRuns.append(step.planToolRun(step.inFiles.at(j), step.originalFileNames.value(j)));
+        }
+        previousOutputs = step.outFiles;
+        if (i == 0) {
+            laterNames = step.realFileNames;
+            if (settings.inputMode == InputMode::None)
+                parent.settings.outputPrefix.clear();
+        }
+    }
+    return plan;
+}
+
+} // namespace quillon
