@@ -140,6 +140,11 @@ void addOptions(QCommandLineParser& parser)
         if (QLatin1String(entry.name) != QLatin1String("frame-style"))
             valued(entry.name, "VALUE", qPrintable(entry.choices.join(QLatin1Char('|'))));
     }
+    flag("dry-run", "Print the plan (every output and its values) and stop: nothing is written or run.");
+    flag("json", "With --dry-run: print the plan as JSON.");
+    valued("existing", "POLICY",
+        "Planned outputs that exist already: overwrite (default, counted at the end), skip their tasks, or "
+        "stop before the run.");
     valued("save-chain", "FILE", "Write the chain (with its advanced values) to FILE after the run.");
     flag("help", "Show this help.");
     flag("version", "Show the version.");
@@ -224,6 +229,17 @@ CliParseResult parseCliArguments(const QStringList& arguments, CliOptions* optio
         settings.jpegQualityText = value("jpeg-quality").trimmed();
     if (isSet("prefix"))
         settings.outputPrefix = value("prefix");
+    result.dryRun = isSet("dry-run");
+    result.json = isSet("json");
+    if (isSet("existing")) {
+        const QString policy = value("existing").toLower();
+        if (policy == QLatin1String("skip"))
+            result.existing = ExistingOutputs::Skip;
+        else if (policy == QLatin1String("stop"))
+            result.existing = ExistingOutputs::Cancel;
+        else if (policy != QLatin1String("overwrite"))
+            return usageError(error, QStringLiteral("--existing takes overwrite, skip or stop"));
+    }
 
     if (isSet("format")) {
         const QString format = value("format").toUpper();

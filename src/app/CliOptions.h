@@ -1,5 +1,6 @@
 #pragma once
 
+#include "batch/BatchDisplay.h"
 #include "run/RunSettings.h"
 
 #include <QString>
@@ -15,6 +16,10 @@ struct CliOptions {
     QString saveChainFile; // --save-chain
     RunSettings settings; // factory defaults overridden by the flags
     bool presetGiven = false;
+    bool dryRun = false; // --dry-run: print the plan, write and run nothing
+    bool json = false; // --json: the dry run's plan as JSON
+    // --existing overwrite|skip|stop: planned final outputs that exist.
+    ExistingOutputs existing = ExistingOutputs::Replace;
 };
 
 enum class CliParseResult { Run, Help, Version, UsageError };

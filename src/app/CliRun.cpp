@@ -37,6 +37,19 @@ void CliDisplay::showSourceInfo(const QString& source)
     writeLine(stdout, QStringLiteral("Source: ") + source);
 }
 
+ExistingOutputs CliDisplay::askExistingOutputs(const QStringList& paths)
+{
+    if (existingPolicy == ExistingOutputs::Replace)
+        replaced = paths.size();
+    return existingPolicy;
+}
+
+bool CliDisplay::confirmWarning(const QString& message)
+{
+    writeLine(stderr, QStringLiteral("quillon-cli: warning: ") + message);
+    return true;
+}
+
 CliRun::CliRun(QObject* parent)
     : QObject(parent)
 {
@@ -76,10 +89,22 @@ int CliRun::exec(const QStringList& arguments)
     }
 
     CliDisplay display;
+    display.existingPolicy = options.existing;
     BatchController controller(&display);
+    if (options.dryRun) {
+        RunPlan plan;
+        if (!controller.planBatch(chain, options.settings, &plan, &error))
+            return kCliExitFailed;
+        const QByteArray text = options.json ? plan.toJson() : plan.describe().toUtf8() + '\n';
+        std::fwrite(text.constData(), 1, static_cast<size_t>(text.size()), stdout);
+        return kCliExitOk;
+    }
     // The check's message already went to standard error through the display.
-    if (!controller.startBatchWithSender(chain, options.settings, &error))
+    if (!controller.startBatchWithSender(chain, options.settings, &error)) {
+        if (options.existing == ExistingOutputs::Cancel && !error.isEmpty())
+            writeLine(stderr, error);
         return kCliExitFailed;
+    }
 
     QEventLoop loop;
     connect(&controller, &BatchController::runFinished, &loop, &QEventLoop::quit);
@@ -89,7 +114,14 @@ int CliRun::exec(const QStringList& arguments)
     if (controller.isRunning())
         loop.exec();
 
-    int code = m_interrupted.load() ? kCliExitInterrupted : kCliExitOk;
+    if (display.replaced > 0)
+        writeLine(stdout, QStringLiteral("replaced %1 existing files").arg(display.replaced));
+    writeLine(stderr, controller.outcomeLine());
+    int code = kCliExitOk;
+    if (m_interrupted.load() || controller.isAborted())
+        code = kCliExitInterrupted;
+    else if (!controller.outcome().missing.isEmpty())
+        code = kCliExitIncomplete;
     if (!options.saveChainFile.isEmpty()) {
         if (!saveCliChain(options.saveChainFile, controller.chain(), &error)) {
             writeLine(stderr, error);

@@ -16,6 +16,7 @@ struct CliOptions;
 // Exit codes of quillon-cli.
 inline constexpr int kCliExitOk = 0;
 inline constexpr int kCliExitFailed = 2; // a failed check, a bad flag, an unreadable chain
+inline constexpr int kCliExitIncomplete = 3; // the run ended with planned outputs missing
 inline constexpr int kCliExitInterrupted = 130; // SIGINT or SIGTERM
 
 // The command line's progress display: filter and source lines on standard
@@ -29,6 +30,11 @@ public:
     void showFilterInfo(const QString& name, const QString& author) override;
     void showSourceInfo(const QString& source) override;
     void showRenderInfo(const QString& info) override { (void)info; }
+    ExistingOutputs askExistingOutputs(const QStringList& paths) override;
+    bool confirmWarning(const QString& message) override;
+
+    ExistingOutputs existingPolicy = ExistingOutputs::Replace;
+    qsizetype replaced = 0; // existing outputs the run was allowed to replace
 };
 
 // Builds the chain the options name: a chain file, or definitions read into

@@ -17,8 +17,8 @@
 #include <QTimer>
 
 #include <algorithm>
-#include <random>
 #include <cstdio>
+#include <random>
 #include <utility>
 
 #include <unistd.h>
@@ -175,7 +175,8 @@ bool BatchController::checkInputs(QString* error)
     return true;
 }
 
-bool BatchController::planBatch(const RecordList& chain, const RunSettings& settings, RunPlan* plan, QString* error)
+bool BatchController::planBatch(
+    const RecordList& chain, const RunSettings& settings, RunPlan* plan, QString* error)
 {
     if (m_running)
         return false;
@@ -254,6 +255,10 @@ bool BatchController::startBatchWithSender(
         }
     }
 
+    m_finalBefore.clear();
+    for (const QString& path : m_plan->finalOutputs())
+        m_finalBefore.insert(path, regularFileIdentity(path));
+    m_clock.start();
     m_running = true;
     m_animState = 0;
     m_animDirection = 1;
@@ -558,6 +563,45 @@ void BatchController::finishCompletion(const QStringList& deletedLines)
     if (m_display)
         m_display->runFinished(aborted);
     Q_EMIT runFinished(aborted);
+}
+
+BatchController::Outcome BatchController::outcome() const
+{
+    Outcome result;
+    result.elapsedMs = m_elapsedMs;
+    if (!m_plan)
+        return result;
+    const bool aborted = m_isAborted.load();
+    for (const PlannedToolRun& run : std::as_const(m_plan->toolRuns)) {
+        if (run.step != m_plan->steps - 1)
+            continue;
+        for (const PlannedTask& task : run.tasks) {
+            const FileIdentity now = regularFileIdentity(task.resultPath);
+            const FileIdentity before = m_finalBefore.value(task.resultPath);
+            if (task.skipped)
+                result.notRun.append(task.resultPath);
+            else if (now.isValid() && now.size > 0 && (!before.isValid() || now.changedSince(before)))
+                result.written.append(task.resultPath);
+            else if (aborted)
+                result.notRun.append(task.resultPath);
+            else
+                result.missing.append(task.resultPath);
+        }
+    }
+    return result;
+}
+
+QString BatchController::outcomeLine() const
+{
+    const Outcome result = outcome();
+    const qint64 seconds = result.elapsedMs / 1000;
+    return QStringLiteral("%1 written, %2 missing, %3 not run in %4:%5 -> %6")
+        .arg(result.written.size())
+        .arg(result.missing.size())
+        .arg(result.notRun.size())
+        .arg(seconds / 60)
+        .arg(seconds % 60, 2, 10, QLatin1Char('0'))
+        .arg(m_settings.outputPath);
 }
 
 void BatchController::abortProcessWithSender()

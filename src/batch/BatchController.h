@@ -6,6 +6,7 @@
 #include "run/RunSettings.h"
 #include "step/StepParent.h"
 
+#include <QElapsedTimer>
 #include <QFile>
 #include <QHash>
 #include <QList>
@@ -69,9 +70,23 @@ public:
     // The checks and the plan of a Start, without writing, running or
     // changing anything: for a dry run. False with *error (and the alert)
     // when a check fails.
-    bool planBatch(const RecordList& chain, const RunSettings& settings, RunPlan* plan, QString* error = nullptr);
+    bool planBatch(
+        const RecordList& chain, const RunSettings& settings, RunPlan* plan, QString* error = nullptr);
     // The plan of the run going (or of the last one); null before the first.
     std::shared_ptr<const RunPlan> plan() const { return m_plan; }
+
+    // What became of the planned final outputs of the last run: written
+    // (there, not empty, and new or changed since Start), missing, or not
+    // run (skipped, or left by an abort).
+    struct Outcome {
+        QStringList written;
+        QStringList missing;
+        QStringList notRun;
+        qint64 elapsedMs = 0;
+    };
+    Outcome outcome() const;
+    // "N written, M missing, K not run in 1:23 -> OUTPUT DIR"
+    QString outcomeLine() const;
     // The end of every run; called by the worker through a blocking call.
     void operationComplete();
 
@@ -165,6 +180,9 @@ private:
     QString m_outputPrefix;
     QStringList m_inputs; // collected at Start, handed to the first step
     std::shared_ptr<RunPlan> m_plan;
+    QHash<QString, FileIdentity> m_finalBefore; // planned final outputs at Start
+    QElapsedTimer m_clock;
+    qint64 m_elapsedMs = 0;
     QStringList m_interimFiles;
     QSet<QString> m_interimSet; // the same paths, to keep the list free of repeats
     QSet<QString> m_originalInputs; // canonical paths of the run's user inputs

@@ -72,8 +72,8 @@ RunPlan planRun(const RecordList& chain, const RunSettings& settings, const QStr
         record->setBoolean(key::UseMaps, maps);
         plan.stepParameters.append(parameterNames(*record));
 
-        filterProcessObject step(record, i == 0 ? inputs : previousOutputs, {}, i == 0, i == plan.steps - 1, i,
-            &parent, i == 0 ? baseNames : laterNames);
+        filterProcessObject step(record, i == 0 ? inputs : previousOutputs, {}, i == 0, i == plan.steps - 1,
+            i, &parent, i == 0 ? baseNames : laterNames);
         step.outPath = settings.outputPath;
         step.randomDraw = random.drawFunction();
         if (step.inFiles.isEmpty()) {

@@ -14,6 +14,7 @@ struct RunSettings;
 // generator seeded with `seed`, every parameter value. Works on copies of
 // the chain's records (a record shared by two steps stays shared): the
 // chain is not changed. `settings` must hold absolute paths.
-RunPlan planRun(const RecordList& chain, const RunSettings& settings, const QStringList& inputs, quint64 seed);
+RunPlan planRun(
+    const RecordList& chain, const RunSettings& settings, const QStringList& inputs, quint64 seed);
 
 } // namespace quillon

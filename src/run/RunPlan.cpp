@@ -2,10 +2,10 @@
 
 #include <QFileInfo>
 #include <QHash>
-#include <QSet>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QSet>
 
 namespace quillon {
 
@@ -86,7 +86,8 @@ QStringList RunPlan::collisions() const
     QStringList found;
     QSet<QString> reported;
     for (const PlannedToolRun& run : toolRuns) {
-        const QString input = run.input.isEmpty() ? QStringLiteral("no input") : QFileInfo(run.input).fileName();
+        const QString input
+            = run.input.isEmpty() ? QStringLiteral("no input") : QFileInfo(run.input).fileName();
         for (const PlannedTask& task : run.tasks) {
             const auto known = firstInput.constFind(task.resultPath);
             if (known == firstInput.cend()) {
@@ -98,7 +99,8 @@ QStringList RunPlan::collisions() const
             reported.insert(task.resultPath);
             const QString other = known.value().isEmpty() ? QStringLiteral("no input") : known.value();
             found.append(QStringLiteral("%1 (inputs %2 and %3)")
-                             .arg(QFileInfo(task.resultPath).fileName(), other, run.input.isEmpty() ? input : run.input));
+                             .arg(QFileInfo(task.resultPath).fileName(), other,
+                                 run.input.isEmpty() ? input : run.input));
         }
     }
     return found;
@@ -142,17 +144,19 @@ QByteArray RunPlan::toJson() const
                 if (values.at(i).isValid())
                     parameters.insert(names.at(i), QJsonValue::fromVariant(values.at(i)));
             }
-            QJsonObject entry { { QStringLiteral("index"), task.index }, { QStringLiteral("result"), task.resultPath },
-                { QStringLiteral("values"), parameters }, { QStringLiteral("skipped"), task.skipped } };
+            QJsonObject entry { { QStringLiteral("index"), task.index },
+                { QStringLiteral("result"), task.resultPath }, { QStringLiteral("values"), parameters },
+                { QStringLiteral("skipped"), task.skipped } };
             if (task.mapKind)
                 entry.insert(QStringLiteral("map"), *task.mapKind);
             tasks.append(entry);
         }
-        runs.append(QJsonObject { { QStringLiteral("step"), run.step }, { QStringLiteral("input"), run.input },
-            { QStringLiteral("baseName"), run.baseName }, { QStringLiteral("tasks"), tasks } });
+        runs.append(
+            QJsonObject { { QStringLiteral("step"), run.step }, { QStringLiteral("input"), run.input },
+                { QStringLiteral("baseName"), run.baseName }, { QStringLiteral("tasks"), tasks } });
     }
-    const QJsonObject root { { QStringLiteral("seed"), QString::number(seed) }, { QStringLiteral("steps"), steps },
-        { QStringLiteral("toolRuns"), runs } };
+    const QJsonObject root { { QStringLiteral("seed"), QString::number(seed) },
+        { QStringLiteral("steps"), steps }, { QStringLiteral("toolRuns"), runs } };
     return QJsonDocument(root).toJson(QJsonDocument::Indented);
 }
 

@@ -91,7 +91,8 @@ public:
     // otherwise when the task's run file is written.
     void forEachTask(const QString& out, bool withValues, const std::function<bool(PlannedTask&&)>& take);
     PlannedTask planOrdinaryTask(qint64 index, const QString& outfile, bool withValues);
-    PlannedTask planMapTask(qint64 index, const QString& outfile, qint64 mapindex, bool first, bool withValues);
+    PlannedTask planMapTask(
+        qint64 index, const QString& outfile, qint64 mapindex, bool first, bool withValues);
     // Writes one task of the control file and its run file.
     pugi::xml_node writePlannedTask(
         const PlannedTask& task, const QString& imagepath, QString* error, pugi::xml_node tasks);

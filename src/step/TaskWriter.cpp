@@ -3,8 +3,8 @@
 
 #include "step/FilterProcessObject.h"
 
-#include "run/RunSettings.h"
 #include "run/RunPlan.h"
+#include "run/RunSettings.h"
 #include "run/SafeFile.h"
 #include "step/StepParent.h"
 #include "step/XmlFiles.h"
@@ -12,8 +12,8 @@
 #include <QStringView>
 
 #include <algorithm>
-#include <functional>
 #include <cstring>
+#include <functional>
 #include <optional>
 #include <string>
 #include <unordered_map>

@@ -6,6 +6,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QLabel>
 #include <QMainWindow>
 #include <QPushButton>
 #include <QSignalSpy>
@@ -178,7 +179,9 @@ TEST_F(WindowRunTest, AToolThatHadToBeKilledIsNamedInTheStatusLine)
     buildChain(1);
     prepareRunWithoutInput(QStringLiteral("1"));
     QSignalSpy finished(delegate().batchController(), &BatchController::runFinished);
-    startAndAbort();
+    // The tool ignores SIGTERM from before its first line: abort once it shows.
+    const auto* progress = delegate().progressSheet()->findChild<QLabel*>(QStringLiteral("prProgress"));
+    startAndAbort([progress] { return progress->text().contains(QLatin1String("stand-in")); });
     QTRY_COMPARE_WITH_TIMEOUT(finished.count(), 1, kRunTimeoutMs);
     EXPECT_EQ(delegate().window()->statusBar()->currentMessage(),
         QStringLiteral("Run aborted. The render tool did not stop; it was killed."));
