@@ -140,6 +140,9 @@ void addOptions(QCommandLineParser& parser)
         if (QLatin1String(entry.name) != QLatin1String("frame-style"))
             valued(entry.name, "VALUE", qPrintable(entry.choices.join(QLatin1Char('|'))));
     }
+    flag("quiet", "Print only problems and the closing count of outputs.");
+    flag("verbose", "Also print the plan of the run, one line per output.");
+    valued("report", "FILE", "Write the run report (every output with its status and values) as JSON.");
     flag("dry-run", "Print the plan (every output and its values) and stop: nothing is written or run.");
     flag("json", "With --dry-run: print the plan as JSON.");
     valued("existing", "POLICY",
@@ -230,6 +233,11 @@ CliParseResult parseCliArguments(const QStringList& arguments, CliOptions* optio
     if (isSet("prefix"))
         settings.outputPrefix = value("prefix");
     result.dryRun = isSet("dry-run");
+    result.quiet = isSet("quiet");
+    result.verbose = isSet("verbose");
+    result.reportFile = value("report");
+    if (result.quiet && result.verbose)
+        return usageError(error, QStringLiteral("--quiet and --verbose cannot be combined"));
     result.json = isSet("json");
     if (isSet("existing")) {
         const QString policy = value("existing").toLower();

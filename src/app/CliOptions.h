@@ -17,6 +17,9 @@ struct CliOptions {
     RunSettings settings; // factory defaults overridden by the flags
     bool presetGiven = false;
     bool dryRun = false; // --dry-run: print the plan, write and run nothing
+    bool quiet = false; // --quiet: only problems and the closing count
+    bool verbose = false; // --verbose: also the plan, line by line
+    QString reportFile; // --report: the run report as JSON
     bool json = false; // --json: the dry run's plan as JSON
     // --existing overwrite|skip|stop: planned final outputs that exist.
     ExistingOutputs existing = ExistingOutputs::Replace;

@@ -2,10 +2,18 @@
 
 #include "app/CliOptions.h"
 #include "batch/BatchController.h"
+#include "batch/RunReport.h"
+#include "run/Console.h"
+
+#include <QFileInfo>
+#include <QLoggingCategory>
 
 #include <QEventLoop>
 
 #include <cstdio>
+#include <utility>
+
+#include <unistd.h>
 
 namespace quillon {
 
@@ -25,16 +33,58 @@ void CliDisplay::showErrorAlert(const QString& message)
     writeLine(stderr, message);
 }
 
+QString progressLine(qint64 done, qint64 total, qint64 elapsedMs, qint64 leftMs, const QString& latest)
+{
+    const auto clock = [](qint64 ms) {
+        const qint64 seconds = ms / 1000;
+        return QStringLiteral("%1:%2")
+            .arg(seconds / 60, 2, 10, QLatin1Char('0'))
+            .arg(seconds % 60, 2, 10, QLatin1Char('0'));
+    };
+    const int width = static_cast<int>(QString::number(total).size());
+    QString line = QStringLiteral("[%1/%2] %3% %4 elapsed")
+                       .arg(done, width)
+                       .arg(total)
+                       .arg(total > 0 ? done * 100 / total : 0)
+                       .arg(clock(elapsedMs));
+    if (leftMs >= 0 && done < total)
+        line += QStringLiteral(", about %1 left").arg(clock(leftMs));
+    return line + QStringLiteral("  ") + QFileInfo(latest).fileName();
+}
+
+void CliDisplay::showImageProgress(
+    qint64 done, qint64 total, qint64 elapsedMs, qint64 leftMs, const QString& latest)
+{
+    if (!lcProgress().isInfoEnabled())
+        return;
+    const QString line = progressLine(done, total, elapsedMs, leftMs, latest);
+    if (terminal) {
+        showTransientLine(line);
+        return;
+    }
+    // Into a pipe or a file: a line per written output, at most one a second.
+    if (done < total && m_lastPlainLineMs >= 0 && elapsedMs - m_lastPlainLineMs < 1000)
+        return;
+    m_lastPlainLineMs = elapsedMs;
+    writeLine(stderr, line);
+}
+
+void CliDisplay::finishProgress()
+{
+    if (terminal)
+        showTransientLine(QString());
+}
+
 void CliDisplay::showFilterInfo(const QString& name, const QString& author)
 {
-    writeLine(stdout,
+    consoleLine(lcProgress(),
         author.isEmpty() ? QStringLiteral("Filter: ") + name
                          : QStringLiteral("Filter: %1 (%2)").arg(name, author));
 }
 
 void CliDisplay::showSourceInfo(const QString& source)
 {
-    writeLine(stdout, QStringLiteral("Source: ") + source);
+    consoleLine(lcProgress(), QStringLiteral("Source: ") + source);
 }
 
 ExistingOutputs CliDisplay::askExistingOutputs(const QStringList& paths)
@@ -88,8 +138,15 @@ int CliRun::exec(const QStringList& arguments)
         return kCliExitFailed;
     }
 
+    if (options.quiet) {
+        QLoggingCategory::setFilterRules(
+            QStringLiteral("quillon.tool.info=false\nquillon.files.info=false\nquillon.progress.info=false"));
+    } else if (options.verbose) {
+        QLoggingCategory::setFilterRules(QStringLiteral("quillon.plan.info=true"));
+    }
     CliDisplay display;
     display.existingPolicy = options.existing;
+    display.terminal = ::isatty(STDERR_FILENO) == 1;
     BatchController controller(&display);
     if (options.dryRun) {
         RunPlan plan;
@@ -105,6 +162,10 @@ int CliRun::exec(const QStringList& arguments)
             writeLine(stderr, error);
         return kCliExitFailed;
     }
+    if (lcPlan().isInfoEnabled() && controller.plan()) {
+        for (const QString& line : controller.plan()->describe().split(QLatin1Char('\n')))
+            consoleLine(lcPlan(), QStringLiteral("plan: ") + line);
+    }
 
     QEventLoop loop;
     connect(&controller, &BatchController::runFinished, &loop, &QEventLoop::quit);
@@ -114,9 +175,12 @@ int CliRun::exec(const QStringList& arguments)
     if (controller.isRunning())
         loop.exec();
 
+    display.finishProgress();
     if (display.replaced > 0)
-        writeLine(stdout, QStringLiteral("replaced %1 existing files").arg(display.replaced));
+        consoleLine(lcFiles(), QStringLiteral("replaced %1 existing files").arg(display.replaced));
     writeLine(stderr, controller.outcomeLine());
+    if (!options.reportFile.isEmpty() && !saveRunReport(options.reportFile, controller, &error))
+        writeLine(stderr, error);
     int code = kCliExitOk;
     if (m_interrupted.load() || controller.isAborted())
         code = kCliExitInterrupted;

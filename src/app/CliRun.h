@@ -33,9 +33,21 @@ public:
     ExistingOutputs askExistingOutputs(const QStringList& paths) override;
     bool confirmWarning(const QString& message) override;
 
+    void showImageProgress(
+        qint64 done, qint64 total, qint64 elapsedMs, qint64 leftMs, const QString& latest) override;
+    // Ends an updating progress line on a terminal.
+    void finishProgress();
+
     ExistingOutputs existingPolicy = ExistingOutputs::Replace;
     qsizetype replaced = 0; // existing outputs the run was allowed to replace
+    bool terminal = false; // standard error is a terminal: one updating line
+
+private:
+    qint64 m_lastPlainLineMs = -1;
 };
+
+// "[ 37/300] 12% 00:14 elapsed, about 01:40 left  stone-0037.png"
+QString progressLine(qint64 done, qint64 total, qint64 elapsedMs, qint64 leftMs, const QString& latest);
 
 // Builds the chain the options name: a chain file, or definitions read into
 // new records in the order given. False with *error on a file that cannot be

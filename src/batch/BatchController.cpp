@@ -4,6 +4,7 @@
 #include "batch/InputListing.h"
 #include "batch/PlanChecks.h"
 #include "batch/RunPlanner.h"
+#include "run/Console.h"
 #include "run/SafeFile.h"
 #include "step/FilterProcessObject.h"
 #include "variations/ValueRule.h"
@@ -33,13 +34,6 @@ namespace {
 constexpr int kAnimationFrames = 6;
 constexpr int kAnimationIntervalMilliseconds = 100;
 
-void printToStdout(const QString& text)
-{
-    const QByteArray bytes = text.toUtf8() + '\n';
-    std::fwrite(bytes.constData(), 1, static_cast<size_t>(bytes.size()), stdout);
-    std::fflush(stdout);
-}
-
 // The canonical form of a path whose last component may not exist (or may
 // be a link that must not be followed): the parent resolved, the name kept.
 // A run hands over thousands of files of one directory, so each parent is
@@ -68,7 +62,6 @@ QString absolutePath(const QString& path)
 BatchController::BatchController(BatchDisplay* display, QObject* parent)
     : QObject(parent)
     , m_display(display)
-    , m_standardOutput(printToStdout)
 {
 }
 
@@ -94,12 +87,15 @@ BatchController::~BatchController()
 
 void BatchController::setStandardOutput(std::function<void(const QString&)> sink)
 {
-    m_standardOutput = sink ? std::move(sink) : std::function<void(const QString&)>(printToStdout);
+    m_standardOutput = std::move(sink);
 }
 
-void BatchController::printLine(const QString& text) const
+void BatchController::printLine(const QLoggingCategory& category, const QString& text) const
 {
-    m_standardOutput(text);
+    if (m_standardOutput)
+        m_standardOutput(text);
+    else
+        consoleLine(category, text);
 }
 
 bool BatchController::failCheck(const QString& message, QString* error, bool alert)
@@ -226,7 +222,7 @@ bool BatchController::startBatchWithSender(
         break;
     }
     for (const QString& path : std::as_const(leftovers))
-        printLine(QStringLiteral("deleted ") + path);
+        printLine(lcFiles(), QStringLiteral("deleted ") + path);
 
     // A handle left from an earlier run is never written again.
     closeRunLog();
@@ -258,6 +254,12 @@ bool BatchController::startBatchWithSender(
     m_finalBefore.clear();
     for (const QString& path : m_plan->finalOutputs())
         m_finalBefore.insert(path, regularFileIdentity(path));
+    m_imagesDone = 0;
+    m_imagesPlanned = 0;
+    for (const PlannedToolRun& run : std::as_const(m_plan->toolRuns)) {
+        for (const PlannedTask& task : run.tasks)
+            m_imagesPlanned += task.skipped ? 0 : 1;
+    }
     m_clock.start();
     m_running = true;
     m_animState = 0;
@@ -283,13 +285,13 @@ void BatchController::openRunLog()
     QString why;
     const int fd = createFileAtomically(path, kLogTitle.toUtf8(), &why);
     if (fd < 0) {
-        printLine(QStringLiteral("Error creating logfile ") + why);
+        printLine(lcProblems(), QStringLiteral("Error creating logfile ") + why);
         return;
     }
     auto handle = std::make_unique<QFile>();
     if (!handle->open(fd, QIODevice::WriteOnly | QIODevice::Append, QFileDevice::AutoCloseHandle)) {
         ::close(fd);
-        printLine(QStringLiteral("Error creating logfile ") + handle->errorString());
+        printLine(lcProblems(), QStringLiteral("Error creating logfile ") + handle->errorString());
         return;
     }
     m_logfh = std::move(handle);
@@ -553,8 +555,9 @@ QStringList BatchController::deleteInterimFiles(const QStringList& paths)
 void BatchController::finishCompletion(const QStringList& deletedLines)
 {
     for (const QString& line : deletedLines)
-        printLine(line);
+        printLine(lcFiles(), line);
     m_journal.end();
+    m_elapsedMs = m_clock.isValid() ? m_clock.elapsed() : 0;
 
     if (m_animTimer)
         m_animTimer->stop();
@@ -563,6 +566,28 @@ void BatchController::finishCompletion(const QStringList& deletedLines)
     if (m_display)
         m_display->runFinished(aborted);
     Q_EMIT runFinished(aborted);
+}
+
+void BatchController::imagesWritten(const QStringList& paths)
+{
+    QMetaObject::invokeMethod(
+        this,
+        [this, paths] {
+            if (!m_running)
+                return;
+            m_imagesDone += paths.size();
+            const qint64 elapsed = m_clock.elapsed();
+            // The rate means something once a few images are in.
+            constexpr qint64 kImagesBeforeEstimate = 3;
+            // Rounded up to whole seconds: never "0:00 left" while work remains.
+            const qint64 remaining = std::max<qint64>(m_imagesPlanned - m_imagesDone, 0);
+            const qint64 left = m_imagesDone >= kImagesBeforeEstimate
+                ? (elapsed * remaining / m_imagesDone + 999) / 1000 * 1000
+                : -1;
+            if (m_display)
+                m_display->showImageProgress(m_imagesDone, m_imagesPlanned, elapsed, left, paths.last());
+        },
+        Qt::QueuedConnection);
 }
 
 BatchController::Outcome BatchController::outcome() const
@@ -629,7 +654,7 @@ void BatchController::setRenderInfoWithInfo(const QString& info)
 {
     if (m_display)
         m_display->showRenderInfo(info);
-    printLine(info);
+    printLine(lcToolOutput(), info);
 }
 
 void BatchController::writeLogFileWithMessage(const QString& message)

@@ -20,6 +20,7 @@
 #include <memory>
 #include <vector>
 
+class QLoggingCategory;
 class QThread;
 class QTimer;
 
@@ -125,6 +126,8 @@ public:
     {
         m_journal.recordCreated(path, identity);
     }
+    // Worker thread: counted on the controller's thread.
+    void imagesWritten(const QStringList& paths) override;
 
     // ---- State, for the window and tests ---------------------------------
     const QStringList& interimFiles() const { return m_interimFiles; }
@@ -153,7 +156,7 @@ private:
     bool collectInputs(QString* error);
     void openRunLog();
     void closeRunLog();
-    void printLine(const QString& text) const;
+    void printLine(const QLoggingCategory& category, const QString& text) const;
     void buildLaunchQueue();
     // Worker thread.
     void runLaunchQueue(LaunchQueue& queue);
@@ -182,6 +185,8 @@ private:
     std::shared_ptr<RunPlan> m_plan;
     QHash<QString, FileIdentity> m_finalBefore; // planned final outputs at Start
     QElapsedTimer m_clock;
+    qint64 m_imagesDone = 0;
+    qint64 m_imagesPlanned = 0;
     qint64 m_elapsedMs = 0;
     QStringList m_interimFiles;
     QSet<QString> m_interimSet; // the same paths, to keep the list free of repeats

@@ -55,6 +55,19 @@ public:
         return true;
     }
 
+    // Progress in images: `done` of `total` outputs written, the latest one,
+    // and the time left estimated from the rate so far (negative while too
+    // few are in to tell).
+    virtual void showImageProgress(
+        qint64 done, qint64 total, qint64 elapsedMs, qint64 leftMs, const QString& latest)
+    {
+        (void)done;
+        (void)total;
+        (void)elapsedMs;
+        (void)leftMs;
+        (void)latest;
+    }
+
     // One tick of the progress animation: frame index 0..5.
     virtual void showAnimationFrame(int frame) { (void)frame; }
 

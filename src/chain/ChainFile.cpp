@@ -1,5 +1,7 @@
 #include "chain/ChainFile.h"
 
+#include "run/Console.h"
+
 #include <QByteArray>
 #include <QDateTime>
 #include <QFile>
@@ -169,12 +171,9 @@ PlistPtr toPlist(const QVariant& value, int depth, const QString& where, QString
     return {};
 }
 
-bool printLine(const char* text)
+void printLine(const char* text)
 {
-    std::fputs(text, stdout);
-    std::fputc('\n', stdout);
-    std::fflush(stdout);
-    return true;
+    consoleLine(lcFiles(), QString::fromLatin1(text));
 }
 
 // ---- Reading: cheap checks before libplist sees the bytes ----

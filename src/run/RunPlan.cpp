@@ -129,7 +129,7 @@ QString RunPlan::describe() const
     return text;
 }
 
-QByteArray RunPlan::toJson() const
+QJsonObject RunPlan::toJsonObject(const QHash<QString, QString>* statuses) const
 {
     QJsonArray runs;
     for (const PlannedToolRun& run : toolRuns) {
@@ -149,6 +149,8 @@ QByteArray RunPlan::toJson() const
                 { QStringLiteral("skipped"), task.skipped } };
             if (task.mapKind)
                 entry.insert(QStringLiteral("map"), *task.mapKind);
+            if (statuses && statuses->contains(task.resultPath))
+                entry.insert(QStringLiteral("status"), statuses->value(task.resultPath));
             tasks.append(entry);
         }
         runs.append(
@@ -157,7 +159,12 @@ QByteArray RunPlan::toJson() const
     }
     const QJsonObject root { { QStringLiteral("seed"), QString::number(seed) },
         { QStringLiteral("steps"), steps }, { QStringLiteral("toolRuns"), runs } };
-    return QJsonDocument(root).toJson(QJsonDocument::Indented);
+    return root;
+}
+
+QByteArray RunPlan::toJson() const
+{
+    return QJsonDocument(toJsonObject()).toJson(QJsonDocument::Indented);
 }
 
 } // namespace quillon

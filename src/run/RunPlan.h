@@ -1,6 +1,8 @@
 #pragma once
 
 #include <QByteArray>
+#include <QHash>
+#include <QJsonObject>
 #include <QList>
 #include <QString>
 #include <QStringList>
@@ -59,7 +61,9 @@ struct RunPlan {
     // One line per output ("PATH  name=value ..."), then "N tool runs, M
     // outputs".
     QString describe() const;
-    // The plan as JSON (the schema is in docs/run-plan.md).
+    // The plan as JSON (the schema is in docs/run-plan.md); with `statuses`
+    // (result path -> status), each task also says what became of it.
+    QJsonObject toJsonObject(const QHash<QString, QString>* statuses = nullptr) const;
     QByteArray toJson() const;
 };
 

@@ -49,6 +49,9 @@ public:
         (void)path;
         (void)identity;
     }
+    // The running tool has written these outputs (seen while it runs, a
+    // cheap look at the files). Worker thread.
+    virtual void imagesWritten(const QStringList& paths) { (void)paths; }
 };
 
 } // namespace quillon

@@ -28,6 +28,8 @@ namespace {
 
 // How long the worker waits for output before it looks at the abort flag.
 constexpr int kPollMilliseconds = 50;
+// Outputs looked at per round of the wait loop.
+constexpr qsizetype kOutputsPolled = 8;
 // How long a terminated tool gets to exit before it is killed.
 constexpr int kTerminateGraceMilliseconds = 3000;
 
@@ -75,6 +77,49 @@ qsizetype incompleteUtf8Tail(const QByteArray& data)
     }
     return 0;
 }
+
+// The outputs of one tool run, and which of them the tool has written: a
+// file counts once it is there, not empty, and new or changed since the
+// tool run began.
+class OutputWatch final {
+public:
+    explicit OutputWatch(const QStringList& paths)
+        : m_paths(paths)
+    {
+        m_before.reserve(paths.size());
+        for (const QString& path : paths)
+            m_before.append(regularFileIdentity(path));
+        m_seen.fill(false, paths.size());
+    }
+
+    FileIdentity before(qsizetype i) const { return m_before.value(i); }
+
+    // Looks at up to `limit` outputs not yet seen, from the first of them.
+    QStringList poll(qsizetype limit)
+    {
+        QStringList written;
+        qsizetype looked = 0;
+        for (qsizetype i = m_firstUnseen; i < m_paths.size() && looked < limit; ++i) {
+            if (m_seen.at(i))
+                continue;
+            ++looked;
+            const FileIdentity now = regularFileIdentity(m_paths.at(i));
+            if (!now.isValid() || now.size <= 0 || !now.changedSince(m_before.at(i)))
+                continue;
+            m_seen[i] = true;
+            written.append(m_paths.at(i));
+        }
+        while (m_firstUnseen < m_paths.size() && m_seen.at(m_firstUnseen))
+            ++m_firstUnseen;
+        return written;
+    }
+
+private:
+    QStringList m_paths;
+    QList<FileIdentity> m_before;
+    QList<bool> m_seen;
+    qsizetype m_firstUnseen = 0;
+};
 
 } // namespace
 
@@ -177,12 +222,14 @@ void filterProcessObject::captureStandardOutputAndRouteToTextView(QProcess& task
 
     // The outputs of an inner step are interim files: the run may delete
     // those the tool creates, and only those.
-    QList<FileIdentity> outputsBefore;
-    if (!isLast && parent) {
+    if (!isLast && parent)
         parent->willWriteFiles(runOutputs);
-        for (const QString& path : std::as_const(runOutputs))
-            outputsBefore.append(regularFileIdentity(path));
-    }
+    OutputWatch watch(runOutputs);
+    const auto reportWritten = [this, &watch](qsizetype limit) {
+        const QStringList written = watch.poll(limit);
+        if (!written.isEmpty() && parent)
+            parent->imagesWritten(written);
+    };
 
     task.start(QIODevice::ReadOnly);
     if (!task.waitForStarted(-1)) {
@@ -205,6 +252,8 @@ void filterProcessObject::captureStandardOutputAndRouteToTextView(QProcess& task
                 killed = true;
                 passOnRenderInfoWithData(kKilledMessage);
             }
+            // A few stats per round: the tool writes its outputs in order.
+            reportWritten(kOutputsPolled);
             if (task.bytesAvailable() > 0) {
                 routeAvailableOutput();
                 continue;
@@ -227,10 +276,13 @@ void filterProcessObject::captureStandardOutputAndRouteToTextView(QProcess& task
         routeChunk(std::exchange(carried, QByteArray()));
     }
 
-    for (qsizetype i = 0; i < outputsBefore.size(); ++i) {
-        const FileIdentity now = regularFileIdentity(runOutputs.at(i));
-        if (now.isValid() && now.changedSince(outputsBefore.at(i)))
-            parent->didCreateFile(runOutputs.at(i), now);
+    reportWritten(runOutputs.size());
+    if (!isLast && parent) {
+        for (qsizetype i = 0; i < runOutputs.size(); ++i) {
+            const FileIdentity now = regularFileIdentity(runOutputs.at(i));
+            if (now.isValid() && now.changedSince(watch.before(i)))
+                parent->didCreateFile(runOutputs.at(i), now);
+        }
     }
 
     // The inputs of a later step are interim outputs of the step before.

@@ -1,6 +1,7 @@
 #include "step/XmlFiles.h"
 
 #include "library/DefinitionReader.h"
+#include "run/Console.h"
 
 #include <QFile>
 
@@ -126,10 +127,7 @@ QByteArray serializeXml(pugi::xml_document& document, qsizetype expectedSize)
 
 void printConsoleLine(const QString& line)
 {
-    const QByteArray bytes = line.toUtf8();
-    std::fwrite(bytes.constData(), 1, static_cast<size_t>(bytes.size()), stdout);
-    std::fputc('\n', stdout);
-    std::fflush(stdout);
+    consoleLine(lcProblems(), line);
 }
 
 } // namespace quillon

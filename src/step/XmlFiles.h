@@ -22,7 +22,7 @@ bool loadXmlFile(pugi::xml_document& document, const QString& path, QString* err
 // indentation. `expectedSize`, when known, saves the growing of the result.
 QByteArray serializeXml(pugi::xml_document& document, qsizetype expectedSize = 0);
 
-// One line on standard output, flushed at once.
+// One line about a problem on standard output, flushed at once.
 void printConsoleLine(const QString& line);
 
 } // namespace quillon

@@ -7,6 +7,8 @@
 #include "support/NothingLost.h"
 
 #include <QFileInfo>
+#include <QJsonDocument>
+#include <QJsonObject>
 
 #include <gtest/gtest.h>
 
@@ -110,6 +112,47 @@ TEST_F(CliPlan, AToolThatWritesNothingEndsTheRunWithExitThree)
     EXPECT_EQ(result.exitCode, 3);
     EXPECT_TRUE(result.err.contains(QStringLiteral("0 written, 2 missing, 0 not run")))
         << result.err.toStdString();
+}
+
+TEST_F(CliPlan, ProgressReportAndQuietOutput)
+{
+    const QString report = m_temp.path() + QStringLiteral("/report.json");
+    const QStringList flags = baseFlags() + QStringList { "--frames", "4", "--report", report };
+    const QMap<QString, QString> slow { { "QUILLON_STANDIN_DELAY_MS", "100" } };
+
+    // Into a pipe: plain lines; on a terminal (a pseudo-terminal from
+    // script(1)): one line rewritten in place.
+    QProcess piped;
+    start(piped, flags, slow);
+    const CliResult plain = finish(piped);
+    EXPECT_EQ(plain.exitCode, 0);
+    EXPECT_TRUE(plain.err.contains(QStringLiteral("[4/4] 100% "))) << plain.err.toStdString();
+    EXPECT_FALSE(plain.err.contains(QLatin1Char('\r')));
+    QFile json(report);
+    ASSERT_TRUE(json.open(QIODevice::ReadOnly));
+    const QJsonObject root = QJsonDocument::fromJson(json.readAll()).object();
+    EXPECT_EQ(root.value(QStringLiteral("written")).toInt(), 4);
+    EXPECT_EQ(root.value(QStringLiteral("plan")).toObject().value(QStringLiteral("seed")).toString(), "3");
+
+    QStringList command { QStringLiteral(QUILLON_CLI_PATH) };
+    for (const QString& flag : flags + QStringList { "--prefix", "t" })
+        command.append(QLatin1Char('\'') + flag + QLatin1Char('\''));
+    QProcess tty;
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.insert(QStringLiteral("QUILLON_STANDIN_DELAY_MS"), QStringLiteral("100"));
+    tty.setProcessEnvironment(env);
+    tty.start(QStringLiteral("script"), { "-qec", command.join(QLatin1Char(' ')), "/dev/null" });
+    const CliResult shown = finish(tty);
+    EXPECT_EQ(shown.exitCode, 0);
+    const QString third
+        = shown.out.section(QStringLiteral("\r\033[K[3/4] 75% "), 1).section(QLatin1Char('\r'), 0, 0);
+    EXPECT_TRUE(third.contains(QStringLiteral(" elapsed, about "))) << shown.out.toStdString();
+
+    const CliResult quiet = run(baseFlags() + QStringList { "--quiet", "--prefix", "q" });
+    EXPECT_EQ(quiet.exitCode, 0);
+    EXPECT_TRUE(quiet.out.isEmpty()) << quiet.out.toStdString();
+    EXPECT_TRUE(quiet.err.startsWith(QStringLiteral("2 written, 0 missing, 0 not run")))
+        << quiet.err.toStdString();
 }
 
 } // namespace

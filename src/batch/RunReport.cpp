@@ -1,0 +1,74 @@
+#include "batch/RunReport.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QSaveFile>
+
+namespace quillon {
+
+namespace {
+
+QJsonObject settingsJson(const RunSettings& s)
+{
+    static const char* const kModes[] = { "file", "directory", "none" };
+    return {
+        { QStringLiteral("tool"), s.toolPath },
+        { QStringLiteral("output"), s.outputPath },
+        { QStringLiteral("source"), s.sourcePath },
+        { QStringLiteral("inputMode"), QLatin1String(kModes[static_cast<int>(s.inputMode)]) },
+        { QStringLiteral("prefix"), s.outputPrefix },
+        { QStringLiteral("frameStyle"), static_cast<int>(s.nameStyle) },
+        { QStringLiteral("frames"), s.frameCountText },
+        { QStringLiteral("width"), s.widthText },
+        { QStringLiteral("height"), s.heightText },
+        { QStringLiteral("format"), s.format },
+        { QStringLiteral("preset"), s.presetIndex },
+        { QStringLiteral("maps"), s.activateMaps == 1 },
+    };
+}
+
+} // namespace
+
+QByteArray runReportJson(const BatchController& controller)
+{
+    const BatchController::Outcome outcome = controller.outcome();
+    QHash<QString, QString> statuses;
+    for (const QString& path : outcome.written)
+        statuses.insert(path, QStringLiteral("written"));
+    for (const QString& path : outcome.missing)
+        statuses.insert(path, QStringLiteral("missing"));
+    for (const QString& path : outcome.notRun)
+        statuses.insert(path, QStringLiteral("not run"));
+
+    QJsonArray chain;
+    for (const RecordPtr& record : controller.chain()) {
+        chain.append(QJsonObject { { QStringLiteral("name"), record ? record->string(key::name) : QString() },
+            { QStringLiteral("path"), record ? record->string(key::path) : QString() } });
+    }
+    QJsonObject root {
+        { QStringLiteral("written"), outcome.written.size() },
+        { QStringLiteral("missing"), outcome.missing.size() },
+        { QStringLiteral("notRun"), outcome.notRun.size() },
+        { QStringLiteral("aborted"), controller.isAborted() },
+        { QStringLiteral("elapsedMs"), outcome.elapsedMs },
+        { QStringLiteral("chain"), chain },
+        { QStringLiteral("settings"), settingsJson(controller.runSettings()) },
+    };
+    if (const auto plan = controller.plan())
+        root.insert(QStringLiteral("plan"), plan->toJsonObject(&statuses));
+    return QJsonDocument(root).toJson(QJsonDocument::Indented);
+}
+
+bool saveRunReport(const QString& path, const BatchController& controller, QString* error)
+{
+    QSaveFile file(path);
+    const QByteArray bytes = runReportJson(controller);
+    if (file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.commit())
+        return true;
+    if (error)
+        *error = QStringLiteral("Cannot write the report %1: %2").arg(path, file.errorString());
+    return false;
+}
+
+} // namespace quillon
