@@ -18,11 +18,17 @@ void writeLine(std::FILE* stream, const QString& text)
     std::fflush(stream);
 }
 
+// Every line on standard error carries the program's name.
+void writeError(const QString& message)
+{
+    writeLine(stderr, QStringLiteral("quillon-cli: ") + message);
+}
+
 } // namespace
 
 void CliDisplay::showErrorAlert(const QString& message)
 {
-    writeLine(stderr, message);
+    writeError(message);
 }
 
 void CliDisplay::showFilterInfo(const QString& name, const QString& author)
@@ -60,8 +66,9 @@ int CliRun::exec(const QStringList& arguments)
         writeLine(stdout, QStringLiteral("quillon-cli " QUILLON_VERSION));
         return kCliExitOk;
     case CliParseResult::UsageError:
-        writeLine(stderr, QStringLiteral("quillon-cli: ") + error);
-        writeLine(stderr, cliUsageLine());
+        if (!error.isEmpty())
+            writeError(error);
+        writeError(cliUsageLine());
         return kCliExitFailed;
     case CliParseResult::Run:
         break;
@@ -70,8 +77,8 @@ int CliRun::exec(const QStringList& arguments)
         return kCliExitInterrupted;
 
     RecordList chain;
-    if (!loadCliChain(options, &chain, &error)) {
-        writeLine(stderr, error);
+    if (!loadCliChain(options, &chain, &error) || !resolveCliPaths(&options, &error)) {
+        writeError(error);
         return kCliExitFailed;
     }
 
@@ -92,7 +99,7 @@ int CliRun::exec(const QStringList& arguments)
     int code = m_interrupted.load() ? kCliExitInterrupted : kCliExitOk;
     if (!options.saveChainFile.isEmpty()) {
         if (!saveCliChain(options.saveChainFile, controller.chain(), &error)) {
-            writeLine(stderr, error);
+            writeError(error);
             if (code == kCliExitOk)
                 code = kCliExitFailed;
         }
