@@ -30,6 +30,7 @@ DESTDIR="$stage" cmake --install "$QUILLON_BUILD" --prefix /usr > "$stage.log" |
 }
 rm -f "$stage.log"
 usr="$stage/usr"
+appstreamcli validate-tree --no-net "$stage" > /dev/null || fail "the installed tree does not validate as AppStream"
 
 for file in \
   bin/quillon bin/quillon-cli libexec/quillon/quillon-standin-render \
@@ -79,8 +80,8 @@ if ! "$usr/bin/quillon-cli" --filter "$usr/share/quillon/filters/Blur/Blur.ffxml
   cat "$stage/cli.log"
   fail "the installed quillon-cli could not run a sample filter"
 fi
-[ "$(ls "$stage/out/new" 2>/dev/null | tr '\n' ' ')" = "check-1.png check-2.png " ] ||
-  fail "the installed run left $(ls "$stage/out/new" 2>/dev/null | tr '\n' ' ') instead of check-1.png check-2.png"
+[ "$(ls "$stage/out/new" 2>/dev/null | tr '\n' ' ')" = "NX_check-1.png NX_check-2.png " ] ||
+  fail "the installed run left $(ls "$stage/out/new" 2>/dev/null | tr '\n' ' ') instead of NX_check-1.png NX_check-2.png"
 
 if [ "$failures" -ne 0 ]; then
   echo "package-check: $failures problem(s)" >&2

@@ -183,7 +183,7 @@ TEST_F(CliRun, FollowsTheCommandLineConventions)
         for (const QString& line : result.err.split(QLatin1Char('\n'), Qt::SkipEmptyParts))
             EXPECT_TRUE(line.startsWith(QStringLiteral("quillon-cli: "))) << what;
     }
-    EXPECT_EQ(batchDirectoryNames(fresh), QStringList { "my-export-1.png" });
+    EXPECT_EQ(batchDirectoryNames(fresh), QStringList { "NX_my-export-1.png" });
     EXPECT_TRUE(batchDirectoryNames(m_out).isEmpty());
 }
 
