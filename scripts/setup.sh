@@ -1,23 +1,33 @@
 #!/usr/bin/env bash
-# Installs the Debian packages Quillon needs (only those missing), then
-# configures and builds into build/. Sourced by run.sh and test.sh.
+# Shared set-up of run.sh, test.sh and package-check.sh (sourced): the Debian
+# packages in two sets, and the steps that install what is missing, configure
+# build/ and build.
+#
+#   QUILLON_BASE_PACKAGES  building and running quillon and quillon-cli
+#   QUILLON_TEST_PACKAGES  the tests, benchmarks, fuzzers, screenshot and
+#                          packaging checks on top of those
 set -euo pipefail
 
 QUILLON_ROOT="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 QUILLON_BUILD="${QUILLON_BUILD:-$QUILLON_ROOT/build}"
 
-QUILLON_PACKAGES=(
-  cmake g++ ninja-build pkg-config ccache
-  qt6-base-dev libpugixml-dev libplist-dev
+QUILLON_BASE_PACKAGES=(
+  cmake g++ ninja-build pkg-config ccache scdoc
+  qt6-base-dev qt6-svg-dev libpugixml-dev libplist-dev
+  fonts-dejavu-core
+)
+QUILLON_TEST_PACKAGES=(
   libgtest-dev libgmock-dev libbenchmark-dev
-  fonts-dejavu-core xvfb xauth
+  xvfb xauth
   clang libclang-rt-14-dev
+  desktop-file-utils appstream libxml2-utils groff-base
 )
 
+# quillon_install_packages PACKAGE...: installs those not installed yet.
 quillon_install_packages() {
   local missing=()
   local pkg
-  for pkg in "${QUILLON_PACKAGES[@]}"; do
+  for pkg in "$@"; do
     if ! dpkg-query -W -f='${Status}' "$pkg" 2>/dev/null | grep -q "install ok installed"; then
       missing+=("$pkg")
     fi
@@ -35,13 +45,22 @@ quillon_install_packages() {
   $sudo apt-get install -y -q --no-install-recommends "${missing[@]}"
 }
 
-quillon_build() {
+# quillon_configure [--again]: configures build/ once; --again runs CMake over
+# an existing build/ too, so that the tests appear once GoogleTest is there.
+quillon_configure() {
   local build_type="${QUILLON_BUILD_TYPE:-RelWithDebInfo}"
   if [ ! -f "$QUILLON_BUILD/build.ninja" ]; then
-    cmake -S "$QUILLON_ROOT" -B "$QUILLON_BUILD" -G Ninja -DCMAKE_BUILD_TYPE="$build_type" "$@"
+    cmake -S "$QUILLON_ROOT" -B "$QUILLON_BUILD" -G Ninja -DCMAKE_BUILD_TYPE="$build_type"
+  elif [ "${1:-}" = "--again" ]; then
+    cmake -S "$QUILLON_ROOT" -B "$QUILLON_BUILD" > /dev/null
   fi
-  cmake --build "$QUILLON_BUILD" --parallel "$(nproc)"
 }
 
-quillon_install_packages
-quillon_build
+# quillon_build [TARGET...]: the given targets, or everything.
+quillon_build() {
+  local targets=()
+  if [ $# -gt 0 ]; then
+    targets=(--target "$@")
+  fi
+  cmake --build "$QUILLON_BUILD" --parallel "$(nproc)" "${targets[@]}"
+}

@@ -1,6 +1,8 @@
-# Installs the desktop entry, the icon, the chain-file MIME type, the help
-# document and the sample filters, and tells the window where the build
-# tree keeps the files it looks for when it runs uninstalled.
+# Installs the desktop entry, the scalable icon, the chain-file MIME type, the
+# AppStream metainfo, the licence, the help document and the sample filters
+# (the PNG icons: tools/icongen; the manual pages: docs/man), and tells the
+# window where the build tree keeps the files it looks for when it runs
+# uninstalled.
 set(QUILLON_DESKTOP_DIR ${CMAKE_SOURCE_DIR}/data/desktop)
 
 install(FILES ${QUILLON_HELP_PDF} DESTINATION ${CMAKE_INSTALL_DATADIR}/quillon)
@@ -9,6 +11,8 @@ install(FILES ${QUILLON_DESKTOP_DIR}/org.quillon.Quillon.desktop DESTINATION ${C
 install(FILES ${QUILLON_DESKTOP_DIR}/quillon.svg
         DESTINATION ${CMAKE_INSTALL_DATADIR}/icons/hicolor/scalable/apps)
 install(FILES ${QUILLON_DESKTOP_DIR}/quillon-chain.xml DESTINATION ${CMAKE_INSTALL_DATADIR}/mime/packages)
+install(FILES ${QUILLON_DESKTOP_DIR}/org.quillon.Quillon.metainfo.xml DESTINATION ${CMAKE_INSTALL_DATADIR}/metainfo)
+install(FILES ${CMAKE_SOURCE_DIR}/LICENSE DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/quillon)
 
 # The window opens Help.pdf and, with --demo, uses the stand-in tool and the
 # sample filters; an installed copy finds them next to its executable, a

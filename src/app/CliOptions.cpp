@@ -2,6 +2,9 @@
 
 #include <QCommandLineOption>
 #include <QCommandLineParser>
+#include <QDir>
+#include <QFileInfo>
+#include <QStandardPaths>
 
 #include <limits>
 #include <optional>
@@ -116,8 +119,9 @@ void addOptions(QCommandLineParser& parser)
     };
     valued("chain", "FILE", "Run the chain file FILE (.qlch).");
     valued("filter", "DEFINITION", "Run these filter definitions (.ffxml), in the order given.");
-    valued("tool", "PATH", "The render tool executable.");
+    valued("tool", "PATH", "The render tool executable; a name without a slash is looked up on PATH.");
     valued("output", "DIR", "The output directory (also holds the task files and the log).");
+    flag("mkdir", "Create the output directory (and its parents) when it is missing.");
     valued("input", "FILE", "Render one input image.");
     valued("input-dir", "DIR",
         "Render every entry under DIR, files and subdirectories, at any depth, sorted by path; entries whose "
@@ -149,8 +153,16 @@ void addOptions(QCommandLineParser& parser)
         "Planned outputs that exist already: overwrite (default, counted at the end), skip their tasks, or "
         "stop before the run.");
     valued("save-chain", "FILE", "Write the chain (with its advanced values) to FILE after the run.");
-    flag("help", "Show this help.");
-    flag("version", "Show the version.");
+    parser.addOption(QCommandLineOption({ QStringLiteral("h"), QStringLiteral("help") },
+        QStringLiteral("Show this help.")));
+    parser.addOption(QCommandLineOption({ QStringLiteral("V"), QStringLiteral("version") },
+        QStringLiteral("Show the version.")));
+}
+
+QString synopsis()
+{
+    return QStringLiteral("quillon-cli (--chain FILE | --filter DEFINITION...) --tool PATH --output DIR "
+                          "[--input FILE | --input-dir DIR] [options]");
 }
 
 CliParseResult usageError(QString* error, const QString& message)
@@ -164,9 +176,7 @@ CliParseResult usageError(QString* error, const QString& message)
 
 QString cliUsageLine()
 {
-    return QStringLiteral(
-        "Usage: quillon-cli (--chain FILE | --filter DEFINITION...) --tool PATH --output DIR "
-        "[--input FILE | --input-dir DIR] [options]; see --help");
+    return QStringLiteral("usage: ") + synopsis() + QStringLiteral("; see --help");
 }
 
 QString cliHelpText()
@@ -175,11 +185,41 @@ QString cliHelpText()
     addOptions(parser);
     parser.setApplicationDescription(
         QStringLiteral("Renders a filter chain in a batch through a render tool."));
-    return cliUsageLine() + QLatin1Char('\n') + parser.helpText().section(QLatin1Char('\n'), 1);
+    return QStringLiteral("Usage: ") + synopsis() + QLatin1Char('\n')
+        + parser.helpText().section(QLatin1Char('\n'), 1)
+        + QStringLiteral("\nExit status:\n"
+                         "  0    every planned output was written\n"
+                         "  2    refused: a bad flag, an unreadable chain or a failed check\n"
+                         "  3    the run ended with missing outputs or a failed tool run\n"
+                         "  130  aborted by a termination signal (SIGINT, SIGTERM); the run cleaned up");
+}
+
+bool resolveCliPaths(CliOptions* options, QString* error)
+{
+    RunSettings& settings = options->settings;
+    const QString tool = settings.toolPath;
+    if (!tool.isEmpty() && !tool.contains(QLatin1Char('/'))) {
+        settings.toolPath = QStandardPaths::findExecutable(tool);
+        if (settings.toolPath.isEmpty()) {
+            if (error)
+                *error = QStringLiteral("%1: render tool not found on PATH").arg(tool);
+            return false;
+        }
+    }
+    const QString output = settings.outputPath;
+    if (options->makeOutputDirectory && !output.isEmpty() && !QFileInfo(output).isDir()
+        && !QDir().mkpath(output)) {
+        if (error)
+            *error = QStringLiteral("%1: cannot create the output directory").arg(output);
+        return false;
+    }
+    return true;
 }
 
 CliParseResult parseCliArguments(const QStringList& arguments, CliOptions* options, QString* error)
 {
+    if (arguments.size() <= 1)
+        return usageError(error, QString());
     QCommandLineParser parser;
     parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
     addOptions(parser);
@@ -206,6 +246,7 @@ CliParseResult parseCliArguments(const QStringList& arguments, CliOptions* optio
 
     settings.toolPath = value("tool");
     settings.outputPath = value("output");
+    result.makeOutputDirectory = isSet("mkdir");
     if (isSet("input") && isSet("input-dir"))
         return usageError(error, QStringLiteral("--input and --input-dir cannot be combined"));
     if (isSet("input")) {

@@ -23,6 +23,7 @@ struct CliOptions {
     bool json = false; // --json: the dry run's plan as JSON
     // --existing overwrite|skip|stop: planned final outputs that exist.
     ExistingOutputs existing = ExistingOutputs::Replace;
+    bool makeOutputDirectory = false; // --mkdir
 };
 
 enum class CliParseResult { Run, Help, Version, UsageError };
@@ -30,11 +31,18 @@ enum class CliParseResult { Run, Help, Version, UsageError };
 // Parses the arguments (the first one is the program). Definitions may be
 // given as repeated --filter flags or listed after one --filter. A missing
 // tool, output or chain is not a usage error: the run's checks report it.
+// No arguments at all is a usage error with an empty *error.
 CliParseResult parseCliArguments(const QStringList& arguments, CliOptions* options, QString* error);
 
-// "Usage: quillon-cli ..." on one line.
+// Settles the paths the run's checks look at: a tool named without a slash
+// is looked up on PATH, and with --mkdir a missing output directory is
+// created. False with *error when the tool is not on PATH or the directory
+// cannot be made.
+bool resolveCliPaths(CliOptions* options, QString* error);
+
+// "usage: quillon-cli ..." on one line, for standard error.
 QString cliUsageLine();
-// The full --help text.
+// The full --help text, ending with the exit codes.
 QString cliHelpText();
 
 } // namespace quillon

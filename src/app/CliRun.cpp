@@ -26,11 +26,17 @@ void writeLine(std::FILE* stream, const QString& text)
     std::fflush(stream);
 }
 
+// Every line on standard error carries the program's name.
+void writeError(const QString& message)
+{
+    writeLine(stderr, QStringLiteral("quillon-cli: ") + message);
+}
+
 } // namespace
 
 void CliDisplay::showErrorAlert(const QString& message)
 {
-    writeLine(stderr, message);
+    writeError(message);
 }
 
 QString progressLine(qint64 done, qint64 total, qint64 elapsedMs, qint64 leftMs, const QString& latest)
@@ -66,7 +72,7 @@ void CliDisplay::showImageProgress(
     if (done < total && m_lastPlainLineMs >= 0 && elapsedMs - m_lastPlainLineMs < 1000)
         return;
     m_lastPlainLineMs = elapsedMs;
-    writeLine(stderr, line);
+    consoleLine(lcProgress(), line);
 }
 
 void CliDisplay::finishProgress()
@@ -123,8 +129,9 @@ int CliRun::exec(const QStringList& arguments)
         writeLine(stdout, QStringLiteral("quillon-cli " QUILLON_VERSION));
         return kCliExitOk;
     case CliParseResult::UsageError:
-        writeLine(stderr, QStringLiteral("quillon-cli: ") + error);
-        writeLine(stderr, cliUsageLine());
+        if (!error.isEmpty())
+            writeError(error);
+        writeError(cliUsageLine());
         return kCliExitFailed;
     case CliParseResult::Run:
         break;
@@ -133,8 +140,8 @@ int CliRun::exec(const QStringList& arguments)
         return kCliExitInterrupted;
 
     RecordList chain;
-    if (!loadCliChain(options, &chain, &error)) {
-        writeLine(stderr, error);
+    if (!loadCliChain(options, &chain, &error) || !resolveCliPaths(&options, &error)) {
+        writeError(error);
         return kCliExitFailed;
     }
 
@@ -159,7 +166,7 @@ int CliRun::exec(const QStringList& arguments)
     // The check's message already went to standard error through the display.
     if (!controller.startBatchWithSender(chain, options.settings, &error)) {
         if (options.existing == ExistingOutputs::Cancel && !error.isEmpty())
-            writeLine(stderr, error);
+            writeError(error);
         return kCliExitFailed;
     }
     if (lcPlan().isInfoEnabled() && controller.plan()) {
@@ -178,9 +185,9 @@ int CliRun::exec(const QStringList& arguments)
     display.finishProgress();
     if (display.replaced > 0)
         consoleLine(lcFiles(), QStringLiteral("replaced %1 existing files").arg(display.replaced));
-    writeLine(stderr, controller.outcomeLine());
+    writeError(controller.outcomeLine());
     if (!options.reportFile.isEmpty() && !saveRunReport(options.reportFile, controller, &error))
-        writeLine(stderr, error);
+        writeError(error);
     int code = kCliExitOk;
     if (m_interrupted.load() || controller.isAborted())
         code = kCliExitInterrupted;
@@ -188,7 +195,7 @@ int CliRun::exec(const QStringList& arguments)
         code = kCliExitIncomplete;
     if (!options.saveChainFile.isEmpty()) {
         if (!saveCliChain(options.saveChainFile, controller.chain(), &error)) {
-            writeLine(stderr, error);
+            writeError(error);
             if (code == kCliExitOk)
                 code = kCliExitFailed;
         }

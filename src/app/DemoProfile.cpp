@@ -32,7 +32,7 @@ DemoLocations findDemoLocations(const QString& applicationDir)
 #endif
     locations.filtersDir = firstExisting(filters);
 
-    QStringList tools { appDir.filePath(QStringLiteral("quillon-standin-render")),
+    QStringList tools { appDir.filePath(QStringLiteral("../libexec/quillon/quillon-standin-render")),
         appDir.filePath(QStringLiteral("../tools/quillon-standin-render")) };
 #ifdef QUILLON_STANDIN_BUILD_PATH
     tools.append(QStringLiteral(QUILLON_STANDIN_BUILD_PATH));

@@ -68,6 +68,8 @@ int main(int argc, char** argv)
     QCoreApplication app(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("quillon-cli"));
     QCoreApplication::setApplicationVersion(QStringLiteral(QUILLON_VERSION));
+    // Qt's own warnings name the program, like every other line on standard error.
+    qSetMessagePattern(QStringLiteral("quillon-cli: %{message}"));
 
     if (const auto argument = undecodableArgument(argc, argv)) {
         std::fprintf(

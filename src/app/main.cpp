@@ -6,6 +6,7 @@
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QElapsedTimer>
+#include <QIcon>
 #include <QMainWindow>
 #include <QPixmap>
 #include <QTimer>
@@ -20,6 +21,16 @@ int main(int argc, char** argv)
     QApplication::setApplicationName(QStringLiteral("Quillon"));
     QApplication::setOrganizationName(QStringLiteral("Quillon"));
     QApplication::setApplicationVersion(QStringLiteral(QUILLON_VERSION));
+    QGuiApplication::setDesktopFileName(QStringLiteral("org.quillon.Quillon"));
+    // The icon theme has the icon once installed; a build tree keeps the same
+    // files at the same place relative to the executable.
+    QIcon icon = QIcon::fromTheme(QStringLiteral("quillon"));
+    if (icon.isNull()) {
+        for (const char* size : { "48x48", "128x128", "256x256" })
+            icon.addFile(QCoreApplication::applicationDirPath() + QStringLiteral("/../share/icons/hicolor/")
+                + QLatin1String(size) + QStringLiteral("/apps/quillon.png"));
+    }
+    QApplication::setWindowIcon(icon);
 
     QCommandLineParser parser;
     parser.setApplicationDescription(QStringLiteral("Renders images in batches through a filter chain."));

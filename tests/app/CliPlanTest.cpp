@@ -126,8 +126,8 @@ TEST_F(CliPlan, ProgressReportAndQuietOutput)
     start(piped, flags, slow);
     const CliResult plain = finish(piped);
     EXPECT_EQ(plain.exitCode, 0);
-    EXPECT_TRUE(plain.err.contains(QStringLiteral("[4/4] 100% "))) << plain.err.toStdString();
-    EXPECT_FALSE(plain.err.contains(QLatin1Char('\r')));
+    EXPECT_TRUE(plain.out.contains(QStringLiteral("[4/4] 100% "))) << plain.err.toStdString();
+    EXPECT_FALSE(plain.out.contains(QLatin1Char('\r')));
     QFile json(report);
     ASSERT_TRUE(json.open(QIODevice::ReadOnly));
     const QJsonObject root = QJsonDocument::fromJson(json.readAll()).object();
@@ -151,7 +151,7 @@ TEST_F(CliPlan, ProgressReportAndQuietOutput)
     const CliResult quiet = run(baseFlags() + QStringList { "--quiet", "--prefix", "q" });
     EXPECT_EQ(quiet.exitCode, 0);
     EXPECT_TRUE(quiet.out.isEmpty()) << quiet.out.toStdString();
-    EXPECT_TRUE(quiet.err.startsWith(QStringLiteral("2 written, 0 missing, 0 not run")))
+    EXPECT_TRUE(quiet.err.startsWith(QStringLiteral("quillon-cli: 2 written, 0 missing, 0 not run")))
         << quiet.err.toStdString();
 }
 

@@ -91,21 +91,49 @@ TEST_F(CliRun, AFailedCheckPrintsItsMessageAndExitsTwo)
     EXPECT_TRUE(batchDirectoryNames(m_out).isEmpty());
 }
 
-TEST_F(CliRun, UsageErrorsExitTwoHelpAndVersionZero)
+TEST_F(CliRun, FollowsTheCommandLineConventions)
 {
-    const CliResult bad = run(baseFlags() + QStringList { "--bogus" });
-    EXPECT_EQ(bad.exitCode, 2);
-    EXPECT_TRUE(bad.err.contains(QStringLiteral("Usage: quillon-cli"))) << bad.err.toStdString();
-    const CliResult missing = run({ "--filter", m_temp.path() + "/missing.ffxml" });
-    EXPECT_EQ(missing.exitCode, 2);
-    EXPECT_FALSE(missing.err.isEmpty());
-
-    const CliResult help = run({ "--help" });
-    EXPECT_EQ(help.exitCode, 0);
-    EXPECT_TRUE(help.out.contains(QStringLiteral("--input-dir")));
-    const CliResult version = run({ "--version" });
-    EXPECT_EQ(version.exitCode, 0);
-    EXPECT_TRUE(version.out.startsWith(QStringLiteral("quillon-cli ")));
+    // The stand-in tool on PATH under a bare name of its own.
+    const QString bin = QDir(m_temp.path()).filePath(QStringLiteral("bin"));
+    ASSERT_TRUE(QDir().mkpath(bin) && QFile::link(kTool, bin + QStringLiteral("/standin-render")));
+    const QString fresh = QDir(m_temp.path()).filePath(QStringLiteral("new/deep"));
+    const auto oneFrame = [this](const QStringList& more) {
+        return QStringList { "--filter", m_definition, "--format", "PNG", "--frames", "1" } + more;
+    };
+    const struct {
+        QStringList flags;
+        int exitCode;
+        QString out; // held by standard output
+        QString err; // held by standard error
+    } cases[] = {
+        { {}, 2, "", "quillon-cli: usage: quillon-cli (--chain FILE" },
+        { { "--bogus" }, 2, "", "quillon-cli: usage: quillon-cli" },
+        { { "-h" }, 0, "130  aborted", "" },
+        { { "--help" }, 0, "--mkdir", "" },
+        { { "-V" }, 0, "quillon-cli " QUILLON_VERSION, "" },
+        { { "--filter", m_temp.path() + "/missing.ffxml" }, 2, "",
+            "quillon-cli: Not a usable filter definition" },
+        { oneFrame({ "--tool", kTool, "--output", fresh }), 2, "", "quillon-cli: No output path selected" },
+        { oneFrame({ "--tool", "no-such-tool", "--output", m_out }), 2, "",
+            "quillon-cli: no-such-tool: render tool not found on PATH" },
+        { oneFrame({ "--tool", "standin-render", "--output", fresh, "--mkdir" }), 0, "Source: <no source>", "" },
+    };
+    for (const auto& c : cases) {
+        QProcess process;
+        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+        env.insert(QStringLiteral("PATH"), bin + QLatin1Char(':') + env.value(QStringLiteral("PATH")));
+        process.setProcessEnvironment(env);
+        process.start(QStringLiteral(QUILLON_CLI_PATH), c.flags);
+        const CliResult result = finish(process);
+        const std::string what = c.flags.join(' ').toStdString() + "\n" + result.err.toStdString();
+        EXPECT_EQ(result.exitCode, c.exitCode) << what;
+        EXPECT_TRUE(result.out.contains(c.out)) << what;
+        EXPECT_TRUE(result.err.contains(c.err)) << what;
+        for (const QString& line : result.err.split(QLatin1Char('\n'), Qt::SkipEmptyParts))
+            EXPECT_TRUE(line.startsWith(QStringLiteral("quillon-cli: "))) << what;
+    }
+    EXPECT_EQ(batchDirectoryNames(fresh), QStringList { "NX_my-export-1.png" });
+    EXPECT_TRUE(batchDirectoryNames(m_out).isEmpty());
 }
 
 TEST_F(CliRun, SigtermAbortsTheRunCleansUpAndExits130)

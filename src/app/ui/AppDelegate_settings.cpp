@@ -712,7 +712,7 @@ QString AppDelegate::helpDocumentPath()
 
 QUrl AppDelegate::donationUrl()
 {
-    return QUrl(QStringLiteral("https://quillon.example.org/donate"));
+    return QUrl(QStringLiteral("https://quillon.org/donate"));
 }
 
 void AppDelegate::setUrlOpener(std::function<bool(const QUrl&)> opener)
