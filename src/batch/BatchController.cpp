@@ -25,8 +25,6 @@ const QString BatchController::kLogTitle = QStringLiteral("Quillon log");
 
 namespace {
 
-constexpr int kAnimationFrames = 6;
-constexpr int kAnimationIntervalMilliseconds = 100;
 
 void printToStdout(const QString& text)
 {
@@ -176,14 +174,6 @@ bool BatchController::startBatchWithSender(
     m_canonicalOutputDir = QFileInfo(m_settings.outputPath).canonicalFilePath();
 
     m_running = true;
-    m_animState = 0;
-    m_animDirection = 1;
-    if (!m_animTimer) {
-        m_animTimer = new QTimer(this);
-        m_animTimer->setInterval(kAnimationIntervalMilliseconds);
-        connect(m_animTimer, &QTimer::timeout, this, &BatchController::animationTimerLoopWithTimer);
-    }
-    m_animTimer->start();
     if (m_display)
         m_display->beginProgressSheet();
     Q_EMIT runStarted();
@@ -463,8 +453,6 @@ void BatchController::finishCompletion(const QStringList& deletedLines)
     for (const QString& line : deletedLines)
         printLine(line);
 
-    if (m_animTimer)
-        m_animTimer->stop();
     m_running = false;
     const bool aborted = m_isAborted.load();
     if (m_display)
@@ -506,17 +494,6 @@ void BatchController::writeLogFileWithMessage(const QString& message)
         return;
     m_logfh->write(message.toUtf8());
     m_logfh->flush();
-}
-
-void BatchController::animationTimerLoopWithTimer()
-{
-    if (m_display)
-        m_display->showAnimationFrame(m_animState);
-    m_animState += m_animDirection;
-    if (m_animDirection == 1 && m_animState == kAnimationFrames - 1)
-        m_animDirection = -1;
-    else if (m_animDirection != 1 && m_animState == 0)
-        m_animDirection = 1;
 }
 
 } // namespace quillon

@@ -63,7 +63,7 @@ protected:
                            .arg(def.name, def.filtertype, def.controls, presets)
                            .toUtf8());
         }
-        m_delegate->fetchDoneWithArray(scanFilterDirectory(m_dir.path()));
+        m_delegate->chainPanel()->fetchDoneWithArray(scanFilterDirectory(m_dir.path()));
     }
 
     void installLetters(const QStringList& names)
@@ -85,12 +85,14 @@ protected:
         click("addBaseFiltersButton");
     }
 
+    // The chain list as the user reads it: position number and name.
     QStringList chainRows()
     {
         QStringList rows;
         const QAbstractItemModel* model = child<QTableView>("filterList")->model();
         for (int row = 0; row < model->rowCount(); ++row)
-            rows.append(model->index(row, 0).data().toString());
+            rows.append(model->headerData(row, Qt::Vertical).toString() + QLatin1Char(' ')
+                + model->index(row, 0).data().toString());
         return rows;
     }
 
@@ -197,7 +199,7 @@ TEST_F(ChainWindowTest, MoveAndRemoveButtonsFollowTheSelection)
     EXPECT_EQ(chainRows(), QStringList({ "1. A", "2. B", "3. C" }));
     selectRow("filterList", 0);
     EXPECT_FALSE(buttonEnabled("moveFilterUpButton"));
-    m_delegate->moveFilterUpInListWithSender();
+    m_delegate->chainPanel()->moveFilterUpInListWithSender();
     EXPECT_EQ(chainRows(), QStringList({ "1. A", "2. B", "3. C" }));
     EXPECT_EQ(selectedRow("filterList"), 0);
 
@@ -286,10 +288,10 @@ TEST_F(ChainWindowTest, PresetPopupAndParametersFillOnTheParametersPageOnly)
     // A preset picked by the user stays until the chain selection is refreshed.
     presets->setCurrentIndex(2);
     m_delegate->chain()[0]->setInteger(key::ChoosenPreset, 1);
-    m_delegate->filterListClick();
+    m_delegate->chainPanel()->filterListClick();
     EXPECT_EQ(presets->currentIndex(), 1);
     m_delegate->chain()[0]->setInteger(key::ChoosenPreset, 7);
-    m_delegate->filterListClick();
+    m_delegate->chainPanel()->filterListClick();
     EXPECT_EQ(presets->currentIndex(), 0);
 }
 

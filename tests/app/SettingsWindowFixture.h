@@ -3,6 +3,8 @@
 #include "app/Preferences.h"
 #include "app/ui/AppDelegate.h"
 #include "app/ui/DialogSeams.h"
+#include "app/ui/SettingsPane.h"
+#include "chain/ui/ChainPanel.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -46,14 +48,14 @@ protected:
         MessageBoxes::instance().setRecording(false);
     }
 
-    // Every launch scans the Filters path; the window goes once the scan
-    // has delivered, so no scan outlives the test.
+    // A launch scans the Filters path; the window goes once the scan has
+    // delivered, so no scan outlives the test.
     void closeDelegate()
     {
         if (!m_delegate)
             return;
-        QWidget* add = m_delegate->window()->findChild<QWidget*>(QStringLiteral("addFilterButton"));
-        (void)QTest::qWaitFor([add] { return add->isEnabled(); }, 10000);
+        ChainPanel* chain = m_delegate->chainPanel();
+        (void)QTest::qWaitFor([chain] { return !chain->scanning(); }, 10000);
         m_delegate.reset();
     }
 

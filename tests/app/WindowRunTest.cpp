@@ -52,7 +52,7 @@ protected:
         for (int row = 0; row < count; ++row) {
             library->clearSelection();
             library->selectRow(row);
-            delegate().addFilterToListWithSender();
+            delegate().chainPanel()->addFilterToListWithSender();
         }
         ASSERT_EQ(static_cast<int>(delegate().chain().size()), count);
     }
@@ -83,7 +83,7 @@ protected:
             << alerts().join(QStringLiteral("; ")).toStdString();
         QTRY_VERIFY_WITH_TIMEOUT(
             delegate().progressSheet()->toolRunsStarted() >= 1 && ready(), kRunTimeoutMs);
-        for (QTimer* timer : delegate().batchController()->findChildren<QTimer*>()) {
+        for (QTimer* timer : delegate().progressSheet()->findChildren<QTimer*>()) {
             if (timer->isActive() && timer->interval() == 100)
                 m_animation = timer;
         }
