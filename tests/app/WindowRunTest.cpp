@@ -207,5 +207,22 @@ TEST_F(WindowRunTest, TheAnimationSwingsBackAndForthUntilAnAbortWindsTheRunDown)
     EXPECT_TRUE(taskFilesLeft().isEmpty()) << taskFilesLeft().join(QLatin1Char(' ')).toStdString();
 }
 
+TEST_F(WindowRunTest, QuittingDuringARunAsksFirstAndAbortsTheRun)
+{
+    BatchEnvGuard delay("QUILLON_STANDIN_DELAY_MS", "30000");
+    buildChain(1);
+    prepareRunWithoutInput(QStringLiteral("2"));
+    QSignalSpy finished(delegate().batchController(), &BatchController::runFinished);
+    widget<QPushButton>("startButton")->click();
+    QTRY_VERIFY_WITH_TIMEOUT(delegate().progressSheet()->toolRunsStarted() >= 1, kRunTimeoutMs);
+
+    EXPECT_FALSE(delegate().window()->close()); // answered No
+    EXPECT_TRUE(delegate().batchController()->isRunning());
+    MessageBoxes::instance().setNextAnswer(true);
+    EXPECT_TRUE(delegate().window()->close());
+    QTRY_COMPARE_WITH_TIMEOUT(finished.count(), 1, kRunTimeoutMs);
+    EXPECT_TRUE(finished.first().first().toBool());
+}
+
 } // namespace
 } // namespace quillon::test

@@ -1,0 +1,182 @@
+// The window as a new user meets it: keyboard, the add sheet's search,
+// the screen size, what is remembered, drops and the Help menu.
+
+#include "SettingsWindowFixture.h"
+
+#include "chain/ChainFile.h"
+#include "run/RunSettings.h"
+#include "support/BatchFixtures.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QDir>
+#include <QDropEvent>
+#include <QMimeData>
+#include <QPushButton>
+#include <QSplitter>
+#include <QStatusBar>
+#include <QTableView>
+
+namespace quillon::test {
+namespace {
+
+class WindowUsabilityTest : public SettingsWindowTest {
+protected:
+    void SetUp() override
+    {
+        SettingsWindowTest::SetUp();
+        ASSERT_TRUE(QDir().mkpath(filtersDir()));
+        for (const QString& name : { QStringLiteral("Blur"), QStringLiteral("Glow"), QStringLiteral("Rust") })
+            writeBatchDefinition(filtersDir(), name + QStringLiteral(".ffxml"), name, QStringLiteral("Ann"));
+        launch();
+    }
+
+    void launch()
+    {
+        delegate().applicationDidFinishLaunching();
+        delegate().window()->show();
+        QApplication::setActiveWindow(delegate().window());
+    }
+
+    QString filtersDir() const { return m_dir.filePath(QStringLiteral("filters")); }
+
+    void readLibrary()
+    {
+        FileDialogs::instance().setNextFileName(filtersDir());
+        widget<QPushButton>("locateFiltersButton")->click();
+        QTRY_VERIFY_WITH_TIMEOUT(delegate().library() && delegate().library()->size() == 3, 10000);
+    }
+
+    QTableView* openSheet()
+    {
+        widget<QPushButton>("addFilterButton")->click();
+        return widget<QTableView>("addFilterList");
+    }
+
+    QStringList chainNames() const
+    {
+        QStringList names;
+        for (const RecordPtr& record : m_delegate->chain())
+            names.append(record->string(key::name));
+        return names;
+    }
+
+    // Drags one local file or folder over the window and drops it there.
+    bool drop(const QString& path)
+    {
+        QMimeData data;
+        data.setUrls({ QUrl::fromLocalFile(path) });
+        QDragEnterEvent enter(QPoint(10, 10), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(delegate().window(), &enter);
+        QDropEvent event(QPointF(10, 10), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(delegate().window(), &event);
+        return enter.isAccepted() && event.isAccepted();
+    }
+
+    QString status() { return delegate().window()->statusBar()->currentMessage(); }
+};
+
+TEST_F(WindowUsabilityTest, AddWaitsForAFiltersDirectoryAndTheSheetSearchesAndAddsByKeyboardOrDoubleClick)
+{
+    auto* add = widget<QPushButton>("addFilterButton");
+    EXPECT_FALSE(add->isEnabled());
+    EXPECT_FALSE(add->toolTip().isEmpty()) << "a hint says what is missing";
+    readLibrary();
+    EXPECT_TRUE(add->isEnabled());
+
+    QTableView* list = openSheet();
+    QTest::keyClicks(field("addFilterSearchField"), QStringLiteral("ru"));
+    ASSERT_EQ(list->model()->rowCount(), 1);
+    list->selectRow(0);
+    QTest::keyClick(list, Qt::Key_Return);
+    EXPECT_EQ(chainNames(), QStringList { QStringLiteral("Rust") });
+    EXPECT_FALSE(list->window()->isVisible());
+
+    list = openSheet();
+    EXPECT_EQ(list->model()->rowCount(), 3) << "the search starts empty again";
+    const QRect glow = list->visualRect(list->model()->index(1, 0));
+    // A double click is a click, then the second press.
+    QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, glow.center());
+    QTest::mouseDClick(list->viewport(), Qt::LeftButton, {}, glow.center());
+    EXPECT_EQ(chainNames(), QStringList({ QStringLiteral("Rust"), QStringLiteral("Glow") }));
+}
+
+TEST_F(WindowUsabilityTest, TabLeavesTheTablesAndUnlabelledControlsHaveAccessibleNames)
+{
+    for (const char* name : { "filterList", "filterParamList" }) {
+        auto* table = widget<QTableView>(name);
+        delegate().window()->findChild<QTabWidget*>(QStringLiteral("mainTabControl"))->setCurrentIndex(1);
+        table->setFocus();
+        QTest::keyClick(table, Qt::Key_Tab);
+        EXPECT_NE(delegate().window()->focusWidget(), table) << name;
+    }
+    for (const char* name : { "filterList", "filterParamList", "addFilterList", "addFilterSearchField",
+             "fpIntSliderFromSlider", "fpFloatSliderToField", "fpVariationFromField", "mainTabControl" })
+        EXPECT_FALSE(widget<QWidget>(name)->accessibleName().isEmpty()) << name;
+}
+
+TEST_F(WindowUsabilityTest, TheWindowFitsA1280By720ScreenAndKeepsItsLayout)
+{
+    QMainWindow* window = delegate().window();
+    // A title bar and a panel take some 60 pixels of the 720.
+    EXPECT_LE(window->minimumSizeHint().width(), 1280);
+    EXPECT_LE(window->minimumSizeHint().height(), 660);
+    window->resize(1000, 600);
+    widget<QSplitter>("mainSplitter")->setSizes({ 250, 700 });
+    const QList<int> sizes = widget<QSplitter>("mainSplitter")->sizes();
+    ASSERT_TRUE(window->close());
+
+    m_delegate = std::make_unique<AppDelegate>();
+    m_delegate->setPreferences(std::make_unique<Preferences>(storePath()));
+    launch();
+    EXPECT_EQ(delegate().window()->size(), QSize(1000, 600));
+    EXPECT_EQ(widget<QSplitter>("mainSplitter")->sizes(), sizes);
+}
+
+TEST_F(WindowUsabilityTest, TypedPathsAndDroppedFilesBecomeTheSettingsOrTheChain)
+{
+    auto* tool = field("renderToolPathField");
+    tool->clear();
+    QTest::keyClicks(tool, QStringLiteral("/opt/render/tool"));
+    QTest::keyClick(tool, Qt::Key_Return);
+    EXPECT_EQ(delegate().settingsPane()->toolPath(), QStringLiteral("/opt/render/tool"));
+    EXPECT_EQ(savedStore()->stringForKey(pref::TOOL_PATH), QStringLiteral("/opt/render/tool"));
+
+    const QString image = m_dir.filePath(QStringLiteral("in.png"));
+    ASSERT_TRUE(writeBatchInputImage(image));
+    EXPECT_TRUE(drop(image));
+    EXPECT_EQ(popup("sourceTypePopup")->currentIndex(), int(InputMode::File));
+    EXPECT_EQ(delegate().settingsPane()->sourcePath(), image);
+    EXPECT_TRUE(drop(filtersDir()));
+    EXPECT_EQ(popup("sourceTypePopup")->currentIndex(), int(InputMode::Directory));
+    EXPECT_EQ(field("sourcePathField")->text(), filtersDir());
+
+    const QString chainFile = m_dir.filePath(QStringLiteral("two.qlch"));
+    const RecordPtr glow = batchChainRecord(QDir(filtersDir()).filePath(QStringLiteral("Glow.ffxml")));
+    ASSERT_TRUE(writeChainFile(chainFile, { glow, glow }));
+    EXPECT_TRUE(drop(chainFile));
+    EXPECT_EQ(chainNames(), QStringList({ QStringLiteral("Glow"), QStringLiteral("Glow") }));
+    EXPECT_FALSE(drop(m_dir.filePath(QStringLiteral("gone.png"))));
+}
+
+TEST_F(WindowUsabilityTest, StartClearsTheStatusLineAndTheHelpMenuSaysWhatFailed)
+{
+    delegate().window()->statusBar()->showMessage(QStringLiteral("Run finished."));
+    widget<QPushButton>("startButton")->click(); // refused by a check
+    EXPECT_EQ(status(), QString());
+
+    delegate().setUrlOpener([](const QUrl&) { return false; });
+    for (const char* action : { "actionHelp", "actionDonate" }) {
+        delegate().window()->statusBar()->clearMessage();
+        widget<QAction>(action)->trigger();
+        EXPECT_FALSE(status().isEmpty()) << action;
+    }
+    EXPECT_EQ(widget<QAction>("actionHelp")->shortcut(), QKeySequence(Qt::Key_F1));
+
+    widget<QAction>("actionAbout")->trigger();
+    ASSERT_FALSE(alerts().isEmpty());
+    EXPECT_TRUE(alerts().last().startsWith(QStringLiteral("Quillon ") + QCoreApplication::applicationVersion()));
+}
+
+} // namespace
+} // namespace quillon::test
