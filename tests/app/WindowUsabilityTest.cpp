@@ -115,8 +115,11 @@ TEST_F(WindowUsabilityTest, TabLeavesTheTablesAndUnlabelledControlsHaveAccessibl
         EXPECT_FALSE(widget<QWidget>(name)->accessibleName().isEmpty()) << name;
 }
 
-TEST_F(WindowUsabilityTest, TheWindowFitsA1280By720ScreenAndKeepsItsLayout)
+TEST_F(WindowUsabilityTest, TheWindowFitsA1280By720ScreenAndKeepsItsLayoutAndChain)
 {
+    readLibrary();
+    openSheet()->selectRow(2);
+    widget<QPushButton>("addBaseFiltersButton")->click();
     QMainWindow* window = delegate().window();
     // A title bar and a panel take some 60 pixels of the 720.
     EXPECT_LE(window->minimumSizeHint().width(), 1280);
@@ -131,6 +134,7 @@ TEST_F(WindowUsabilityTest, TheWindowFitsA1280By720ScreenAndKeepsItsLayout)
     launch();
     EXPECT_EQ(delegate().window()->size(), QSize(1000, 600));
     EXPECT_EQ(widget<QSplitter>("mainSplitter")->sizes(), sizes);
+    EXPECT_EQ(chainNames(), QStringList { QStringLiteral("Rust") });
 }
 
 TEST_F(WindowUsabilityTest, TypedPathsAndDroppedFilesBecomeTheSettingsOrTheChain)

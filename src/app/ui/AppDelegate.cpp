@@ -7,8 +7,10 @@
 #include "app/ui/SettingsPane.h"
 #include "app/ui/WindowBatchDisplay.h"
 #include "batch/BatchController.h"
+#include "chain/ui/ChainListModel.h"
 #include "chain/ui/ChainPanel.h"
 #include "run/RunSettings.h"
+#include "variations/ui/ParamTableModel.h"
 #include "variations/ui/ParameterEditor.h"
 
 #include "ui_MainWindow.h"
@@ -44,6 +46,11 @@ AppDelegate::AppDelegate(QObject* parent)
     connect(ui.actionDonate, &QAction::triggered, this, [this] { ppDonationWithSender(); });
     connect(ui.actionAbout, &QAction::triggered, this, [this] { showAboutWithSender(); });
     connect(m_window.get(), &MainWindow::closing, this, &AppDelegate::windowWillClose);
+
+    // Every edit of the chain or of a parameter is kept for the next start.
+    const auto keep = [this] { m_keptChain.keep(chain()); };
+    connect(chainPanel()->chainModel(), &ChainListModel::chainChanged, this, keep);
+    connect(parameterEditor()->model(), &QAbstractItemModel::dataChanged, this, keep);
 }
 
 AppDelegate::~AppDelegate()
@@ -127,7 +134,14 @@ void AppDelegate::applicationDidFinishLaunching()
         prefsReset();
     m_window->restoreLayout(preferences());
     startupGUI();
-    chainPanel()->setupMapsCheckboxesDefaults();
+    m_keptChain.setPath(keptChainPath());
+    chainPanel()->showChain(m_keptChain.restore());
+}
+
+QString AppDelegate::keptChainPath()
+{
+    const QFileInfo store(preferences().fileName());
+    return store.dir().filePath(store.completeBaseName() + QStringLiteral("-chain.qlch"));
 }
 
 void AppDelegate::prefsReset()

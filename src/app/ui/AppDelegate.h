@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/ui/MainWindow.h"
+#include "chain/ChainKeeper.h"
 #include "library/Record.h"
 
 #include <QObject>
@@ -60,6 +61,10 @@ public:
     // The window's run values as one snapshot (GUI thread).
     RunSettings captureRunSettings() const;
 
+    // Where the current chain is kept between launches: beside the
+    // preferences file, named after it.
+    QString keptChainPath();
+
     // The one form in which failures are shown: "Error:", the message, "OK".
     void showApplicationErrorAlertWithMessage(const QString& message);
 
@@ -98,6 +103,8 @@ private:
     std::unique_ptr<WindowBatchDisplay> m_batchDisplay;
     std::unique_ptr<BatchController> m_batch; // declared after its display: goes first
     std::function<bool(const QUrl&)> m_urlOpener;
+    // Each pending write holds its own bytes; the keeper waits for them as it goes.
+    ChainKeeper m_keptChain;
 };
 
 } // namespace quillon

@@ -400,10 +400,15 @@ void ChainPanel::openFilterChainWithUrl(const QUrl& url)
         reportUnknownChainCode();
         MessageBoxes::instance().beep();
     }
-    // The list never shows positions past the end of the new chain, even
-    // after a partial read, and the maps box follows the chain now shown; no
-    // position of the old chain stays selected.
-    m_chainModel->setRecords(std::move(result.chain));
+    // Even a partial read replaces the whole chain.
+    showChain(std::move(result.chain));
+}
+
+void ChainPanel::showChain(RecordList chain)
+{
+    // The maps box follows the chain now shown; no position of the old chain
+    // stays selected.
+    m_chainModel->setRecords(std::move(chain));
     setupMapsCheckboxesDefaults();
     selectChainRow(-1);
     filterListClick();

@@ -54,6 +54,8 @@ public:
 
     // Opens a chain file given by name (command line, a dropped file).
     void openChainFile(const QString& path);
+    // Shows another chain with nothing selected.
+    void showChain(RecordList chain);
 
 public Q_SLOTS:
     // Library scan: reads `filterPath` in the background; an empty path means
