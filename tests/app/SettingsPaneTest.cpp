@@ -3,11 +3,8 @@
 #include "run/RunSettings.h"
 
 #include <QAction>
-#include <QFile>
 #include <QPushButton>
-#include <QUrl>
 
-#include <functional>
 
 namespace quillon::test {
 namespace {
@@ -22,19 +19,6 @@ protected:
             if (formats()->widget(i)->property("identifier").toString() == identifier)
                 formats()->setCurrentIndex(i);
         }
-    }
-    // Types into a field and leaves it, as the user does.
-    void typeInto(const char* name, const QString& text)
-    {
-        field(name)->setText(text);
-        Q_EMIT field(name)->editingFinished();
-    }
-    void relaunch()
-    {
-        closeDelegate();
-        m_delegate = std::make_unique<AppDelegate>();
-        m_delegate->setPreferences(std::make_unique<Preferences>(storePath()));
-        m_delegate->applicationDidFinishLaunching();
     }
 };
 
@@ -60,15 +44,6 @@ TEST_F(SettingsPaneTest, FirstLaunchWritesTheFactoryValuesAndShowsThem)
     EXPECT_EQ(widget<QSlider>("f_jpgQualitySlider")->value(), 80);
     EXPECT_EQ(formatIdentifier(), QStringLiteral("JPEG"));
 
-    for (const char* on : { "antiAliasCB", "multithreadCB", "progressiveCB", "cleanupAfterCB",
-             "f_jpgFullPrecisionCB", "f_tiffIncludeTransCB", "f_tgaIncludeTransCB" })
-        EXPECT_TRUE(box(on)->isChecked()) << on;
-    for (const char* off : { "normalmapFlipCB", "ditherCB", "toollogCB", "f_pngIncludeTransCB",
-             "f_tiffFloatFormatCB", "f_tgaFlipOrderCB" })
-        EXPECT_FALSE(box(off)->isChecked()) << off;
-    for (const char* on : { "f_pngBitDepth8RB", "f_pngCompressionNoneRB", "f_tiffBitDepth8RB",
-             "f_tiffCompressionNoneRB", "f_tgaBitDepth24RB" })
-        EXPECT_TRUE(radio(on)->isChecked()) << on;
     EXPECT_FALSE(field("imageWidthField")->isEnabled());
 }
 
@@ -291,21 +266,6 @@ TEST_F(SettingsPaneTest, ExportControlsAreStoredAndReachTheRunSettings)
     EXPECT_EQ(settings.pngIncludeTrans, 1);
     EXPECT_EQ(settings.tiffFloatFormat, 1);
     EXPECT_EQ(settings.jpegFullPrecision, 0);
-}
-
-TEST_F(SettingsPaneTest, HelpOpensTheShippedPdfAndDonationItsPage)
-{
-    delegate().applicationDidFinishLaunching();
-    const QString help = AppDelegate::helpDocumentPath();
-    QFile pdf(help);
-    ASSERT_TRUE(help.endsWith(QStringLiteral("/share/quillon/Help.pdf")) && pdf.open(QIODevice::ReadOnly));
-    EXPECT_TRUE(pdf.read(5).startsWith("%PDF-"));
-
-    delegate().window()->findChild<QAction*>(QStringLiteral("actionHelp"))->trigger();
-    delegate().window()->findChild<QAction*>(QStringLiteral("actionDonate"))->trigger();
-    ASSERT_EQ(m_openedUrls.size(), 2);
-    EXPECT_EQ(m_openedUrls[0], QUrl::fromLocalFile(help));
-    EXPECT_EQ(m_openedUrls[1], AppDelegate::donationUrl());
 }
 
 } // namespace

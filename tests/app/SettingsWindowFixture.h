@@ -77,6 +77,22 @@ protected:
     QComboBox* popup(const char* name) { return widget<QComboBox>(name); }
     Preferences& prefs() { return m_delegate->preferences(); }
 
+    // Puts a text into a field and leaves it, as the user does.
+    void typeInto(const char* name, const QString& text)
+    {
+        field(name)->setText(text);
+        Q_EMIT field(name)->editingFinished();
+    }
+
+    // A new window on the same preferences file, launched.
+    void relaunch()
+    {
+        closeDelegate();
+        m_delegate = std::make_unique<AppDelegate>();
+        m_delegate->setPreferences(std::make_unique<Preferences>(storePath()));
+        m_delegate->applicationDidFinishLaunching();
+    }
+
     // The user picks item `index` of a pop-up.
     static void choose(QComboBox* popup, int index)
     {

@@ -11,6 +11,7 @@
 #include <QApplication>
 #include <QDir>
 #include <QDropEvent>
+#include <QFile>
 #include <QMimeData>
 #include <QPushButton>
 #include <QSplitter>
@@ -129,9 +130,8 @@ TEST_F(WindowUsabilityTest, TheWindowFitsA1280By720ScreenAndKeepsItsLayoutAndCha
     const QList<int> sizes = widget<QSplitter>("mainSplitter")->sizes();
     ASSERT_TRUE(window->close());
 
-    m_delegate = std::make_unique<AppDelegate>();
-    m_delegate->setPreferences(std::make_unique<Preferences>(storePath()));
-    launch();
+    relaunch();
+    delegate().window()->show();
     EXPECT_EQ(delegate().window()->size(), QSize(1000, 600));
     EXPECT_EQ(widget<QSplitter>("mainSplitter")->sizes(), sizes);
     EXPECT_EQ(chainNames(), QStringList { QStringLiteral("Rust") });
@@ -139,10 +139,7 @@ TEST_F(WindowUsabilityTest, TheWindowFitsA1280By720ScreenAndKeepsItsLayoutAndCha
 
 TEST_F(WindowUsabilityTest, TypedPathsAndDroppedFilesBecomeTheSettingsOrTheChain)
 {
-    auto* tool = field("renderToolPathField");
-    tool->clear();
-    QTest::keyClicks(tool, QStringLiteral("/opt/render/tool"));
-    QTest::keyClick(tool, Qt::Key_Return);
+    typeInto("renderToolPathField", QStringLiteral("/opt/render/tool"));
     EXPECT_EQ(delegate().settingsPane()->toolPath(), QStringLiteral("/opt/render/tool"));
     EXPECT_EQ(savedStore()->stringForKey(pref::TOOL_PATH), QStringLiteral("/opt/render/tool"));
 
@@ -161,13 +158,26 @@ TEST_F(WindowUsabilityTest, TypedPathsAndDroppedFilesBecomeTheSettingsOrTheChain
     EXPECT_TRUE(drop(chainFile));
     EXPECT_EQ(chainNames(), QStringList({ QStringLiteral("Glow"), QStringLiteral("Glow") }));
     EXPECT_FALSE(drop(m_dir.filePath(QStringLiteral("gone.png"))));
+
+    // A file that is no chain is refused with an alert, and the chain stays.
+    QFile broken(m_dir.filePath(QStringLiteral("broken.qlch")));
+    ASSERT_TRUE(broken.open(QIODevice::WriteOnly) && broken.write("no property list") > 0);
+    broken.close();
+    EXPECT_TRUE(drop(broken.fileName()));
+    EXPECT_EQ(alerts().size(), 1);
+    EXPECT_EQ(MessageBoxes::instance().beeps(), 0);
+    EXPECT_EQ(chainNames().size(), 2);
 }
 
-TEST_F(WindowUsabilityTest, StartClearsTheStatusLineAndTheHelpMenuSaysWhatFailed)
+TEST_F(WindowUsabilityTest, HelpMenuOpensTheGuideAndThePageOrSaysWhatFailed)
 {
-    delegate().window()->statusBar()->showMessage(QStringLiteral("Run finished."));
-    widget<QPushButton>("startButton")->click(); // refused by a check
-    EXPECT_EQ(status(), QString());
+    const QString help = AppDelegate::helpDocumentPath();
+    QFile pdf(help);
+    ASSERT_TRUE(help.endsWith(QStringLiteral("/share/quillon/Help.pdf")) && pdf.open(QIODevice::ReadOnly));
+    EXPECT_TRUE(pdf.read(5).startsWith("%PDF-"));
+    QTest::keyClick(delegate().window(), Qt::Key_F1);
+    widget<QAction>("actionDonate")->trigger();
+    EXPECT_EQ(m_openedUrls, QList<QUrl>({ QUrl::fromLocalFile(help), AppDelegate::donationUrl() }));
 
     delegate().setUrlOpener([](const QUrl&) { return false; });
     for (const char* action : { "actionHelp", "actionDonate" }) {
@@ -175,11 +185,14 @@ TEST_F(WindowUsabilityTest, StartClearsTheStatusLineAndTheHelpMenuSaysWhatFailed
         widget<QAction>(action)->trigger();
         EXPECT_FALSE(status().isEmpty()) << action;
     }
-    EXPECT_EQ(widget<QAction>("actionHelp")->shortcut(), QKeySequence(Qt::Key_F1));
 
     widget<QAction>("actionAbout")->trigger();
     ASSERT_FALSE(alerts().isEmpty());
     EXPECT_TRUE(alerts().last().startsWith(QStringLiteral("Quillon ") + QCoreApplication::applicationVersion()));
+
+    delegate().window()->statusBar()->showMessage(QStringLiteral("Run finished."));
+    widget<QPushButton>("startButton")->click(); // refused by a check
+    EXPECT_EQ(status(), QString()) << "a run starting clears the last outcome";
 }
 
 } // namespace
