@@ -112,7 +112,8 @@ TEST_F(WindowUsabilityTest, TabLeavesTheTablesAndUnlabelledControlsHaveAccessibl
         EXPECT_NE(delegate().window()->focusWidget(), table) << name;
     }
     for (const char* name : { "filterList", "filterParamList", "addFilterList", "addFilterSearchField",
-             "fpIntSliderFromSlider", "fpFloatSliderToField", "fpVariationFromField", "mainTabControl" })
+             "fpIntSliderFromSlider", "fpFloatSliderToField", "fpVariationFromField", "mainTabControl",
+             "imageHeightField", "f_jpgQualitySlider", "formatTabControl" })
         EXPECT_FALSE(widget<QWidget>(name)->accessibleName().isEmpty()) << name;
 }
 

@@ -85,6 +85,22 @@ SettingsPane::SettingsPane(QWidget* parent)
     m_texts = { { s.imageWidthField, pref::SET_WIDTH }, { s.imageHeightField, pref::SET_HEIGHT },
         { s.outputFilenamePrefixField, pref::OUT_PREFIX }, { s.numberOfFramesField, pref::NUM_FRAMES } };
 
+    // Each field is named by its label for screen readers and Alt+letter.
+    const std::pair<QLabel*, QWidget*> buddies[] = { { s.renderToolLabel, s.renderToolPathField },
+        { s.filtersLabel, s.filtersPathField }, { s.outputLabel, s.outputDirectoryPathField },
+        { s.sourceTypeLabel, s.sourceTypePopup }, { s.sourcePathLabel, s.sourcePathField },
+        { s.sizeLabel, s.imageWidthField }, { s.prefixLabel, s.outputFilenamePrefixField },
+        { s.suffixLabel, s.outputFilenameSuffixPopup }, { s.framesLabel, s.numberOfFramesField },
+        { s.maxFramesLabel, s.maxFramesField }, { s.jpegQualityLabel, s.f_jpgQualitySlider } };
+    for (const auto& [label, buddy] : buddies)
+        label->setBuddy(buddy);
+    s.imageWidthField->setAccessibleName(tr("Width"));
+    s.imageHeightField->setAccessibleName(tr("Height"));
+    s.maxFramesField->setAccessibleName(tr("Most frames"));
+    s.f_jpgQualitySlider->setAccessibleName(tr("JPEG quality"));
+    s.f_jpgQualityField->setAccessibleName(tr("JPEG quality value"));
+    s.formatTabControl->setAccessibleName(tr("Output format"));
+
     connect(s.locateRenderToolButton, &QPushButton::clicked, this, [this] { locateRenderToolWithSender(); });
     connect(s.locateFiltersButton, &QPushButton::clicked, this, [this] { locateFilterDirectoryWithSender(); });
     connect(s.locateOutputButton, &QPushButton::clicked, this, [this] { locateCreateOutputDirectoryWithSender(); });

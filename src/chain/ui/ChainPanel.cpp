@@ -44,6 +44,7 @@ ChainPanel::ChainPanel(QWidget* parent)
     m_ui->setupUi(this);
     m_ui->filterList->setModel(m_chainModel);
     m_ui->filterList->setAccessibleName(tr("Filter chain"));
+    m_ui->loadingSpinner->setAccessibleName(tr("Reading the Filters directory"));
     // Tab moves on to the buttons instead of from cell to cell.
     m_ui->filterList->setTabKeyNavigation(false);
 
