@@ -25,7 +25,6 @@ const QString BatchController::kLogTitle = QStringLiteral("Quillon log");
 
 namespace {
 
-
 void printToStdout(const QString& text)
 {
     const QByteArray bytes = text.toUtf8() + '\n';

@@ -5,7 +5,6 @@
 #include <QAction>
 #include <QPushButton>
 
-
 namespace quillon::test {
 namespace {
 

@@ -83,8 +83,8 @@ TEST_F(WindowDialogsTest, LocateDialogsAreWindowModalWithTheirPromptsAndMessages
             EXPECT_FALSE(d->testOption(QFileDialog::ReadOnly));
             acceptIn(m_dir.path())(d);
         });
-    EXPECT_EQ(
-        QFileInfo(delegate().settingsPane()->outputPath()).canonicalFilePath(), QFileInfo(m_dir.path()).canonicalFilePath());
+    EXPECT_EQ(QFileInfo(delegate().settingsPane()->outputPath()).canonicalFilePath(),
+        QFileInfo(m_dir.path()).canonicalFilePath());
 
     choose(popup("sourceTypePopup"), 0);
     answerDialog("locateSourceButton", QFileDialog::ExistingFile, QStringLiteral("This one"),

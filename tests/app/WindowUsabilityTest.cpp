@@ -189,7 +189,8 @@ TEST_F(WindowUsabilityTest, HelpMenuOpensTheGuideAndThePageOrSaysWhatFailed)
 
     widget<QAction>("actionAbout")->trigger();
     ASSERT_FALSE(alerts().isEmpty());
-    EXPECT_TRUE(alerts().last().startsWith(QStringLiteral("Quillon ") + QCoreApplication::applicationVersion()));
+    EXPECT_TRUE(
+        alerts().last().startsWith(QStringLiteral("Quillon ") + QCoreApplication::applicationVersion()));
 
     delegate().window()->statusBar()->showMessage(QStringLiteral("Run finished."));
     widget<QPushButton>("startButton")->click(); // refused by a check

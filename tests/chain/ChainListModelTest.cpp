@@ -57,7 +57,8 @@ TEST(ChainListModel, TheLibraryHasNoRowsUntilItIsRead)
     EXPECT_EQ(model.rowCount(), 0);
     EXPECT_FALSE(model.library());
     model.setLibrary({ filterNamed("Blur") });
-    EXPECT_EQ(model.index(0, LibraryListModel::adsFilterNameColumn).data().toString(), QStringLiteral("Blur"));
+    EXPECT_EQ(
+        model.index(0, LibraryListModel::adsFilterNameColumn).data().toString(), QStringLiteral("Blur"));
 }
 
 } // namespace

@@ -59,7 +59,8 @@ protected:
 
     RecordListPtr m_params = std::make_shared<RecordList>();
     ParameterEditor m_editor;
-    QAbstractItemModelTester m_tester { m_editor.model(), QAbstractItemModelTester::FailureReportingMode::Fatal };
+    QAbstractItemModelTester m_tester { m_editor.model(),
+        QAbstractItemModelTester::FailureReportingMode::Fatal };
 };
 
 TEST_F(ParameterEditorTest, TableShowsKindNameModeAndRange)

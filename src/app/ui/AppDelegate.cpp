@@ -151,8 +151,8 @@ void AppDelegate::prefsReset()
 
 void AppDelegate::resetPreferencesWithSender(QObject* /*sender*/)
 {
-    if (!MessageBoxes::instance().confirm(m_window.get(),
-            tr("Reset every setting to its factory value? The chain is kept.")))
+    if (!MessageBoxes::instance().confirm(
+            m_window.get(), tr("Reset every setting to its factory value? The chain is kept.")))
         return;
     prefsReset();
     startupGUI();
@@ -199,7 +199,8 @@ QString AppDelegate::helpDocumentPath()
 {
     const QString candidate
         = QDir(QCoreApplication::applicationDirPath()).filePath(QStringLiteral("../share/quillon/Help.pdf"));
-    return QFileInfo(candidate).isFile() ? QDir::cleanPath(QFileInfo(candidate).absoluteFilePath()) : QString();
+    return QFileInfo(candidate).isFile() ? QDir::cleanPath(QFileInfo(candidate).absoluteFilePath())
+                                         : QString();
 }
 
 QUrl AppDelegate::donationUrl()

@@ -75,7 +75,8 @@ void MainWindow::mainTabDidSelectItem(int /*index*/)
 
 void MainWindow::restoreLayout(const Preferences& prefs)
 {
-    const QByteArray geometry = QByteArray::fromBase64(prefs.value(pref::WINDOW_GEOMETRY).toString().toLatin1());
+    const QByteArray geometry
+        = QByteArray::fromBase64(prefs.value(pref::WINDOW_GEOMETRY).toString().toLatin1());
     if (geometry.isEmpty() || !restoreGeometry(geometry))
         resize(1100, 640);
     const QByteArray split = QByteArray::fromBase64(prefs.value(pref::WINDOW_SPLITTER).toString().toLatin1());

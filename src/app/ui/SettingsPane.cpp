@@ -102,13 +102,16 @@ SettingsPane::SettingsPane(QWidget* parent)
     s.formatTabControl->setAccessibleName(tr("Output format"));
 
     connect(s.locateRenderToolButton, &QPushButton::clicked, this, [this] { locateRenderToolWithSender(); });
-    connect(s.locateFiltersButton, &QPushButton::clicked, this, [this] { locateFilterDirectoryWithSender(); });
-    connect(s.locateOutputButton, &QPushButton::clicked, this, [this] { locateCreateOutputDirectoryWithSender(); });
+    connect(
+        s.locateFiltersButton, &QPushButton::clicked, this, [this] { locateFilterDirectoryWithSender(); });
+    connect(s.locateOutputButton, &QPushButton::clicked, this,
+        [this] { locateCreateOutputDirectoryWithSender(); });
     connect(s.locateSourceButton, &QPushButton::clicked, this, [this] { locateImagePathWithSender(); });
     connect(s.clearSourceButton, &QPushButton::clicked, this, [this] { clearImagePathWithSender(); });
     // activated: the user's choice only, not a selection made from code.
     connect(s.sourceTypePopup, &QComboBox::activated, this, [this] { changeSourceModeWithSender(); });
-    connect(s.outputFilenameSuffixPopup, &QComboBox::activated, this, [this] { changeOutputSuffixWithSender(); });
+    connect(
+        s.outputFilenameSuffixPopup, &QComboBox::activated, this, [this] { changeOutputSuffixWithSender(); });
 
     // A typed or pasted path counts as chosen; Start checks it as any other.
     for (const PathBinding& binding : std::as_const(m_paths)) {
@@ -124,11 +127,13 @@ SettingsPane::SettingsPane(QWidget* parent)
         connect(text.first, &QLineEdit::editingFinished, this, [this] { settingsSaverWithSender(); });
     for (const RadioBinding& binding : std::as_const(m_radios)) {
         for (QRadioButton* radio : binding.group)
-            connect(radio, &QRadioButton::clicked, this, [this, radio, binding] { radioClick(radio, binding); });
+            connect(
+                radio, &QRadioButton::clicked, this, [this, radio, binding] { radioClick(radio, binding); });
     }
 
     connect(s.f_jpgQualitySlider, &QSlider::valueChanged, this, [this] { jpegQualityChangeWithSender(); });
-    connect(s.f_jpgQualityField, &QLineEdit::editingFinished, this, [this] { jpegQualityTextChangeWithSender(); });
+    connect(s.f_jpgQualityField, &QLineEdit::editingFinished, this,
+        [this] { jpegQualityTextChangeWithSender(); });
     connect(s.formatTabControl, &QTabWidget::currentChanged, this, &SettingsPane::formatTabDidSelectItem);
 }
 
@@ -223,8 +228,8 @@ void SettingsPane::choosePath(const PathBinding& binding, const QString& path)
         Q_EMIT filterPathChanged(path);
 }
 
-void SettingsPane::locate(const PathBinding& binding, const QString& prompt, const QString& message, bool files,
-    bool directories, bool create)
+void SettingsPane::locate(const PathBinding& binding, const QString& prompt, const QString& message,
+    bool files, bool directories, bool create)
 {
     FileDialogRequest request;
     request.canChooseFiles = files;
@@ -232,20 +237,21 @@ void SettingsPane::locate(const PathBinding& binding, const QString& prompt, con
     request.canCreateDirectories = create;
     request.prompt = prompt;
     request.message = message;
-    FileDialogs::instance().open(window(), request, [this, binding](const QString& path) { choosePath(binding, path); });
+    FileDialogs::instance().open(
+        window(), request, [this, binding](const QString& path) { choosePath(binding, path); });
     prefs().sync();
 }
 
 void SettingsPane::locateRenderToolWithSender(QObject* /*sender*/)
 {
-    locate(m_paths[0], QStringLiteral("Locate it"), QStringLiteral("Quillon needs you to locate to FilterForge Batch tool"),
-        true, false, false);
+    locate(m_paths[0], QStringLiteral("Locate it"),
+        QStringLiteral("Quillon needs you to locate to FilterForge Batch tool"), true, false, false);
 }
 
 void SettingsPane::locateFilterDirectoryWithSender(QObject* /*sender*/)
 {
-    locate(m_paths[1], QStringLiteral("Locate it"), QStringLiteral("Quillon needs you to locate the Filters directory"),
-        false, true, false);
+    locate(m_paths[1], QStringLiteral("Locate it"),
+        QStringLiteral("Quillon needs you to locate the Filters directory"), false, true, false);
 }
 
 void SettingsPane::locateCreateOutputDirectoryWithSender(QObject* /*sender*/)
@@ -258,8 +264,8 @@ void SettingsPane::locateImagePathWithSender(QObject* /*sender*/)
 {
     switch (static_cast<InputMode>(m_ui->sourceTypePopup->currentIndex())) {
     case InputMode::File:
-        locate(m_paths[3], QStringLiteral("This one"), QStringLiteral("Quillon needs you to locate an input image"),
-            true, false, false);
+        locate(m_paths[3], QStringLiteral("This one"),
+            QStringLiteral("Quillon needs you to locate an input image"), true, false, false);
         break;
     case InputMode::Directory:
         locate(m_paths[3], QStringLiteral("This one"),
@@ -399,7 +405,8 @@ RunSettings SettingsPane::runSettings() const
     settings.sourcePath = m_sourcePath;
     settings.inputMode = static_cast<InputMode>(std::clamp(s.sourceTypePopup->currentIndex(), 0, 2));
     settings.outputPrefix = s.outputFilenamePrefixField->text();
-    settings.nameStyle = static_cast<FrameStyle>(std::clamp(s.outputFilenameSuffixPopup->currentIndex(), 0, 2));
+    settings.nameStyle
+        = static_cast<FrameStyle>(std::clamp(s.outputFilenameSuffixPopup->currentIndex(), 0, 2));
     settings.frameCountText = s.numberOfFramesField->text();
     settings.widthText = s.imageWidthField->text();
     settings.heightText = s.imageHeightField->text();

@@ -78,7 +78,8 @@ ChainPanel::ChainPanel(QWidget* parent)
     connect(ui.addFilterButton, &QPushButton::clicked, this, [this] { showAddSheetWithSender(); });
     connect(ui.removeFilterButton, &QPushButton::clicked, this, [this] { removeFilterFromListWithSender(); });
     connect(ui.moveFilterUpButton, &QPushButton::clicked, this, [this] { moveFilterUpInListWithSender(); });
-    connect(ui.moveFilterDownButton, &QPushButton::clicked, this, [this] { moveFilterDownInListWithSender(); });
+    connect(
+        ui.moveFilterDownButton, &QPushButton::clicked, this, [this] { moveFilterDownInListWithSender(); });
     connect(ui.loadFilterChainButton, &QPushButton::clicked, this, [this] { loadFilterChainWithSender(); });
     connect(ui.saveFilterChainButton, &QPushButton::clicked, this, [this] { saveFilterChainWithSender(); });
     // clicked, not toggled: turning the switch off from code is no user action.
@@ -86,15 +87,18 @@ ChainPanel::ChainPanel(QWidget* parent)
     connect(ui.filterList->selectionModel(), &QItemSelectionModel::selectionChanged, this,
         &ChainPanel::filterListClick);
 
-    connect(m_sheetUi->addBaseFiltersButton, &QPushButton::clicked, this, [this] { addFilterToListWithSender(); });
-    connect(m_sheetUi->addFilterCancelButton, &QPushButton::clicked, this, [this] { closeAddSheetWithSender(); });
+    connect(m_sheetUi->addBaseFiltersButton, &QPushButton::clicked, this,
+        [this] { addFilterToListWithSender(); });
+    connect(
+        m_sheetUi->addFilterCancelButton, &QPushButton::clicked, this, [this] { closeAddSheetWithSender(); });
     connect(m_sheetUi->addFilterList->selectionModel(), &QItemSelectionModel::selectionChanged, this,
         &ChainPanel::addFilterListClick);
-    connect(m_sheetUi->addFilterList, &QAbstractItemView::doubleClicked, this, [this](const QModelIndex& index) {
-        m_sheetUi->addFilterList->selectionModel()->select(
-            index, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
-        addFilterToListWithSender();
-    });
+    connect(
+        m_sheetUi->addFilterList, &QAbstractItemView::doubleClicked, this, [this](const QModelIndex& index) {
+            m_sheetUi->addFilterList->selectionModel()->select(
+                index, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+            addFilterToListWithSender();
+        });
     connect(m_sheetUi->addFilterSearchField, &QLineEdit::textChanged, m_librarySearch,
         &QSortFilterProxyModel::setFilterFixedString);
 
@@ -155,8 +159,9 @@ void ChainPanel::fillRunSettings(RunSettings& settings) const
     const Ui::ChainPanel& ui = *m_ui;
     settings.presetIndex = std::max(0, m_presetPopup->currentIndex());
     settings.activateMaps = ui.t_activateMaps->isChecked() ? 1 : 0;
-    const std::array<const QCheckBox*, 10> maps { ui.t_defaultMap, ui.t_alphaMap, ui.t_diffuseMap, ui.t_bumppMap,
-        ui.t_normalMap, ui.t_specStrengthMap, ui.t_specComponentMap, ui.t_AOMap, ui.t_ROMap, ui.t_metallicMap };
+    const std::array<const QCheckBox*, 10> maps { ui.t_defaultMap, ui.t_alphaMap, ui.t_diffuseMap,
+        ui.t_bumppMap, ui.t_normalMap, ui.t_specStrengthMap, ui.t_specComponentMap, ui.t_AOMap, ui.t_ROMap,
+        ui.t_metallicMap };
     for (std::size_t i = 0; i < settings.mapBoxes.size() && i < maps.size(); ++i)
         settings.mapBoxes[i] = maps[i]->isChecked() ? 1 : 0;
 }
@@ -263,7 +268,8 @@ void ChainPanel::addFilterToListWithSender(QObject* /*sender*/)
         if (!record)
             continue;
         if (!loadXMLInfoWithFilterdata(record)) {
-            unreadable.append(QStringLiteral("%1 (%2)").arg(record->string(key::name), record->string(key::path)));
+            unreadable.append(
+                QStringLiteral("%1 (%2)").arg(record->string(key::name), record->string(key::path)));
             continue;
         }
         added.push_back(record);
@@ -331,7 +337,8 @@ void ChainPanel::setupMapsCheckboxesDefaults()
     ui.t_activateMaps->show();
 
     const std::array<QCheckBox*, 10> maps { ui.t_defaultMap, ui.t_alphaMap, ui.t_diffuseMap, ui.t_bumppMap,
-        ui.t_normalMap, ui.t_specStrengthMap, ui.t_specComponentMap, ui.t_AOMap, ui.t_ROMap, ui.t_metallicMap };
+        ui.t_normalMap, ui.t_specStrengthMap, ui.t_specComponentMap, ui.t_AOMap, ui.t_ROMap,
+        ui.t_metallicMap };
     for (QCheckBox* box : maps)
         box->setChecked(box == ui.t_defaultMap);
 
@@ -381,8 +388,8 @@ void ChainPanel::loadFilterChainWithSender(QObject* /*sender*/)
     request.nameFilter = QStringLiteral("Quillon chain (*.qlch)");
     request.defaultSuffix = QStringLiteral("qlch");
     request.canChooseFiles = true;
-    FileDialogs::instance().open(
-        window(), request, [this](const QString& path) { openFilterChainWithUrl(QUrl::fromLocalFile(path)); });
+    FileDialogs::instance().open(window(), request,
+        [this](const QString& path) { openFilterChainWithUrl(QUrl::fromLocalFile(path)); });
 }
 
 void ChainPanel::openFilterChainWithUrl(const QUrl& url)

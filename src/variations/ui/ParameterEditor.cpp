@@ -66,12 +66,12 @@ ParameterEditor::ParameterEditor(QWidget* parent)
     checkboxLayout->addWidget(m_checkboxMode, 1);
     m_pages->addTab(checkboxPage, tr("Check box"));
 
-    m_intRange = new RangeEditor(
-        QStringLiteral("fpIntSlider"), tr("Sweep"), RangeEditor::Scale::Integer, m_pages);
-    m_realRange = new RangeEditor(
-        QStringLiteral("fpFloatSlider"), tr("Sweep"), RangeEditor::Scale::Real, m_pages);
-    m_variationRange = new RangeEditor(
-        QStringLiteral("fpVariation"), tr("Sweep"), RangeEditor::Scale::Integer, m_pages);
+    m_intRange
+        = new RangeEditor(QStringLiteral("fpIntSlider"), tr("Sweep"), RangeEditor::Scale::Integer, m_pages);
+    m_realRange
+        = new RangeEditor(QStringLiteral("fpFloatSlider"), tr("Sweep"), RangeEditor::Scale::Real, m_pages);
+    m_variationRange
+        = new RangeEditor(QStringLiteral("fpVariation"), tr("Sweep"), RangeEditor::Scale::Integer, m_pages);
     m_pages->addTab(m_intRange, tr("Integer"));
     m_pages->addTab(m_realRange, tr("Real"));
     m_pages->addTab(m_variationRange, tr("Variation"));
@@ -134,7 +134,8 @@ void ParameterEditor::filterParamListClick()
     layout()->activate();
     m_table->scrollTo(m_model->index(selectedRow(), ParamTableModel::filterParamNameColumn));
 
-    const int popState = static_cast<int>(std::clamp<qint64>(param->integer(key::POPSTATE), INT_MIN, INT_MAX));
+    const int popState
+        = static_cast<int>(std::clamp<qint64>(param->integer(key::POPSTATE), INT_MIN, INT_MAX));
     switch (*kind) {
     case controlType::kTypeCheckbox: {
         m_pages->setCurrentIndex(CheckboxPage);
@@ -145,8 +146,8 @@ void ParameterEditor::filterParamListClick()
     case controlType::kTypeIntSlider: {
         m_pages->setCurrentIndex(IntSliderPage);
         // Without a RangeMax the range ends at the row's to value.
-        const qint64 maximum
-            = param->contains(key::CONTROL_MAX) ? param->integer(key::CONTROL_MAX) : param->integer(key::MAXVALUE);
+        const qint64 maximum = param->contains(key::CONTROL_MAX) ? param->integer(key::CONTROL_MAX)
+                                                                 : param->integer(key::MAXVALUE);
         m_intRange->setRange(double(param->integer(key::MINVALUE)), double(maximum));
         m_intRange->setValues(
             popState, double(param->integer(key::MINVALUE)), double(param->integer(key::MAXVALUE)));

@@ -75,7 +75,8 @@ RangeEditor::RangeEditor(const QString& namePrefix, const QString& sweepTitle, S
         [this] { sliderMoved(m_fromSlider, m_fromField, m_toSlider, true); });
     connect(m_toSlider, &QSlider::valueChanged, this,
         [this] { sliderMoved(m_toSlider, m_toField, m_fromSlider, false); });
-    connect(m_fromField, &QLineEdit::editingFinished, this, [this] { fieldEdited(m_fromField, m_fromSlider); });
+    connect(
+        m_fromField, &QLineEdit::editingFinished, this, [this] { fieldEdited(m_fromField, m_fromSlider); });
     connect(m_toField, &QLineEdit::editingFinished, this, [this] { fieldEdited(m_toField, m_toSlider); });
 }
 
