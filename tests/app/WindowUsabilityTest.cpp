@@ -104,12 +104,20 @@ TEST_F(WindowUsabilityTest, AddWaitsForAFiltersDirectoryAndTheSheetSearchesAndAd
 
 TEST_F(WindowUsabilityTest, TabLeavesTheTablesAndUnlabelledControlsHaveAccessibleNames)
 {
+    // Two filters, the first selected: both tables have a row to move to.
+    readLibrary();
+    QTableView* sheet = openSheet();
+    sheet->selectAll();
+    QTest::keyClick(sheet, Qt::Key_Return);
+    widget<QTabWidget>("mainTabControl")->setCurrentIndex(1);
     for (const char* name : { "filterList", "filterParamList" }) {
         auto* table = widget<QTableView>(name);
-        delegate().window()->findChild<QTabWidget*>(QStringLiteral("mainTabControl"))->setCurrentIndex(1);
         table->setFocus();
+        table->selectRow(0);
+        ASSERT_GE(table->model()->rowCount(), 2) << name;
         QTest::keyClick(table, Qt::Key_Tab);
         EXPECT_NE(delegate().window()->focusWidget(), table) << name;
+        EXPECT_EQ(table->currentIndex().row(), 0) << name;
     }
     for (const char* name : { "filterList", "filterParamList", "addFilterList", "addFilterSearchField",
              "fpIntSliderFromSlider", "fpFloatSliderToField", "fpVariationFromField", "mainTabControl",
