@@ -99,8 +99,12 @@ ChainPanel::ChainPanel(QWidget* parent)
                 index, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
             addFilterToListWithSender();
         });
-    connect(m_sheetUi->addFilterSearchField, &QLineEdit::textChanged, m_librarySearch,
-        &QSortFilterProxyModel::setFilterFixedString);
+    // Searching selects the first match, so Return adds it at once.
+    connect(m_sheetUi->addFilterSearchField, &QLineEdit::textChanged, this, [this](const QString& text) {
+        m_librarySearch->setFilterFixedString(text);
+        if (!text.isEmpty() && m_librarySearch->rowCount() > 0)
+            m_sheetUi->addFilterList->selectRow(0);
+    });
 
     connect(m_fetcher, &FilterFetcher::fetched, this, &ChainPanel::fetchDoneWithArray);
 
