@@ -12,6 +12,7 @@
 #include <QDir>
 #include <QDropEvent>
 #include <QFile>
+#include <QLabel>
 #include <QMimeData>
 #include <QPushButton>
 #include <QSplitter>
@@ -82,8 +83,10 @@ TEST_F(WindowUsabilityTest, AddWaitsForAFiltersDirectoryAndTheSheetSearchesAndAd
     auto* add = widget<QPushButton>("addFilterButton");
     EXPECT_FALSE(add->isEnabled());
     EXPECT_FALSE(add->toolTip().isEmpty()) << "a hint says what is missing";
+    EXPECT_FALSE(widget<QLabel>("addFilterHint")->isHidden());
     readLibrary();
     EXPECT_TRUE(add->isEnabled());
+    EXPECT_TRUE(widget<QLabel>("addFilterHint")->isHidden());
 
     QTableView* list = openSheet();
     // Typing narrows the list and picks the first match; Return adds it.

@@ -108,7 +108,12 @@ ChainPanel::ChainPanel(QWidget* parent)
 
     connect(m_fetcher, &FilterFetcher::fetched, this, &ChainPanel::fetchDoneWithArray);
 
-    // Until the first scan has delivered a library there is nothing to add.
+    // Until the first scan has delivered a library there is nothing to add;
+    // without a Filters directory a line under the buttons says why.
+    m_addHint = new QLabel(kNoFiltersHint, this);
+    m_addHint->setObjectName(QStringLiteral("addFilterHint"));
+    m_addHint->setWordWrap(true);
+    ui.chainLayout->insertWidget(ui.chainLayout->indexOf(ui.loadingSpinner), m_addHint);
     ui.addFilterButton->setEnabled(false);
     ui.addFilterButton->setToolTip(kNoFiltersHint);
     ui.loadingSpinner->hide();
@@ -177,6 +182,7 @@ void ChainPanel::launchFilterFetcher(const QString& filterPath)
     m_hasFiltersDirectory = !filterPath.isEmpty();
     m_ui->addFilterButton->setEnabled(false);
     m_ui->addFilterButton->setToolTip(m_hasFiltersDirectory ? QString() : kNoFiltersHint);
+    m_addHint->setVisible(!m_hasFiltersDirectory);
     if (!m_hasFiltersDirectory)
         return;
     m_ui->loadingSpinner->show();
@@ -189,6 +195,7 @@ void ChainPanel::fetchDoneWithArray(const RecordList& list)
     m_scans = std::max(0, m_scans - 1);
     m_ui->addFilterButton->setEnabled(true);
     m_ui->addFilterButton->setToolTip(QString());
+    m_addHint->hide();
     m_ui->loadingSpinner->setVisible(m_scans > 0);
     m_libraryModel->setLibrary(list);
 }

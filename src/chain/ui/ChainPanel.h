@@ -8,6 +8,7 @@
 #include <optional>
 
 class QComboBox;
+class QLabel;
 class QDialog;
 class QSortFilterProxyModel;
 class QUrl;
@@ -94,6 +95,7 @@ private:
     QDialog* m_addFilterSheet = nullptr;
     QWidget* m_presetRow = nullptr;
     QComboBox* m_presetPopup = nullptr;
+    QLabel* m_addHint = nullptr;
     ChainListModel* m_chainModel = nullptr;
     LibraryListModel* m_libraryModel = nullptr;
     QSortFilterProxyModel* m_librarySearch = nullptr;
