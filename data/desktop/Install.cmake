@@ -14,15 +14,14 @@ install(FILES ${QUILLON_DESKTOP_DIR}/quillon-chain.xml DESTINATION ${CMAKE_INSTA
 install(FILES ${QUILLON_DESKTOP_DIR}/org.quillon.Quillon.metainfo.xml DESTINATION ${CMAKE_INSTALL_DATADIR}/metainfo)
 install(FILES ${CMAKE_SOURCE_DIR}/LICENSE DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/quillon)
 
-# The window opens Help.pdf and, with --demo, uses the stand-in tool and the
+# With --demo the window uses the stand-in tool and the
 # sample filters; an installed copy finds them next to its executable, a
 # build tree through these paths.
 set_source_files_properties(
   ${CMAKE_SOURCE_DIR}/src/app/DemoProfile.cpp
-  ${CMAKE_SOURCE_DIR}/src/app/ui/AppDelegate_settings.cpp
   DIRECTORY ${CMAKE_SOURCE_DIR}/src
   PROPERTIES COMPILE_DEFINITIONS
-    "QUILLON_SAMPLE_FILTERS_DIR=\"${CMAKE_SOURCE_DIR}/data/filters\";QUILLON_STANDIN_BUILD_PATH=\"$<TARGET_FILE:quillon-standin-render>\";QUILLON_HELP_BUILD_PATH=\"${QUILLON_HELP_PDF}\"")
+    "QUILLON_SAMPLE_FILTERS_DIR=\"${CMAKE_SOURCE_DIR}/data/filters\";QUILLON_STANDIN_BUILD_PATH=\"$<TARGET_FILE:quillon-standin-render>\"")
 add_dependencies(quillon quillon-help quillon-standin-render)
 # Tests of the window look for the help document too.
 add_dependencies(quillon_ui quillon-help)

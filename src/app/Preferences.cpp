@@ -22,7 +22,7 @@ PreferenceKey integer(const QString& key, qint64 reset)
 
 // Reset order matters only in that PREF_RESET comes last: a store that lost
 // power half-way through a reset is reset again at the next launch.
-const std::array<PreferenceKey, 31> kTable { {
+const std::array<PreferenceKey, 33> kTable { {
     integer(pref::CB_ANTIALIAS, 1),
     integer(pref::CB_MT, 1),
     integer(pref::CB_NORMALFLIP, 0),
@@ -33,9 +33,8 @@ const std::array<PreferenceKey, 31> kTable { {
     text(pref::SET_WIDTH, QStringLiteral("600")),
     text(pref::SET_HEIGHT, QStringLiteral("600")),
     text(pref::OUT_PREFIX, QStringLiteral("my-export")),
-    // Stored as an integer by a reset and as the field's text afterwards;
-    // both read back as the same text.
-    integer(pref::NUM_FRAMES, 10),
+    // The field's text, as typed; the run reads its leading number.
+    text(pref::NUM_FRAMES, QStringLiteral("10")),
     text(pref::TOOL_PATH, QString()),
     text(pref::OUTPUT_DIR, QString()),
     text(pref::INPUT_PATH, QString()),
@@ -57,6 +56,9 @@ const std::array<PreferenceKey, 31> kTable { {
     // Written by their pop-ups only; a reset keeps the user's choice.
     { pref::INPUT_MODE, Type::String, std::nullopt },
     { pref::OUTPUT_SUFFIX, Type::String, std::nullopt },
+    // A reset keeps the window where the user put it.
+    { pref::WINDOW_GEOMETRY, Type::String, std::nullopt },
+    { pref::WINDOW_SPLITTER, Type::String, std::nullopt },
 } };
 
 } // namespace
@@ -111,6 +113,34 @@ qint64 Preferences::integerForKey(const QString& key) const
 bool Preferences::contains(const QString& key) const
 {
     return m_settings->contains(key);
+}
+
+QVariant Preferences::value(const QString& key) const
+{
+    const QVariant stored = m_settings->value(key);
+    if (stored.isValid())
+        return stored;
+    const PreferenceKey* row = find(key);
+    return row && row->resetValue ? *row->resetValue : QVariant();
+}
+
+bool Preferences::set(const QString& key, const QVariant& value)
+{
+    const PreferenceKey* row = find(key);
+    if (!row || !value.isValid())
+        return false;
+    if (row->type == Type::String) {
+        if (!value.canConvert<QString>())
+            return false;
+        m_settings->setValue(key, value.toString());
+        return true;
+    }
+    bool ok = false;
+    const qint64 number = value.toLongLong(&ok);
+    if (!ok)
+        return false;
+    m_settings->setValue(key, number);
+    return true;
 }
 
 void Preferences::setString(const QString& key, const QString& value)

@@ -44,6 +44,9 @@ inline const QString TIFF_FLOATFORMAT = QStringLiteral("TIFF_FLOATFORMAT");
 inline const QString TGA_BITDEPTH = QStringLiteral("TGA_BITDEPTH");
 inline const QString TGA_INCLUDETRANS = QStringLiteral("TGA_INCLUDETRANS");
 inline const QString TGA_FLIPORDER = QStringLiteral("TGA_FLIPORDER");
+// The window's place and size, and the split between chain and pages.
+inline const QString WINDOW_GEOMETRY = QStringLiteral("WINDOW_GEOMETRY");
+inline const QString WINDOW_SPLITTER = QStringLiteral("WINDOW_SPLITTER");
 } // namespace pref
 
 // One row of the preference table: the key, how its value is stored, and the
@@ -70,8 +73,8 @@ public:
     Preferences& operator=(const Preferences&) = delete;
 
     // Every key with its stored type and reset value, in the order a reset
-    // writes them (PREF_RESET last); INPUT_MODE and OUTPUT_SUFFIX follow
-    // with no reset value.
+    // writes them (PREF_RESET last); INPUT_MODE, OUTPUT_SUFFIX and the
+    // window's layout follow with no reset value.
     static std::span<const PreferenceKey> table();
     static const PreferenceKey* find(const QString& key);
 
@@ -82,6 +85,14 @@ public:
     // gives its number).
     qint64 integerForKey(const QString& key) const;
     bool contains(const QString& key) const;
+
+    // The stored value, or the table's reset value when nothing is stored
+    // (an invalid QVariant for keys without one).
+    QVariant value(const QString& key) const;
+    // Stores `value` as the key's type in the table (text or integer). False,
+    // and nothing stored, for a key not in the table or a value that is not
+    // of that type (a text that is no decimal number for an integer key).
+    bool set(const QString& key, const QVariant& value);
 
     void setString(const QString& key, const QString& value);
     void setInteger(const QString& key, qint64 value);

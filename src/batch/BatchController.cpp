@@ -31,8 +31,6 @@ const QString BatchController::kLogTitle = QStringLiteral("Quillon log");
 
 namespace {
 
-constexpr int kAnimationFrames = 6;
-constexpr int kAnimationIntervalMilliseconds = 100;
 
 // The canonical form of a path whose last component may not exist (or may
 // be a link that must not be followed): the parent resolved, the name kept.
@@ -262,14 +260,6 @@ bool BatchController::startBatchWithSender(
     }
     m_clock.start();
     m_running = true;
-    m_animState = 0;
-    m_animDirection = 1;
-    if (!m_animTimer) {
-        m_animTimer = new QTimer(this);
-        m_animTimer->setInterval(kAnimationIntervalMilliseconds);
-        connect(m_animTimer, &QTimer::timeout, this, &BatchController::animationTimerLoopWithTimer);
-    }
-    m_animTimer->start();
     if (m_display)
         m_display->beginProgressSheet();
     Q_EMIT runStarted();
@@ -559,8 +549,6 @@ void BatchController::finishCompletion(const QStringList& deletedLines)
     m_journal.end();
     m_elapsedMs = m_clock.isValid() ? m_clock.elapsed() : 0;
 
-    if (m_animTimer)
-        m_animTimer->stop();
     m_running = false;
     const bool aborted = m_isAborted.load();
     if (m_display)
@@ -665,15 +653,5 @@ void BatchController::writeLogFileWithMessage(const QString& message)
     m_logfh->flush();
 }
 
-void BatchController::animationTimerLoopWithTimer()
-{
-    if (m_display)
-        m_display->showAnimationFrame(m_animState);
-    m_animState += m_animDirection;
-    if (m_animDirection == 1 && m_animState == kAnimationFrames - 1)
-        m_animDirection = -1;
-    else if (m_animDirection != 1 && m_animState == 0)
-        m_animDirection = 1;
-}
 
 } // namespace quillon

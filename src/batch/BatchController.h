@@ -131,7 +131,6 @@ public:
 
     // ---- State, for the window and tests ---------------------------------
     const QStringList& interimFiles() const { return m_interimFiles; }
-    bool dolog() const { return m_dolog; }
     bool isLogOpen() const;
     // The chain of the latest Start (shared records).
     const RecordList& chain() const { return m_chain; }
@@ -172,7 +171,6 @@ private:
     QStringList beginCompletion();
     QStringList deleteInterimFiles(const QStringList& paths);
     void finishCompletion(const QStringList& deletedLines);
-    void animationTimerLoopWithTimer();
     void reapWorker();
 
     BatchDisplay* m_display = nullptr;
@@ -202,10 +200,6 @@ private:
     std::unique_ptr<RunRandom> m_random;
     QThread* m_worker = nullptr;
     QList<QThread*> m_retiredWorkers; // past completion, not yet finished
-
-    QTimer* m_animTimer = nullptr;
-    int m_animState = 0;
-    int m_animDirection = 1;
 };
 
 } // namespace quillon

@@ -68,9 +68,6 @@ public:
         (void)latest;
     }
 
-    // One tick of the progress animation: frame index 0..5.
-    virtual void showAnimationFrame(int frame) { (void)frame; }
-
     // The run is over (the interim files are deleted); aborted tells whether
     // the user stopped it.
     virtual void runFinished(bool aborted) { (void)aborted; }

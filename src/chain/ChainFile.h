@@ -2,8 +2,11 @@
 
 #include "library/Record.h"
 
+#include <QByteArray>
 #include <QString>
 #include <QVariantList>
+
+#include <optional>
 
 namespace quillon {
 
@@ -27,6 +30,12 @@ inline constexpr qint64 kMaxChainValues = 2'000'000;
 // "CONTROL_PROXY" (writeChainFile then refuses it); null entries are skipped.
 // The chain is not changed.
 QVariantList cleanFilterArray(const RecordList& chain);
+
+// The storable copy of the chain as the bytes of an XML property list; none
+// (with a message) when a value cannot be held by a property list.
+std::optional<QByteArray> chainFileBytes(const RecordList& chain, QString* error = nullptr);
+// Writes the bytes of a chain file atomically (QSaveFile).
+bool writeChainBytes(const QString& path, const QByteArray& bytes, QString* error = nullptr);
 
 // Writes the storable copy of the chain as an XML property list, atomically.
 // Fails (false, with a message) when the file cannot be written or a value

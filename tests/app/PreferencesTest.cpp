@@ -56,7 +56,7 @@ TEST_F(PreferencesTest, TableListsEachKeyOnceWithTheMarkerLastOfTheResetValues)
         if (row.resetValue)
             lastReset = row.key;
     }
-    EXPECT_EQ(keys.size(), 31);
+    EXPECT_EQ(keys.size(), 33);
     // An interrupted reset leaves no marker and is redone at the next start.
     EXPECT_EQ(lastReset, pref::PREF_RESET);
     EXPECT_EQ(Preferences::find(QStringLiteral("NO_SUCH_KEY")), nullptr);
@@ -77,6 +77,23 @@ TEST_F(PreferencesTest, TypedGettersReadTextAndNumbersAlike)
     EXPECT_EQ(reread.stringForKey(pref::NUM_FRAMES), QStringLiteral("10"));
     EXPECT_EQ(reread.integerForKey(pref::NUM_FRAMES), 10);
     EXPECT_EQ(reread.integerForKey(pref::OUTPUT_SUFFIX), 1);
+}
+
+TEST_F(PreferencesTest, ValueFallsBackToTheTableAndSetKeepsTheTablesType)
+{
+    Preferences prefs(storePath());
+    // Nothing stored: the reset value, or nothing for a key without one.
+    EXPECT_EQ(prefs.value(pref::JPEG_QUALITY), QVariant(qint64(80)));
+    EXPECT_EQ(prefs.value(pref::OUT_PREFIX), QVariant(QStringLiteral("my-export")));
+    EXPECT_FALSE(prefs.value(pref::INPUT_MODE).isValid());
+
+    EXPECT_TRUE(prefs.set(pref::JPEG_QUALITY, QStringLiteral("55")));
+    EXPECT_FALSE(prefs.set(pref::JPEG_QUALITY, QStringLiteral("high")));
+    EXPECT_FALSE(prefs.set(QStringLiteral("NO_SUCH_KEY"), 1));
+    EXPECT_TRUE(prefs.set(pref::SET_WIDTH, 640));
+    EXPECT_EQ(prefs.value(pref::JPEG_QUALITY), QVariant(qint64(55)));
+    EXPECT_EQ(prefs.value(pref::SET_WIDTH), QVariant(QStringLiteral("640")));
+    EXPECT_FALSE(prefs.contains(QStringLiteral("NO_SUCH_KEY")));
 }
 
 TEST_F(PreferencesTest, DemoProfilePointsAtItsOwnStoreAndCreatesTheOutputFolder)

@@ -3,11 +3,7 @@
 #include "run/RunSettings.h"
 
 #include <QAction>
-#include <QFile>
 #include <QPushButton>
-#include <QUrl>
-
-#include <functional>
 
 namespace quillon::test {
 namespace {
@@ -22,19 +18,6 @@ protected:
             if (formats()->widget(i)->property("identifier").toString() == identifier)
                 formats()->setCurrentIndex(i);
         }
-    }
-    // Types into a field and leaves it, as the user does.
-    void typeInto(const char* name, const QString& text)
-    {
-        field(name)->setText(text);
-        Q_EMIT field(name)->editingFinished();
-    }
-    void relaunch()
-    {
-        closeDelegate();
-        m_delegate = std::make_unique<AppDelegate>();
-        m_delegate->setPreferences(std::make_unique<Preferences>(storePath()));
-        m_delegate->applicationDidFinishLaunching();
     }
 };
 
@@ -60,15 +43,6 @@ TEST_F(SettingsPaneTest, FirstLaunchWritesTheFactoryValuesAndShowsThem)
     EXPECT_EQ(widget<QSlider>("f_jpgQualitySlider")->value(), 80);
     EXPECT_EQ(formatIdentifier(), QStringLiteral("JPEG"));
 
-    for (const char* on : { "antiAliasCB", "multithreadCB", "progressiveCB", "cleanupAfterCB",
-             "f_jpgFullPrecisionCB", "f_tiffIncludeTransCB", "f_tgaIncludeTransCB" })
-        EXPECT_TRUE(box(on)->isChecked()) << on;
-    for (const char* off : { "normalmapFlipCB", "ditherCB", "toollogCB", "f_pngIncludeTransCB",
-             "f_tiffFloatFormatCB", "f_tgaFlipOrderCB" })
-        EXPECT_FALSE(box(off)->isChecked()) << off;
-    for (const char* on : { "f_pngBitDepth8RB", "f_pngCompressionNoneRB", "f_tiffBitDepth8RB",
-             "f_tiffCompressionNoneRB", "f_tgaBitDepth24RB" })
-        EXPECT_TRUE(radio(on)->isChecked()) << on;
     EXPECT_FALSE(field("imageWidthField")->isEnabled());
 }
 
@@ -108,7 +82,7 @@ TEST_F(SettingsPaneTest, EveryChangeIsStoredAtOnceAndComesBackAfterARestart)
     EXPECT_EQ(field("maxFramesField")->text(), QStringLiteral("9999"));
     EXPECT_TRUE(radio("f_pngBitDepth16RB")->isChecked());
     EXPECT_TRUE(radio("f_tiffCompressionDeflateRB")->isChecked());
-    EXPECT_EQ(delegate().getTIFFCompression(), QStringLiteral("DEFLATE"));
+    EXPECT_EQ(delegate().captureRunSettings().tiffCompression, 2);
     EXPECT_TRUE(box("f_tgaFlipOrderCB")->isChecked());
     EXPECT_EQ(formatIdentifier(), QStringLiteral("TIFF"));
     EXPECT_EQ(widget<QSlider>("f_jpgQualitySlider")->value(), 55);
@@ -134,9 +108,13 @@ TEST_F(SettingsPaneTest, ResetCommandRestoresFactoryValuesButKeepsSourceTypeAndS
     delegate().applicationDidFinishLaunching();
     EXPECT_EQ(field("renderToolPathField")->text(), QStringLiteral("/opt/tool"));
     EXPECT_FALSE(radio("f_pngBitDepth8RB")->isChecked() || radio("f_pngBitDepth16RB")->isChecked());
-    EXPECT_EQ(delegate().getPNGBitDepth(), QStringLiteral("16"));
+    EXPECT_EQ(delegate().captureRunSettings().pngBitDepth, 7);
 
-    delegate().window()->findChild<QAction*>(QStringLiteral("actionResetPreferences"))->trigger();
+    QAction* reset = delegate().window()->findChild<QAction*>(QStringLiteral("actionResetPreferences"));
+    reset->trigger(); // answered No: nothing changes
+    EXPECT_EQ(field("renderToolPathField")->text(), QStringLiteral("/opt/tool"));
+    MessageBoxes::instance().setNextAnswer(true);
+    reset->trigger();
 
     const auto saved = savedStore();
     EXPECT_EQ(saved->stringForKey(pref::TOOL_PATH), QString());
@@ -144,56 +122,45 @@ TEST_F(SettingsPaneTest, ResetCommandRestoresFactoryValuesButKeepsSourceTypeAndS
     EXPECT_EQ(saved->stringForKey(pref::OUTPUT_SUFFIX), QStringLiteral("2"));
     for (const char* name : { "renderToolPathField", "filtersPathField", "outputDirectoryPathField" })
         EXPECT_EQ(field(name)->text(), QString()) << name;
-    EXPECT_TRUE(
-        delegate().toolPath.isEmpty() && delegate().filterPath.isEmpty() && delegate().outputPath.isEmpty());
+    const SettingsPane* pane = delegate().settingsPane();
+    EXPECT_TRUE(pane->toolPath().isEmpty() && pane->filterPath().isEmpty() && pane->outputPath().isEmpty());
     EXPECT_EQ(popup("sourceTypePopup")->currentIndex(), 1);
     EXPECT_EQ(popup("outputFilenameSuffixPopup")->currentIndex(), 2);
     EXPECT_EQ(field("imageWidthField")->text(), QStringLiteral("600"));
     EXPECT_EQ(widget<QSlider>("f_jpgQualitySlider")->value(), 80);
-    // The scan of the (now empty) Filters path is under way.
+    // Without a Filters directory there is nothing to add.
     EXPECT_FALSE(widget<QPushButton>("addFilterButton")->isEnabled());
 }
 
-TEST_F(SettingsPaneTest, RadioGroupsStoreTheirCodesAndTheGettersGiveTheirTexts)
+TEST_F(SettingsPaneTest, RadioGroupsStoreTheirCodesForTheRun)
 {
     delegate().applicationDidFinishLaunching();
-    AppDelegate& d = delegate();
     const struct {
         const char* button;
         QString key;
         int code;
-        std::function<QString()> getter;
-        const char* text;
+        int RunSettings::*setting;
     } rows[] = {
-        { "f_tiffBitDepth24RB", pref::TIFF_BITDEPTH, 2, [&d] { return d.getTIFFBitDepth(); }, "24" },
-        { "f_tiffBitDepth16RB", pref::TIFF_BITDEPTH, 1, [&d] { return d.getTIFFBitDepth(); }, "16" },
-        { "f_tgaBitDepth32RB", pref::TGA_BITDEPTH, 1, [&d] { return d.getTGABitDepth(); }, "32" },
-        { "f_tgaBitDepth24RB", pref::TGA_BITDEPTH, 0, [&d] { return d.getTGABitDepth(); }, "24" },
-        { "f_pngCompressionFastRB", pref::PNG_COMPRESSION, 1, [&d] { return d.getPNGCompression(); },
-            "FAST" },
-        { "f_pngCompressionBestRB", pref::PNG_COMPRESSION, 2, [&d] { return d.getPNGCompression(); },
-            "BEST" },
-        { "f_tiffCompressionLZWRB", pref::TIFF_COMPRESSION, 1, [&d] { return d.getTIFFCompression(); },
-            "LZW" },
-        { "f_pngBitDepth16RB", pref::PNG_BITDEPTH, 1, [&d] { return d.getPNGBitDepth(); }, "16" },
-        { "f_pngBitDepth8RB", pref::PNG_BITDEPTH, 0, [&d] { return d.getPNGBitDepth(); }, "8" },
+        { "f_tiffBitDepth24RB", pref::TIFF_BITDEPTH, 2, &RunSettings::tiffBitDepth },
+        { "f_tiffBitDepth16RB", pref::TIFF_BITDEPTH, 1, &RunSettings::tiffBitDepth },
+        { "f_tgaBitDepth32RB", pref::TGA_BITDEPTH, 1, &RunSettings::tgaBitDepth },
+        { "f_tgaBitDepth24RB", pref::TGA_BITDEPTH, 0, &RunSettings::tgaBitDepth },
+        { "f_pngCompressionFastRB", pref::PNG_COMPRESSION, 1, &RunSettings::pngCompression },
+        { "f_pngCompressionBestRB", pref::PNG_COMPRESSION, 2, &RunSettings::pngCompression },
+        { "f_tiffCompressionLZWRB", pref::TIFF_COMPRESSION, 1, &RunSettings::tiffCompression },
+        { "f_pngBitDepth16RB", pref::PNG_BITDEPTH, 1, &RunSettings::pngBitDepth },
+        { "f_pngBitDepth8RB", pref::PNG_BITDEPTH, 0, &RunSettings::pngBitDepth },
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.button);
         radio(row.button)->click();
         radio(row.button)->click(); // clicking the button that is on leaves it on
         EXPECT_TRUE(radio(row.button)->isChecked());
-        EXPECT_EQ(row.getter(), QString::fromLatin1(row.text));
+        EXPECT_EQ(delegate().captureRunSettings().*row.setting, row.code);
         EXPECT_EQ(savedStore()->integerForKey(row.key), row.code);
     }
     EXPECT_FALSE(radio("f_tiffBitDepth24RB")->isChecked());
     EXPECT_FALSE(radio("f_pngCompressionFastRB")->isChecked());
-
-    const RunSettings settings = delegate().captureRunSettings();
-    EXPECT_EQ(settings.tiffBitDepth, 1);
-    EXPECT_EQ(settings.tgaBitDepth, 0);
-    EXPECT_EQ(settings.pngCompression, 2);
-    EXPECT_EQ(settings.tiffCompression, 1);
 }
 
 TEST_F(SettingsPaneTest, LetterStyleCapsTheFrameCountAtTwentyFive)
@@ -204,7 +171,7 @@ TEST_F(SettingsPaneTest, LetterStyleCapsTheFrameCountAtTwentyFive)
     choose(popup("outputFilenameSuffixPopup"), 2);
     EXPECT_EQ(field("numberOfFramesField")->text(), QStringLiteral("25"));
     EXPECT_EQ(field("maxFramesField")->text(), QStringLiteral("25"));
-    EXPECT_EQ(delegate().frameMaxValue, 25);
+    EXPECT_EQ(delegate().settingsPane()->frameMaxValue(), 25);
     EXPECT_EQ(savedStore()->stringForKey(pref::OUTPUT_SUFFIX), QStringLiteral("2"));
 
     choose(popup("outputFilenameSuffixPopup"), 0);
@@ -231,14 +198,14 @@ TEST_F(SettingsPaneTest, SourceTypeChangesForgetTheInputAndSwitchTheControls)
     // Clearing shows an empty field and leaves the stored input alone.
     widget<QPushButton>("clearSourceButton")->click();
     EXPECT_EQ(field("sourcePathField")->text(), QString());
-    EXPECT_TRUE(delegate().sourcePath.isEmpty());
+    EXPECT_TRUE(delegate().settingsPane()->sourcePath().isEmpty());
     EXPECT_EQ(savedStore()->stringForKey(pref::INPUT_PATH), m_dir.path());
     FileDialogs::instance().setNextFileName(m_dir.path());
     widget<QPushButton>("locateSourceButton")->click();
 
     choose(popup("sourceTypePopup"), 2);
     EXPECT_EQ(savedStore()->stringForKey(pref::INPUT_MODE), QStringLiteral("DIR"));
-    EXPECT_TRUE(delegate().sourcePath.isEmpty());
+    EXPECT_TRUE(delegate().settingsPane()->sourcePath().isEmpty());
     EXPECT_EQ(field("sourcePathField")->text(), QStringLiteral("not set"));
     for (const char* name : { "sourcePathField", "locateSourceButton", "clearSourceButton" })
         EXPECT_TRUE(widget<QWidget>(name)->isHidden()) << name;
@@ -262,7 +229,7 @@ TEST_F(SettingsPaneTest, LocateCommandsStoreTheChoice)
     };
     locate("locateRenderToolButton", tool);
     locate("locateRenderToolButton", QString()); // cancelled
-    EXPECT_EQ(delegate().toolPath, tool);
+    EXPECT_EQ(delegate().settingsPane()->toolPath(), tool);
     EXPECT_EQ(savedStore()->stringForKey(pref::TOOL_PATH), tool);
     locate("locateFiltersButton", m_dir.path());
     EXPECT_EQ(savedStore()->stringForKey(pref::FILTERS_PATH), m_dir.path());
@@ -298,21 +265,6 @@ TEST_F(SettingsPaneTest, ExportControlsAreStoredAndReachTheRunSettings)
     EXPECT_EQ(settings.pngIncludeTrans, 1);
     EXPECT_EQ(settings.tiffFloatFormat, 1);
     EXPECT_EQ(settings.jpegFullPrecision, 0);
-}
-
-TEST_F(SettingsPaneTest, HelpOpensTheShippedPdfAndDonationItsPage)
-{
-    delegate().applicationDidFinishLaunching();
-    const QString help = AppDelegate::helpDocumentPath();
-    QFile pdf(help);
-    ASSERT_TRUE(help.endsWith(QStringLiteral("/share/quillon/Help.pdf")) && pdf.open(QIODevice::ReadOnly));
-    EXPECT_TRUE(pdf.read(5).startsWith("%PDF-"));
-
-    delegate().window()->findChild<QAction*>(QStringLiteral("actionHelp"))->trigger();
-    delegate().window()->findChild<QAction*>(QStringLiteral("actionDonate"))->trigger();
-    ASSERT_EQ(m_openedUrls.size(), 2);
-    EXPECT_EQ(m_openedUrls[0], QUrl::fromLocalFile(help));
-    EXPECT_EQ(m_openedUrls[1], AppDelegate::donationUrl());
 }
 
 } // namespace

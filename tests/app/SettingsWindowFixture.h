@@ -3,6 +3,8 @@
 #include "app/Preferences.h"
 #include "app/ui/AppDelegate.h"
 #include "app/ui/DialogSeams.h"
+#include "app/ui/SettingsPane.h"
+#include "chain/ui/ChainPanel.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -46,14 +48,14 @@ protected:
         MessageBoxes::instance().setRecording(false);
     }
 
-    // Every launch scans the Filters path; the window goes once the scan
-    // has delivered, so no scan outlives the test.
+    // A launch scans the Filters path; the window goes once the scan has
+    // delivered, so no scan outlives the test.
     void closeDelegate()
     {
         if (!m_delegate)
             return;
-        QWidget* add = m_delegate->window()->findChild<QWidget*>(QStringLiteral("addFilterButton"));
-        (void)QTest::qWaitFor([add] { return add->isEnabled(); }, 10000);
+        ChainPanel* chain = m_delegate->chainPanel();
+        (void)QTest::qWaitFor([chain] { return !chain->scanning(); }, 10000);
         m_delegate.reset();
     }
 
@@ -74,6 +76,22 @@ protected:
     QRadioButton* radio(const char* name) { return widget<QRadioButton>(name); }
     QComboBox* popup(const char* name) { return widget<QComboBox>(name); }
     Preferences& prefs() { return m_delegate->preferences(); }
+
+    // Puts a text into a field and leaves it, as the user does.
+    void typeInto(const char* name, const QString& text)
+    {
+        field(name)->setText(text);
+        Q_EMIT field(name)->editingFinished();
+    }
+
+    // A new window on the same preferences file, launched.
+    void relaunch()
+    {
+        closeDelegate();
+        m_delegate = std::make_unique<AppDelegate>();
+        m_delegate->setPreferences(std::make_unique<Preferences>(storePath()));
+        m_delegate->applicationDidFinishLaunching();
+    }
 
     // The user picks item `index` of a pop-up.
     static void choose(QComboBox* popup, int index)

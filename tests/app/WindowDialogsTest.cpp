@@ -83,8 +83,8 @@ TEST_F(WindowDialogsTest, LocateDialogsAreWindowModalWithTheirPromptsAndMessages
             EXPECT_FALSE(d->testOption(QFileDialog::ReadOnly));
             acceptIn(m_dir.path())(d);
         });
-    EXPECT_EQ(
-        QFileInfo(delegate().outputPath).canonicalFilePath(), QFileInfo(m_dir.path()).canonicalFilePath());
+    EXPECT_EQ(QFileInfo(delegate().settingsPane()->outputPath()).canonicalFilePath(),
+        QFileInfo(m_dir.path()).canonicalFilePath());
 
     choose(popup("sourceTypePopup"), 0);
     answerDialog("locateSourceButton", QFileDialog::ExistingFile, QStringLiteral("This one"),
@@ -161,7 +161,7 @@ TEST_F(WindowDialogsTest, ClosingTheMainWindowQuitsButClosingASheetDoesNot)
 
     bool windowClosed = false;
     QTimer::singleShot(0, window, [this, window, &windowClosed] {
-        delegate().showAddSheetWithSender();
+        delegate().chainPanel()->showAddSheetWithSender();
         if (auto* sheet = window->findChild<QDialog*>(QStringLiteral("AddFilterSheet")))
             sheet->close();
         // Queued behind anything the sheet's closing may have posted.

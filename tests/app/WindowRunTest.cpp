@@ -53,7 +53,7 @@ protected:
         for (int row = 0; row < count; ++row) {
             library->clearSelection();
             library->selectRow(row);
-            delegate().addFilterToListWithSender();
+            delegate().chainPanel()->addFilterToListWithSender();
         }
         ASSERT_EQ(static_cast<int>(delegate().chain().size()), count);
     }
@@ -84,7 +84,7 @@ protected:
             << alerts().join(QStringLiteral("; ")).toStdString();
         QTRY_VERIFY_WITH_TIMEOUT(
             delegate().progressSheet()->toolRunsStarted() >= 1 && ready(), kRunTimeoutMs);
-        for (QTimer* timer : delegate().batchController()->findChildren<QTimer*>()) {
+        for (QTimer* timer : delegate().progressSheet()->findChildren<QTimer*>()) {
             if (timer->isActive() && timer->interval() == 100)
                 m_animation = timer;
         }
@@ -208,6 +208,23 @@ TEST_F(WindowRunTest, TheAnimationSwingsBackAndForthUntilAnAbortWindsTheRunDown)
     EXPECT_FALSE(delegate().batchController()->isRunning());
     EXPECT_FALSE(m_animation->isActive());
     EXPECT_TRUE(taskFilesLeft().isEmpty()) << taskFilesLeft().join(QLatin1Char(' ')).toStdString();
+}
+
+TEST_F(WindowRunTest, QuittingDuringARunAsksFirstAndAbortsTheRun)
+{
+    BatchEnvGuard delay("QUILLON_STANDIN_DELAY_MS", "30000");
+    buildChain(1);
+    prepareRunWithoutInput(QStringLiteral("2"));
+    QSignalSpy finished(delegate().batchController(), &BatchController::runFinished);
+    widget<QPushButton>("startButton")->click();
+    QTRY_VERIFY_WITH_TIMEOUT(delegate().progressSheet()->toolRunsStarted() >= 1, kRunTimeoutMs);
+
+    EXPECT_FALSE(delegate().window()->close()); // answered No
+    EXPECT_TRUE(delegate().batchController()->isRunning());
+    MessageBoxes::instance().setNextAnswer(true);
+    EXPECT_TRUE(delegate().window()->close());
+    QTRY_COMPARE_WITH_TIMEOUT(finished.count(), 1, kRunTimeoutMs);
+    EXPECT_TRUE(finished.first().first().toBool());
 }
 
 } // namespace

@@ -85,4 +85,24 @@ void MessageBoxes::beep()
     QApplication::beep();
 }
 
+bool MessageBoxes::confirm(QWidget* parent, const QString& question)
+{
+    if (m_recording) {
+        m_shown.append(question);
+        return m_nextAnswer;
+    }
+    return QMessageBox::question(parent, QApplication::applicationName(), question,
+               QMessageBox::Yes | QMessageBox::No, QMessageBox::No)
+        == QMessageBox::Yes;
+}
+
+void MessageBoxes::showInformation(QWidget* parent, const QString& title, const QString& text)
+{
+    if (m_recording) {
+        m_shown.append(text);
+        return;
+    }
+    QMessageBox::about(parent, title, text);
+}
+
 } // namespace quillon

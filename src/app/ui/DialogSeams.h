@@ -62,6 +62,7 @@ public:
     {
         m_shown.clear();
         m_beeps = 0;
+        m_nextAnswer = false;
     }
     // System beeps sounded while recording.
     int beeps() const { return m_beeps; }
@@ -71,10 +72,18 @@ public:
     void showError(QWidget* parent, const QString& message);
     void beep();
 
+    // A question with Yes and No (No is the default). While recording it is
+    // kept with the alerts and answered with the answer set in advance.
+    bool confirm(QWidget* parent, const QString& question);
+    void setNextAnswer(bool yes) { m_nextAnswer = yes; }
+    // An information box (About); kept with the alerts while recording.
+    void showInformation(QWidget* parent, const QString& title, const QString& text);
+
 private:
     MessageBoxes() = default;
 
     bool m_recording = false;
+    bool m_nextAnswer = false;
     QStringList m_shown;
     int m_beeps = 0;
 };

@@ -19,6 +19,7 @@ namespace quillon {
 namespace {
 
 constexpr int kAnimationFrames = 6;
+constexpr int kAnimationIntervalMilliseconds = 100;
 
 int clampedRuns(qint64 runs)
 {
@@ -41,6 +42,9 @@ ProgressSheet::ProgressSheet(QWidget* parent)
     m_clockTimer = new QTimer(this);
     m_clockTimer->setInterval(1000);
     connect(m_clockTimer, &QTimer::timeout, this, &ProgressSheet::updateClock);
+    m_animTimer = new QTimer(this);
+    m_animTimer->setInterval(kAnimationIntervalMilliseconds);
+    connect(m_animTimer, &QTimer::timeout, this, &ProgressSheet::animationTimerLoopWithTimer);
     connect(m_ui->abortButton, &QPushButton::clicked, this, &ProgressSheet::abortRequested);
 }
 
@@ -83,12 +87,16 @@ void ProgressSheet::beginRun(int plannedRuns)
     m_clock.start();
     updateClock();
     m_clockTimer->start();
+    m_animState = 0;
+    m_animDirection = 1;
+    m_animTimer->start();
     open();
 }
 
 void ProgressSheet::endRun()
 {
     m_clockTimer->stop();
+    m_animTimer->stop();
     updateClock();
     if (isVisible())
         done(QDialog::Accepted);
@@ -98,6 +106,7 @@ void ProgressSheet::finishRun()
 {
     m_finished = true;
     m_clockTimer->stop();
+    m_animTimer->stop();
     updateBar();
 }
 
@@ -130,6 +139,17 @@ void ProgressSheet::showAnimationFrame(int frame)
     m_shownFrame = frame;
     m_ui->prAmination->setPixmap(animArray.at(frame));
     Q_EMIT animationFrameShown(frame);
+}
+
+void ProgressSheet::animationTimerLoopWithTimer()
+{
+    // The frames play forwards, then backwards, and so on.
+    showAnimationFrame(m_animState);
+    m_animState += m_animDirection;
+    if (m_animState == kAnimationFrames - 1)
+        m_animDirection = -1;
+    else if (m_animState == 0)
+        m_animDirection = 1;
 }
 
 void ProgressSheet::reject()

@@ -74,10 +74,14 @@ public Q_SLOTS:
 private:
     void updateBar();
     void updateClock();
+    void animationTimerLoopWithTimer();
 
     std::unique_ptr<Ui::ProgressSheet> m_ui;
     QList<QPixmap> animArray;
     QTimer* m_clockTimer = nullptr;
+    QTimer* m_animTimer = nullptr;
+    int m_animState = 0;
+    int m_animDirection = 1;
     QElapsedTimer m_clock;
     int m_planned = 0;
     int m_started = 0;

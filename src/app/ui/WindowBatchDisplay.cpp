@@ -77,11 +77,6 @@ QString WindowBatchDisplay::tailForDisplay(const QString& info)
     return start == 0 ? info : info.mid(start);
 }
 
-void WindowBatchDisplay::showAnimationFrame(int frame)
-{
-    m_sheet->showAnimationFrame(frame);
-}
-
 void WindowBatchDisplay::runFinished(bool aborted)
 {
     m_sheet->finishRun();

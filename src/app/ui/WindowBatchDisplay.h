@@ -28,7 +28,6 @@ public:
     // characters): a label laid out anew with a whole pipe-full of lines
     // would hold the window up for a quarter of a second per report.
     void showRenderInfo(const QString& info) override;
-    void showAnimationFrame(int frame) override;
     void runFinished(bool aborted) override;
     void beep() override;
 

@@ -2,24 +2,63 @@
 
 namespace quillon {
 
-ChainListModel::ChainListModel(const RecordList* chain, QObject* parent)
-    : RecordTableModel(parent)
-    , m_chain(chain)
+ChainListModel::ChainListModel(QObject* parent)
+    : QAbstractTableModel(parent)
 {
-    resetRows();
 }
 
-int ChainListModel::numberOfRowsInTableView() const
+void ChainListModel::setRecords(RecordList chain)
 {
-    return static_cast<int>(m_chain->size());
+    beginResetModel();
+    m_chain = std::move(chain);
+    endResetModel();
+    Q_EMIT chainChanged();
 }
 
-QVariant ChainListModel::objectValueForTableColumn(int column, int row) const
+void ChainListModel::append(const RecordList& records)
 {
-    if (column != filterColumn || row < 0 || row >= numberOfRowsInTableView())
-        return {};
-    const RecordPtr& record = (*m_chain)[static_cast<size_t>(row)];
-    return record ? record->string(key::name) : QString();
+    if (records.empty())
+        return;
+    const int first = rowCount();
+    beginInsertRows({}, first, first + static_cast<int>(records.size()) - 1);
+    m_chain.insert(m_chain.end(), records.begin(), records.end());
+    endInsertRows();
+    Q_EMIT chainChanged();
+}
+
+void ChainListModel::removeRecord(int row)
+{
+    if (row < 0 || row >= rowCount())
+        return;
+    beginRemoveRows({}, row, row);
+    m_chain.erase(m_chain.begin() + row);
+    endRemoveRows();
+    renumberFrom(row);
+    Q_EMIT chainChanged();
+}
+
+void ChainListModel::moveRecord(int row, int by)
+{
+    const int target = row + by;
+    if (row < 0 || row >= rowCount() || target < 0 || target >= rowCount() || by == 0)
+        return;
+    // beginMoveRows names the row the moved one lands before.
+    beginMoveRows({}, row, row, {}, by > 0 ? target + 1 : target);
+    std::swap(m_chain[static_cast<size_t>(row)], m_chain[static_cast<size_t>(target)]);
+    endMoveRows();
+    renumberFrom(std::min(row, target));
+    Q_EMIT chainChanged();
+}
+
+void ChainListModel::renumberFrom(int row)
+{
+    if (row < rowCount())
+        Q_EMIT headerDataChanged(Qt::Vertical, row, rowCount() - 1);
+}
+
+int ChainListModel::rowCount(const QModelIndex& parent) const
+{
+    return parent.isValid() ? 0 : static_cast<int>(m_chain.size());
 }
 
 int ChainListModel::columnCount(const QModelIndex& parent) const
@@ -29,16 +68,14 @@ int ChainListModel::columnCount(const QModelIndex& parent) const
 
 QVariant ChainListModel::data(const QModelIndex& index, int role) const
 {
-    if (!index.isValid() || !isLiveRow(index.row()))
+    if (!checkIndex(index, CheckIndexOption::IndexIsValid))
         return {};
-    const QVariant name = objectValueForTableColumn(index.column(), index.row());
+    const RecordPtr& record = m_chain[static_cast<size_t>(index.row())];
     switch (role) {
     case Qt::DisplayRole:
-        return QStringLiteral("%1. %2").arg(index.row() + 1).arg(name.toString());
-    case Qt::ToolTipRole: {
-        const RecordPtr& record = (*m_chain)[static_cast<size_t>(index.row())];
+        return record ? record->string(key::name) : QString();
+    case Qt::ToolTipRole:
         return record ? record->string(key::path) : QString();
-    }
     default:
         return {};
     }
@@ -46,38 +83,35 @@ QVariant ChainListModel::data(const QModelIndex& index, int role) const
 
 QVariant ChainListModel::headerData(int section, Qt::Orientation orientation, int role) const
 {
-    if (role == Qt::DisplayRole && orientation == Qt::Horizontal && section == filterColumn)
-        return tr("Filter chain (runs top to bottom)");
-    return RecordTableModel::headerData(section, orientation, role);
+    if (role != Qt::DisplayRole)
+        return {};
+    if (orientation == Qt::Vertical)
+        return QStringLiteral("%1.").arg(section + 1);
+    return section == filterColumn ? tr("Filter chain (runs top to bottom)") : QVariant();
 }
 
-LibraryListModel::LibraryListModel(const std::optional<RecordList>* library, QObject* parent)
-    : RecordTableModel(parent)
-    , m_library(library)
+LibraryListModel::LibraryListModel(QObject* parent)
+    : QAbstractTableModel(parent)
 {
-    resetRows();
 }
 
-int LibraryListModel::numberOfRowsInTableView() const
+void LibraryListModel::setLibrary(RecordList library)
 {
-    return m_library->has_value() ? static_cast<int>((*m_library)->size()) : 0;
+    beginResetModel();
+    m_library = std::move(library);
+    endResetModel();
 }
 
-QVariant LibraryListModel::objectValueForTableColumn(int column, int row) const
+RecordPtr LibraryListModel::recordAt(int row) const
 {
-    if (row < 0 || row >= numberOfRowsInTableView())
-        return {};
-    const RecordPtr& record = (**m_library)[static_cast<size_t>(row)];
-    if (!record)
-        return {};
-    switch (column) {
-    case adsFilterNameColumn:
-        return record->string(key::name);
-    case addFilterAuthorColumn:
-        return record->string(key::author);
-    default:
-        return {};
-    }
+    if (!m_library || row < 0 || row >= rowCount())
+        return nullptr;
+    return (*m_library)[static_cast<size_t>(row)];
+}
+
+int LibraryListModel::rowCount(const QModelIndex& parent) const
+{
+    return parent.isValid() || !m_library ? 0 : static_cast<int>(m_library->size());
 }
 
 int LibraryListModel::columnCount(const QModelIndex& parent) const
@@ -87,9 +121,12 @@ int LibraryListModel::columnCount(const QModelIndex& parent) const
 
 QVariant LibraryListModel::data(const QModelIndex& index, int role) const
 {
-    if (!index.isValid() || !isLiveRow(index.row()) || role != Qt::DisplayRole)
+    if (!checkIndex(index, CheckIndexOption::IndexIsValid) || role != Qt::DisplayRole)
         return {};
-    return objectValueForTableColumn(index.column(), index.row());
+    const RecordPtr record = recordAt(index.row());
+    if (!record)
+        return {};
+    return index.column() == adsFilterNameColumn ? record->string(key::name) : record->string(key::author);
 }
 
 QVariant LibraryListModel::headerData(int section, Qt::Orientation orientation, int role) const
@@ -100,7 +137,7 @@ QVariant LibraryListModel::headerData(int section, Qt::Orientation orientation, 
         if (section == addFilterAuthorColumn)
             return tr("Author");
     }
-    return RecordTableModel::headerData(section, orientation, role);
+    return QAbstractTableModel::headerData(section, orientation, role);
 }
 
 } // namespace quillon

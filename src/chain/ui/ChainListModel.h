@@ -1,49 +1,67 @@
 #pragma once
 
-#include "chain/ui/RecordTableModel.h"
 #include "library/Record.h"
+
+#include <QAbstractTableModel>
+
+#include <optional>
 
 namespace quillon {
 
-// The chain list: one row per chain position, numbered in run order
-// ("1. Soft Glow"), so the order of the run reads from top to bottom.
-class ChainListModel final : public RecordTableModel {
+// The chain list: owns the chain, one row per position with the filter's
+// name; the row headers number the positions in run order ("1."), so the
+// order of the run reads from top to bottom.
+class ChainListModel final : public QAbstractTableModel {
     Q_OBJECT
 public:
     enum Column { filterColumn, ColumnCount };
 
-    explicit ChainListModel(const RecordList* chain, QObject* parent = nullptr);
+    explicit ChainListModel(QObject* parent = nullptr);
 
-    int numberOfRowsInTableView() const override;
-    // The cell's value: the record's "name".
-    QVariant objectValueForTableColumn(int column, int row) const;
+    const RecordList& records() const { return m_chain; }
+    // Replaces the whole chain (a chain file was opened).
+    void setRecords(RecordList chain);
+    void append(const RecordList& records);
+    void removeRecord(int row);
+    // Moves the record at `row` one place up (-1) or down (+1).
+    void moveRecord(int row, int by);
 
+    int rowCount(const QModelIndex& parent = {}) const override;
     int columnCount(const QModelIndex& parent = {}) const override;
     QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
     QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
 
+Q_SIGNALS:
+    // Any change of the chain's content or order.
+    void chainChanged();
+
 private:
-    const RecordList* m_chain;
+    // The numbers shown from `row` on follow a change above them.
+    void renumberFrom(int row);
+
+    RecordList m_chain;
 };
 
-// The add-filter list: the library in its own order, name and author.
-class LibraryListModel final : public RecordTableModel {
+// The add-filter list: owns the library, in its own order, name and author.
+// No rows while the library is absent (not scanned yet).
+class LibraryListModel final : public QAbstractTableModel {
     Q_OBJECT
 public:
     enum Column { adsFilterNameColumn, addFilterAuthorColumn, ColumnCount };
 
-    explicit LibraryListModel(const std::optional<RecordList>* library, QObject* parent = nullptr);
+    explicit LibraryListModel(QObject* parent = nullptr);
 
-    // 0 while the library is absent.
-    int numberOfRowsInTableView() const override;
-    QVariant objectValueForTableColumn(int column, int row) const;
+    const std::optional<RecordList>& library() const { return m_library; }
+    void setLibrary(RecordList library);
+    RecordPtr recordAt(int row) const;
 
+    int rowCount(const QModelIndex& parent = {}) const override;
     int columnCount(const QModelIndex& parent = {}) const override;
     QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
     QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
 
 private:
-    const std::optional<RecordList>* m_library;
+    std::optional<RecordList> m_library;
 };
 
 } // namespace quillon

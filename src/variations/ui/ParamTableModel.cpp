@@ -59,24 +59,31 @@ QString paramTypeText(const Record& param)
 }
 
 ParamTableModel::ParamTableModel(QObject* parent)
-    : RecordTableModel(parent)
+    : QAbstractTableModel(parent)
 {
 }
 
 void ParamTableModel::setParams(RecordListPtr params)
 {
+    beginResetModel();
     m_params = std::move(params);
-    resetRows();
+    endResetModel();
 }
 
-int ParamTableModel::numberOfRowsInTableView() const
+void ParamTableModel::refreshRow(int row)
 {
-    return m_params ? static_cast<int>(m_params->size()) : 0;
+    if (row >= 0 && row < rowCount())
+        Q_EMIT dataChanged(index(row, 0), index(row, ColumnCount - 1));
+}
+
+int ParamTableModel::rowCount(const QModelIndex& parent) const
+{
+    return parent.isValid() || !m_params ? 0 : static_cast<int>(m_params->size());
 }
 
 RecordPtr ParamTableModel::recordAt(int row) const
 {
-    if (row < 0 || row >= numberOfRowsInTableView())
+    if (row < 0 || row >= rowCount())
         return nullptr;
     return (*m_params)[static_cast<size_t>(row)];
 }
@@ -119,7 +126,7 @@ int ParamTableModel::columnCount(const QModelIndex& parent) const
 
 QVariant ParamTableModel::data(const QModelIndex& index, int role) const
 {
-    if (!index.isValid() || !isLiveRow(index.row()))
+    if (!index.isValid() || !checkIndex(index, CheckIndexOption::IndexIsValid))
         return {};
     if (index.column() == filterParamActiveColumn) {
         if (role != Qt::CheckStateRole)
@@ -134,14 +141,14 @@ QVariant ParamTableModel::data(const QModelIndex& index, int role) const
 
 bool ParamTableModel::setData(const QModelIndex& index, const QVariant& value, int role)
 {
-    if (!index.isValid() || role != Qt::CheckStateRole || !isLiveRow(index.row()))
+    if (!index.isValid() || role != Qt::CheckStateRole || !checkIndex(index, CheckIndexOption::IndexIsValid))
         return false;
     return setObjectValue(value, index.column(), index.row());
 }
 
 Qt::ItemFlags ParamTableModel::flags(const QModelIndex& index) const
 {
-    Qt::ItemFlags result = RecordTableModel::flags(index);
+    Qt::ItemFlags result = QAbstractTableModel::flags(index);
     if (index.isValid() && index.column() == filterParamActiveColumn)
         result |= Qt::ItemIsUserCheckable;
     return result;
@@ -161,7 +168,7 @@ QVariant ParamTableModel::headerData(int section, Qt::Orientation orientation, i
             break;
         }
     }
-    return RecordTableModel::headerData(section, orientation, role);
+    return QAbstractTableModel::headerData(section, orientation, role);
 }
 
 } // namespace quillon

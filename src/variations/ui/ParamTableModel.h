@@ -1,13 +1,14 @@
 #pragma once
 
-#include "chain/ui/RecordTableModel.h"
 #include "library/Record.h"
+
+#include <QAbstractTableModel>
 
 namespace quillon {
 
 // The parameter rows of the selected chain filter: the very "Components"
 // list of that record, so an edit here changes the chain.
-class ParamTableModel final : public RecordTableModel {
+class ParamTableModel final : public QAbstractTableModel {
     Q_OBJECT
 public:
     enum Column { filterParamActiveColumn, filterParamNameColumn, filterParamTypeColumn, ColumnCount };
@@ -18,13 +19,16 @@ public:
     void setParams(RecordListPtr params);
     const RecordListPtr& params() const { return m_params; }
 
-    int numberOfRowsInTableView() const override;
+    // The row's texts changed (the editor stored new values).
+    void refreshRow(int row);
+
     // Active: "ACTIVE" as an integer; name and type: their texts.
     QVariant objectValueForTableColumn(int column, int row) const;
     // Only the Active column takes edits: "ACTIVE" becomes 1 when the new
     // state is ticked (Qt::Checked or a true number), else 0.
     bool setObjectValue(const QVariant& value, int column, int row);
 
+    int rowCount(const QModelIndex& parent = {}) const override;
     int columnCount(const QModelIndex& parent = {}) const override;
     QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
     bool setData(const QModelIndex& index, const QVariant& value, int role = Qt::EditRole) override;

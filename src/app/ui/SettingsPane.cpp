@@ -1,0 +1,438 @@
+#include "app/ui/SettingsPane.h"
+
+#include "app/Preferences.h"
+#include "app/ui/DialogSeams.h"
+#include "run/RunSettings.h"
+
+#include "ui_SettingsPane.h"
+
+#include <QFileInfo>
+#include <QSignalBlocker>
+
+#include <algorithm>
+#include <limits>
+
+namespace quillon {
+
+namespace {
+
+const QString kNotSet = QStringLiteral("not set");
+
+int toIntCode(qint64 value)
+{
+    return static_cast<int>(
+        std::clamp<qint64>(value, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()));
+}
+
+// A check box's state as the store and the run keep it: 1 on, 0 off, -1 mixed.
+int stateOf(const QCheckBox* box)
+{
+    switch (box->checkState()) {
+    case Qt::Checked:
+        return 1;
+    case Qt::Unchecked:
+        return 0;
+    default:
+        return -1;
+    }
+}
+
+void setStateOf(QCheckBox* box, qint64 state)
+{
+    if (state < 0) {
+        box->setTristate(true);
+        box->setCheckState(Qt::PartiallyChecked);
+    } else {
+        box->setCheckState(state == 0 ? Qt::Unchecked : Qt::Checked);
+    }
+}
+
+qint64 integerOf(const QVariant& value)
+{
+    return leadingInteger(value.toString()).value_or(0);
+}
+
+} // namespace
+
+SettingsPane::SettingsPane(QWidget* parent)
+    : QWidget(parent)
+    , m_ui(std::make_unique<Ui::SettingsPane>())
+{
+    m_ui->setupUi(this);
+    Ui::SettingsPane& s = *m_ui;
+
+    m_paths = { { s.renderToolPathField, &m_toolPath, pref::TOOL_PATH },
+        { s.filtersPathField, &m_filterPath, pref::FILTERS_PATH },
+        { s.outputDirectoryPathField, &m_outputPath, pref::OUTPUT_DIR },
+        { s.sourcePathField, &m_sourcePath, pref::INPUT_PATH } };
+    m_radios = { { { s.f_pngBitDepth8RB, s.f_pngBitDepth16RB }, &m_pngBitDepth, pref::PNG_BITDEPTH },
+        { { s.f_pngCompressionNoneRB, s.f_pngCompressionFastRB, s.f_pngCompressionBestRB }, &m_pngCompression,
+            pref::PNG_COMPRESSION },
+        { { s.f_tiffBitDepth8RB, s.f_tiffBitDepth16RB, s.f_tiffBitDepth24RB }, &m_tiffBitDepth,
+            pref::TIFF_BITDEPTH },
+        { { s.f_tiffCompressionNoneRB, s.f_tiffCompressionLZWRB, s.f_tiffCompressionDeflateRB },
+            &m_tiffCompression, pref::TIFF_COMPRESSION },
+        { { s.f_tgaBitDepth24RB, s.f_tgaBitDepth32RB }, &m_tgaBitDepth, pref::TGA_BITDEPTH } };
+    m_switches = { { s.antiAliasCB, pref::CB_ANTIALIAS, false }, { s.multithreadCB, pref::CB_MT, false },
+        { s.normalmapFlipCB, pref::CB_NORMALFLIP, false }, { s.ditherCB, pref::CB_DITHER, false },
+        { s.progressiveCB, pref::CB_PROGRESSIVE, false }, { s.cleanupAfterCB, pref::CB_CLEANUP, false },
+        { s.toollogCB, pref::CB_TOOLLOG, false }, { s.f_jpgFullPrecisionCB, pref::JPEG_FULLPRECISION, true },
+        { s.f_pngIncludeTransCB, pref::PNG_INCLUDETRANS, true },
+        { s.f_tiffIncludeTransCB, pref::TIFF_INCLUDETRANS, true },
+        { s.f_tiffFloatFormatCB, pref::TIFF_FLOATFORMAT, true },
+        { s.f_tgaIncludeTransCB, pref::TGA_INCLUDETRANS, true },
+        { s.f_tgaFlipOrderCB, pref::TGA_FLIPORDER, true } };
+    m_texts = { { s.imageWidthField, pref::SET_WIDTH }, { s.imageHeightField, pref::SET_HEIGHT },
+        { s.outputFilenamePrefixField, pref::OUT_PREFIX }, { s.numberOfFramesField, pref::NUM_FRAMES } };
+
+    // Each field is named by its label for screen readers and Alt+letter.
+    const std::pair<QLabel*, QWidget*> buddies[] = { { s.renderToolLabel, s.renderToolPathField },
+        { s.filtersLabel, s.filtersPathField }, { s.outputLabel, s.outputDirectoryPathField },
+        { s.sourceTypeLabel, s.sourceTypePopup }, { s.sourcePathLabel, s.sourcePathField },
+        { s.sizeLabel, s.imageWidthField }, { s.prefixLabel, s.outputFilenamePrefixField },
+        { s.suffixLabel, s.outputFilenameSuffixPopup }, { s.framesLabel, s.numberOfFramesField },
+        { s.maxFramesLabel, s.maxFramesField }, { s.jpegQualityLabel, s.f_jpgQualitySlider } };
+    for (const auto& [label, buddy] : buddies)
+        label->setBuddy(buddy);
+    s.imageWidthField->setAccessibleName(tr("Width"));
+    s.imageHeightField->setAccessibleName(tr("Height"));
+    s.maxFramesField->setAccessibleName(tr("Most frames"));
+    s.f_jpgQualitySlider->setAccessibleName(tr("JPEG quality"));
+    s.f_jpgQualityField->setAccessibleName(tr("JPEG quality value"));
+    s.formatTabControl->setAccessibleName(tr("Output format"));
+
+    connect(s.locateRenderToolButton, &QPushButton::clicked, this, [this] { locateRenderToolWithSender(); });
+    connect(
+        s.locateFiltersButton, &QPushButton::clicked, this, [this] { locateFilterDirectoryWithSender(); });
+    connect(s.locateOutputButton, &QPushButton::clicked, this,
+        [this] { locateCreateOutputDirectoryWithSender(); });
+    connect(s.locateSourceButton, &QPushButton::clicked, this, [this] { locateImagePathWithSender(); });
+    connect(s.clearSourceButton, &QPushButton::clicked, this, [this] { clearImagePathWithSender(); });
+    // activated: the user's choice only, not a selection made from code.
+    connect(s.sourceTypePopup, &QComboBox::activated, this, [this] { changeSourceModeWithSender(); });
+    connect(
+        s.outputFilenameSuffixPopup, &QComboBox::activated, this, [this] { changeOutputSuffixWithSender(); });
+
+    // A typed or pasted path counts as chosen; Start checks it as any other.
+    for (const PathBinding& binding : std::as_const(m_paths)) {
+        connect(binding.field, &QLineEdit::editingFinished, this, [this, binding] {
+            const QString typed = binding.field->text().trimmed();
+            if (typed != *binding.value && typed != kNotSet)
+                choosePath(binding, typed);
+        });
+    }
+    for (const SwitchBinding& binding : std::as_const(m_switches))
+        connect(binding.box, &QCheckBox::clicked, this, [this, binding] { switchClick(binding); });
+    for (const auto& text : std::as_const(m_texts))
+        connect(text.first, &QLineEdit::editingFinished, this, [this] { settingsSaverWithSender(); });
+    for (const RadioBinding& binding : std::as_const(m_radios)) {
+        for (QRadioButton* radio : binding.group)
+            connect(
+                radio, &QRadioButton::clicked, this, [this, radio, binding] { radioClick(radio, binding); });
+    }
+
+    connect(s.f_jpgQualitySlider, &QSlider::valueChanged, this, [this] { jpegQualityChangeWithSender(); });
+    connect(s.f_jpgQualityField, &QLineEdit::editingFinished, this,
+        [this] { jpegQualityTextChangeWithSender(); });
+    connect(s.formatTabControl, &QTabWidget::currentChanged, this, &SettingsPane::formatTabDidSelectItem);
+}
+
+SettingsPane::~SettingsPane() = default;
+
+Preferences& SettingsPane::prefs() const
+{
+    return m_prefs();
+}
+
+void SettingsPane::restore()
+{
+    Preferences& p = prefs();
+    Ui::SettingsPane& s = *m_ui;
+
+    for (const PathBinding& binding : std::as_const(m_paths)) {
+        // The input is chosen anew after each start (the source type shows "not set").
+        if (binding.key == pref::INPUT_PATH)
+            continue;
+        *binding.value = p.value(binding.key).toString();
+        binding.field->setText(*binding.value);
+    }
+    Q_EMIT filterPathChanged(m_filterPath);
+
+    const QString mode = p.value(pref::INPUT_MODE).toString();
+    if (mode == QLatin1String("IMAGE"))
+        s.sourceTypePopup->setCurrentIndex(static_cast<int>(InputMode::File));
+    else if (mode == QLatin1String("DIR"))
+        s.sourceTypePopup->setCurrentIndex(static_cast<int>(InputMode::Directory));
+
+    for (const auto& [field, key] : std::as_const(m_texts))
+        field->setText(p.value(key).toString());
+    const qint64 suffix = integerOf(p.value(pref::OUTPUT_SUFFIX));
+    if (suffix >= 0 && suffix < s.outputFilenameSuffixPopup->count())
+        s.outputFilenameSuffixPopup->setCurrentIndex(static_cast<int>(suffix));
+
+    for (const SwitchBinding& binding : std::as_const(m_switches)) {
+        const qint64 state = integerOf(p.value(binding.key));
+        if (binding.keepsMixed)
+            setStateOf(binding.box, state);
+        else
+            binding.box->setChecked(state == 1);
+    }
+
+    changeSourceModeWithSender();
+    changeOutputSuffixWithSender();
+
+    const QString format = p.value(pref::EXPORT_FORMAT).toString();
+    for (int i = 0; i < s.formatTabControl->count(); ++i) {
+        if (s.formatTabControl->widget(i)->property("identifier").toString() == format) {
+            s.formatTabControl->setCurrentIndex(i);
+            break;
+        }
+    }
+
+    for (const RadioBinding& binding : std::as_const(m_radios)) {
+        *binding.code = toIntCode(integerOf(p.value(binding.key)));
+        // A code no button carries leaves the whole group off.
+        for (QRadioButton* radio : binding.group)
+            radio->setChecked(radio->property("tag").toLongLong() == *binding.code);
+    }
+
+    {
+        const QSignalBlocker blocker(s.f_jpgQualitySlider);
+        s.f_jpgQualitySlider->setValue(toIntCode(integerOf(p.value(pref::JPEG_QUALITY))));
+    }
+    s.f_jpgQualityField->setText(QString::number(s.f_jpgQualitySlider->value()));
+    p.sync();
+}
+
+void SettingsPane::settingsSaverWithSender(QObject* /*sender*/)
+{
+    Preferences& p = prefs();
+    for (const SwitchBinding& binding : std::as_const(m_switches)) {
+        if (!binding.keepsMixed)
+            p.set(binding.key, binding.box->isChecked() ? 1 : 0);
+    }
+    for (const auto& [field, key] : std::as_const(m_texts))
+        p.set(key, field->text());
+    p.sync();
+}
+
+// ---- Paths ----
+
+void SettingsPane::choosePath(const PathBinding& binding, const QString& path)
+{
+    prefs().set(binding.key, path);
+    *binding.value = path;
+    binding.field->setText(path);
+    prefs().sync();
+    if (binding.key == pref::FILTERS_PATH)
+        Q_EMIT filterPathChanged(path);
+}
+
+void SettingsPane::locate(const PathBinding& binding, const QString& prompt, const QString& message,
+    bool files, bool directories, bool create)
+{
+    FileDialogRequest request;
+    request.canChooseFiles = files;
+    request.canChooseDirectories = directories;
+    request.canCreateDirectories = create;
+    request.prompt = prompt;
+    request.message = message;
+    FileDialogs::instance().open(
+        window(), request, [this, binding](const QString& path) { choosePath(binding, path); });
+    prefs().sync();
+}
+
+void SettingsPane::locateRenderToolWithSender(QObject* /*sender*/)
+{
+    locate(m_paths[0], QStringLiteral("Locate it"),
+        QStringLiteral("Quillon needs you to locate to FilterForge Batch tool"), true, false, false);
+}
+
+void SettingsPane::locateFilterDirectoryWithSender(QObject* /*sender*/)
+{
+    locate(m_paths[1], QStringLiteral("Locate it"),
+        QStringLiteral("Quillon needs you to locate the Filters directory"), false, true, false);
+}
+
+void SettingsPane::locateCreateOutputDirectoryWithSender(QObject* /*sender*/)
+{
+    locate(m_paths[2], QStringLiteral("This one"),
+        QStringLiteral("Quillon needs you to locate or create the output directory"), false, true, true);
+}
+
+void SettingsPane::locateImagePathWithSender(QObject* /*sender*/)
+{
+    switch (static_cast<InputMode>(m_ui->sourceTypePopup->currentIndex())) {
+    case InputMode::File:
+        locate(m_paths[3], QStringLiteral("This one"),
+            QStringLiteral("Quillon needs you to locate an input image"), true, false, false);
+        break;
+    case InputMode::Directory:
+        locate(m_paths[3], QStringLiteral("This one"),
+            QStringLiteral("Quillon needs you to locate an input directory"), false, true, false);
+        break;
+    default: {
+        // No message, and the dialog's own choices.
+        const FileDialogRequest defaults;
+        locate(m_paths[3], QStringLiteral("This one"), QString(), defaults.canChooseFiles,
+            defaults.canChooseDirectories, false);
+        break;
+    }
+    }
+}
+
+void SettingsPane::clearImagePathWithSender(QObject* /*sender*/)
+{
+    m_sourcePath.clear();
+    m_ui->sourcePathField->setText(QString());
+}
+
+void SettingsPane::selectSourceMode(int mode)
+{
+    if (mode < 0 || mode >= m_ui->sourceTypePopup->count())
+        return;
+    m_ui->sourceTypePopup->setCurrentIndex(mode);
+    changeSourceModeWithSender();
+}
+
+void SettingsPane::setSource(const QString& path)
+{
+    selectSourceMode(static_cast<int>(QFileInfo(path).isDir() ? InputMode::Directory : InputMode::File));
+    choosePath(m_paths[3], path);
+}
+
+// ---- Source type and frame suffix ----
+
+void SettingsPane::changeSourceModeWithSender(QObject* /*sender*/)
+{
+    Ui::SettingsPane& s = *m_ui;
+    const auto mode = static_cast<InputMode>(s.sourceTypePopup->currentIndex());
+    const bool hasInput = mode != InputMode::None;
+    s.imageWidthField->setEnabled(!hasInput);
+    s.imageHeightField->setEnabled(!hasInput);
+    s.sourcePathField->setVisible(hasInput);
+    s.clearSourceButton->setVisible(hasInput);
+    s.locateSourceButton->setVisible(hasInput);
+    s.sourcePathLabel->setVisible(hasInput);
+    if (mode == InputMode::File)
+        prefs().set(pref::INPUT_MODE, QStringLiteral("IMAGE"));
+    else if (mode == InputMode::Directory)
+        prefs().set(pref::INPUT_MODE, QStringLiteral("DIR"));
+
+    m_sourcePath.clear();
+    s.sourcePathField->setText(kNotSet);
+    prefs().sync();
+}
+
+void SettingsPane::changeOutputSuffixWithSender(QObject* /*sender*/)
+{
+    Ui::SettingsPane& s = *m_ui;
+    const int style = s.outputFilenameSuffixPopup->currentIndex();
+    prefs().set(pref::OUTPUT_SUFFIX, QString::number(style));
+    switch (static_cast<FrameStyle>(style)) {
+    case FrameStyle::Plain:
+        m_frameMaxValue = 999;
+        break;
+    case FrameStyle::FourDigit:
+        m_frameMaxValue = 9999;
+        break;
+    case FrameStyle::Letter:
+        m_frameMaxValue = 25; // the letters a to y
+        break;
+    }
+    s.maxFramesField->setText(QString::number(m_frameMaxValue));
+    if (leadingInteger(s.numberOfFramesField->text()).value_or(0) > m_frameMaxValue)
+        s.numberOfFramesField->setText(QString::number(m_frameMaxValue));
+    prefs().sync();
+}
+
+// ---- Output format ----
+
+void SettingsPane::radioClick(QRadioButton* clicked, const RadioBinding& binding)
+{
+    *binding.code = toIntCode(clicked->property("tag").toLongLong());
+    prefs().set(binding.key, *binding.code);
+    for (QRadioButton* radio : binding.group)
+        radio->setChecked(radio == clicked);
+    prefs().sync();
+}
+
+void SettingsPane::switchClick(const SwitchBinding& binding)
+{
+    if (!binding.keepsMixed) {
+        settingsSaverWithSender(binding.box);
+        return;
+    }
+    prefs().set(binding.key, stateOf(binding.box));
+    prefs().sync();
+}
+
+void SettingsPane::jpegQualityChangeWithSender(QObject* /*sender*/)
+{
+    const int quality = m_ui->f_jpgQualitySlider->value();
+    prefs().set(pref::JPEG_QUALITY, quality);
+    m_ui->f_jpgQualityField->setText(QString::number(quality));
+}
+
+void SettingsPane::jpegQualityTextChangeWithSender(QObject* /*sender*/)
+{
+    // The field keeps what was typed; the slider shows it within its range.
+    const qint64 quality = leadingInteger(m_ui->f_jpgQualityField->text()).value_or(0);
+    prefs().set(pref::JPEG_QUALITY, quality);
+    const QSignalBlocker blocker(m_ui->f_jpgQualitySlider);
+    m_ui->f_jpgQualitySlider->setValue(toIntCode(quality));
+}
+
+QString SettingsPane::selectedFormatIdentifier() const
+{
+    const QWidget* page = m_ui->formatTabControl->currentWidget();
+    return page ? page->property("identifier").toString() : QString();
+}
+
+void SettingsPane::formatTabDidSelectItem(int /*index*/)
+{
+    prefs().set(pref::EXPORT_FORMAT, selectedFormatIdentifier());
+}
+
+// ---- The run ----
+
+RunSettings SettingsPane::runSettings() const
+{
+    const Ui::SettingsPane& s = *m_ui;
+    RunSettings settings;
+    settings.toolPath = m_toolPath;
+    settings.outputPath = m_outputPath;
+    settings.sourcePath = m_sourcePath;
+    settings.inputMode = static_cast<InputMode>(std::clamp(s.sourceTypePopup->currentIndex(), 0, 2));
+    settings.outputPrefix = s.outputFilenamePrefixField->text();
+    settings.nameStyle
+        = static_cast<FrameStyle>(std::clamp(s.outputFilenameSuffixPopup->currentIndex(), 0, 2));
+    settings.frameCountText = s.numberOfFramesField->text();
+    settings.widthText = s.imageWidthField->text();
+    settings.heightText = s.imageHeightField->text();
+
+    settings.antiAlias = stateOf(s.antiAliasCB);
+    settings.multithread = stateOf(s.multithreadCB);
+    settings.normalmapFlip = stateOf(s.normalmapFlipCB);
+    settings.dither = stateOf(s.ditherCB);
+    settings.progressive = stateOf(s.progressiveCB);
+    settings.toolLog = stateOf(s.toollogCB);
+    settings.cleanup = stateOf(s.cleanupAfterCB);
+
+    settings.format = selectedFormatIdentifier();
+    settings.jpegQualityText = s.f_jpgQualityField->text();
+    settings.jpegFullPrecision = stateOf(s.f_jpgFullPrecisionCB);
+    settings.pngIncludeTrans = stateOf(s.f_pngIncludeTransCB);
+    settings.tiffIncludeTrans = stateOf(s.f_tiffIncludeTransCB);
+    settings.tiffFloatFormat = stateOf(s.f_tiffFloatFormatCB);
+    settings.tgaIncludeTrans = stateOf(s.f_tgaIncludeTransCB);
+    settings.tgaFlipOrder = stateOf(s.f_tgaFlipOrderCB);
+    settings.pngBitDepth = m_pngBitDepth;
+    settings.pngCompression = m_pngCompression;
+    settings.tiffBitDepth = m_tiffBitDepth;
+    settings.tiffCompression = m_tiffCompression;
+    settings.tgaBitDepth = m_tgaBitDepth;
+    return settings;
+}
+
+} // namespace quillon
