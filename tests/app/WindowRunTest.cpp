@@ -4,6 +4,7 @@
 #include "batch/BatchController.h"
 #include "support/BatchFixtures.h"
 
+#include <QAction>
 #include <QDir>
 #include <QFile>
 #include <QLabel>
@@ -12,6 +13,7 @@
 #include <QSignalSpy>
 #include <QStatusBar>
 #include <QTableView>
+#include <QTableWidget>
 #include <QTimer>
 
 #include <functional>
@@ -225,6 +227,46 @@ TEST_F(WindowRunTest, QuittingDuringARunAsksFirstAndAbortsTheRun)
     EXPECT_TRUE(delegate().window()->close());
     QTRY_COMPARE_WITH_TIMEOUT(finished.count(), 1, kRunTimeoutMs);
     EXPECT_TRUE(finished.first().first().toBool());
+}
+
+TEST_F(WindowRunTest, ImagesAreCountedAsTheyComeAndExistingOutputsAreAskedAbout)
+{
+    BatchEnvGuard delay("QUILLON_STANDIN_DELAY_MS", "150");
+    buildChain(1);
+    prepareRunWithoutInput(QStringLiteral("3"));
+    QSignalSpy finished(delegate().batchController(), &BatchController::runFinished);
+    ProgressSheet* sheet = delegate().progressSheet();
+
+    // The plan first: three outputs, nothing written.
+    delegate().window()->findChild<QAction*>(QStringLiteral("actionPreviewRun"))->trigger();
+    auto* preview = delegate().window()->findChild<QTableWidget*>(QStringLiteral("planPreviewTable"));
+    ASSERT_NE(preview, nullptr);
+    EXPECT_EQ(preview->rowCount(), 3);
+    EXPECT_EQ(preview->item(2, 0)->text(), QStringLiteral("NX_win-3.png"));
+    preview->window()->close();
+    EXPECT_TRUE(QDir(outputDir()).isEmpty());
+
+    // One tool run renders all three frames; the bar counts each image.
+    widget<QPushButton>("startButton")->click();
+    QTRY_VERIFY_WITH_TIMEOUT(sheet->imagesShown() >= 1 && finished.isEmpty(), kRunTimeoutMs);
+    EXPECT_EQ(sheet->toolRunsStarted(), 1);
+    QTRY_COMPARE_WITH_TIMEOUT(finished.count(), 1, kRunTimeoutMs);
+    EXPECT_EQ(sheet->imagesShown(), 3);
+    ASSERT_FALSE(alerts().isEmpty());
+    EXPECT_TRUE(alerts().last().startsWith(QStringLiteral("3 written, 0 missing, 0 not run")))
+        << alerts().last().toStdString();
+
+    // The outputs exist now: Cancel starts nothing, Skip renders nothing.
+    MessageBoxes::instance().setNextExistingAnswer(ExistingOutputs::Cancel);
+    widget<QPushButton>("startButton")->click();
+    EXPECT_TRUE(alerts().last().startsWith(QStringLiteral("3 of the planned outputs exist already")));
+    EXPECT_FALSE(sheet->isVisible());
+    MessageBoxes::instance().setNextExistingAnswer(ExistingOutputs::Skip);
+    widget<QPushButton>("startButton")->click();
+    QTRY_COMPARE_WITH_TIMEOUT(finished.count(), 2, kRunTimeoutMs);
+    EXPECT_TRUE(alerts().last().startsWith(QStringLiteral("0 written, 0 missing, 3 not run")))
+        << alerts().last().toStdString();
+    MessageBoxes::instance().setNextExistingAnswer(ExistingOutputs::Replace);
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 #include "app/Preferences.h"
 #include "app/ui/DialogSeams.h"
 #include "app/ui/MainWindow.h"
+#include "app/ui/PlanPreview.h"
 #include "app/ui/ProgressSheet.h"
 #include "app/ui/SettingsPane.h"
 #include "app/ui/WindowBatchDisplay.h"
@@ -33,6 +34,10 @@ AppDelegate::AppDelegate(QObject* parent)
         m_progressSheet, [this](const QString& message) { showApplicationErrorAlertWithMessage(message); },
         [this](const QString& status) { m_window->statusBar()->showMessage(status); });
     m_batch = std::make_unique<BatchController>(m_batchDisplay.get());
+    m_batchDisplay->setResultsSource([this] {
+        return WindowBatchDisplay::Results { m_batch->outcomeLine(), m_batch->outcome().missing,
+            m_batch->runSettings().outputPath };
+    });
 
     settingsPane()->setPreferencesSource([this]() -> Preferences& { return preferences(); });
     m_window->setLayoutStore([this]() -> Preferences& { return preferences(); });
@@ -41,6 +46,7 @@ AppDelegate::AppDelegate(QObject* parent)
     Ui::MainWindow& ui = *m_window->ui();
     connect(ui.startButton, &QPushButton::clicked, this, [this] { startBatchWithSender(); });
     connect(m_progressSheet, &ProgressSheet::abortRequested, this, [this] { abortProcessWithSender(); });
+    connect(ui.actionPreviewRun, &QAction::triggered, this, [this] { previewRunWithSender(); });
     connect(ui.actionResetPreferences, &QAction::triggered, this, [this] { resetPreferencesWithSender(); });
     connect(ui.actionHelp, &QAction::triggered, this, [this] { showHelpWithSender(); });
     connect(ui.actionDonate, &QAction::triggered, this, [this] { ppDonationWithSender(); });
@@ -171,6 +177,15 @@ void AppDelegate::startBatchWithSender(QObject* /*sender*/)
     // The last run's outcome does not describe this one.
     m_window->statusBar()->clearMessage();
     m_batch->startBatchWithSender(chain(), captureRunSettings());
+}
+
+void AppDelegate::previewRunWithSender(QObject* /*sender*/)
+{
+    // The same checks and plan as Start; a failed check shows its alert.
+    RunPlan plan;
+    if (!m_batch->planBatch(chain(), captureRunSettings(), &plan))
+        return;
+    (new PlanPreview(plan, m_window.get()))->open();
 }
 
 void AppDelegate::abortProcessWithSender(QObject* /*sender*/)

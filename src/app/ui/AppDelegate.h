@@ -85,6 +85,8 @@ public Q_SLOTS:
 
     void startBatchWithSender(QObject* sender = nullptr);
     void abortProcessWithSender(QObject* sender = nullptr);
+    // Shows the plan of a run (every output and its values) in a sheet.
+    void previewRunWithSender(QObject* sender = nullptr);
 
     void showHelpWithSender(QObject* sender = nullptr);
     void ppDonationWithSender(QObject* sender = nullptr);

@@ -1,8 +1,11 @@
 #include "app/ui/DialogSeams.h"
 
 #include <QApplication>
+#include <QDesktopServices>
 #include <QFileDialog>
 #include <QMessageBox>
+#include <QPushButton>
+#include <QUrl>
 
 namespace quillon {
 
@@ -103,6 +106,47 @@ void MessageBoxes::showInformation(QWidget* parent, const QString& title, const 
         return;
     }
     QMessageBox::about(parent, title, text);
+}
+
+ExistingOutputs MessageBoxes::askExistingOutputs(QWidget* parent, const QString& text)
+{
+    if (m_recording) {
+        m_shown.append(text);
+        return m_nextExisting;
+    }
+    QMessageBox box(parent);
+    box.setIcon(QMessageBox::Question);
+    box.setText(text);
+    QPushButton* replace = box.addButton(QObject::tr("Replace"), QMessageBox::DestructiveRole);
+    QPushButton* skip = box.addButton(QObject::tr("Skip Existing"), QMessageBox::AcceptRole);
+    QPushButton* cancel = box.addButton(QMessageBox::Cancel);
+    box.setDefaultButton(skip);
+    box.exec();
+    if (box.clickedButton() == replace)
+        return ExistingOutputs::Replace;
+    if (box.clickedButton() == skip)
+        return ExistingOutputs::Skip;
+    (void)cancel;
+    return ExistingOutputs::Cancel;
+}
+
+void MessageBoxes::showResults(
+    QWidget* parent, const QString& text, const QString& details, const QString& folder)
+{
+    if (m_recording) {
+        m_shown.append(text);
+        return;
+    }
+    QMessageBox box(parent);
+    box.setIcon(QMessageBox::Information);
+    box.setText(text);
+    if (!details.isEmpty())
+        box.setDetailedText(details);
+    QPushButton* open = box.addButton(QObject::tr("Open Output Folder"), QMessageBox::ActionRole);
+    box.addButton(QMessageBox::Ok);
+    box.exec();
+    if (box.clickedButton() == open)
+        QDesktopServices::openUrl(QUrl::fromLocalFile(folder));
 }
 
 } // namespace quillon

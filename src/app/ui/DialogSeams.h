@@ -1,5 +1,7 @@
 #pragma once
 
+#include "batch/BatchDisplay.h"
+
 #include <QString>
 #include <QStringList>
 
@@ -63,6 +65,7 @@ public:
         m_shown.clear();
         m_beeps = 0;
         m_nextAnswer = false;
+        m_nextExisting = ExistingOutputs::Replace;
     }
     // System beeps sounded while recording.
     int beeps() const { return m_beeps; }
@@ -79,11 +82,20 @@ public:
     // An information box (About); kept with the alerts while recording.
     void showInformation(QWidget* parent, const QString& title, const QString& text);
 
+    // Planned outputs exist already: Replace, Skip Existing or Cancel.
+    // While recording it is kept and answered with the answer set in advance.
+    ExistingOutputs askExistingOutputs(QWidget* parent, const QString& text);
+    void setNextExistingAnswer(ExistingOutputs answer) { m_nextExisting = answer; }
+    // How a run ended, with a button that opens the output folder; kept with
+    // the alerts while recording.
+    void showResults(QWidget* parent, const QString& text, const QString& details, const QString& folder);
+
 private:
     MessageBoxes() = default;
 
     bool m_recording = false;
     bool m_nextAnswer = false;
+    ExistingOutputs m_nextExisting = ExistingOutputs::Replace;
     QStringList m_shown;
     int m_beeps = 0;
 };

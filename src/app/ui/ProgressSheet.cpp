@@ -1,5 +1,8 @@
 #include "app/ui/ProgressSheet.h"
 
+#include <QLabel>
+#include <climits>
+
 #include "ui_ProgressSheet.h"
 
 #include <QTimer>
@@ -83,6 +86,10 @@ void ProgressSheet::beginRun(int plannedRuns)
     m_ui->prStepField->clear();
     m_finished = false;
     m_shownFrame = -1;
+    m_imagesDone = 0;
+    m_imagesTotal = 0;
+    if (m_timeLeft)
+        m_timeLeft->clear();
     updateBar();
     m_clock.start();
     updateClock();
@@ -100,6 +107,26 @@ void ProgressSheet::endRun()
     updateClock();
     if (isVisible())
         done(QDialog::Accepted);
+}
+
+void ProgressSheet::showImageProgress(qint64 done, qint64 total, qint64 leftMs)
+{
+    m_imagesDone = done;
+    m_imagesTotal = total;
+    if (!m_timeLeft) {
+        m_timeLeft = new QLabel(this);
+        m_timeLeft->setObjectName(QStringLiteral("prTimeLeft"));
+        m_ui->progressLayout->insertWidget(
+            m_ui->progressLayout->indexOf(m_ui->prRunProgress) + 1, m_timeLeft);
+    }
+    if (leftMs >= 0 && done < total) {
+        const qint64 seconds = leftMs / 1000;
+        m_timeLeft->setText(
+            tr("About %1:%2 left").arg(seconds / 60).arg(seconds % 60, 2, 10, QLatin1Char('0')));
+    } else {
+        m_timeLeft->clear();
+    }
+    updateBar();
 }
 
 void ProgressSheet::finishRun()
@@ -160,6 +187,13 @@ void ProgressSheet::reject()
 
 void ProgressSheet::updateBar()
 {
+    if (m_imagesTotal > 0) {
+        m_ui->prRunProgress->setFormat(tr("%v of %m images"));
+        m_ui->prRunProgress->setMaximum(static_cast<int>(std::min<qint64>(m_imagesTotal, INT_MAX)));
+        m_ui->prRunProgress->setValue(static_cast<int>(std::min(m_imagesDone, m_imagesTotal)));
+        return;
+    }
+    m_ui->prRunProgress->setFormat(tr("%v of %m tool runs"));
     // While a tool run is going, the runs before it are done.
     const int done = m_finished ? m_started : std::max(0, m_started - 1);
     const int maximum = std::max({ 1, m_planned, m_started });

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <memory>
 
+class QLabel;
 class QTimer;
 
 namespace Ui {
@@ -55,6 +56,10 @@ public:
     void showSourceInfo(const QString& source);
     void showRenderInfo(const QString& info);
     void showAnimationFrame(int frame);
+    // Progress in images: from the first one on, the bar counts images and
+    // a line says about how long is left (once the rate is known).
+    void showImageProgress(qint64 done, qint64 total, qint64 leftMs);
+    int imagesShown() const { return static_cast<int>(m_imagesDone); }
 
     int toolRunsStarted() const { return m_started; }
     int toolRunsPlanned() const { return m_planned; }
@@ -89,6 +94,9 @@ private:
     int m_steps = 0;
     bool m_finished = false;
     int m_shownFrame = -1;
+    qint64 m_imagesDone = 0;
+    qint64 m_imagesTotal = 0;
+    QLabel* m_timeLeft = nullptr;
 };
 
 } // namespace quillon

@@ -2,6 +2,7 @@
 
 #include "app/ui/DialogSeams.h"
 #include "app/ui/ProgressSheet.h"
+#include "batch/PlanChecks.h"
 
 #include <algorithm>
 
@@ -80,12 +81,42 @@ QString WindowBatchDisplay::tailForDisplay(const QString& info)
 void WindowBatchDisplay::runFinished(bool aborted)
 {
     m_sheet->finishRun();
-    if (!m_showStatus)
-        return;
-    QString status = aborted ? QStringLiteral("Run aborted.") : QStringLiteral("Run finished.");
-    if (aborted && !m_reportedAfterClose.isEmpty())
-        status += QLatin1Char(' ') + m_reportedAfterClose.left(kShownCharacters);
-    m_showStatus(status);
+    if (m_showStatus) {
+        QString status = aborted ? QStringLiteral("Run aborted.") : QStringLiteral("Run finished.");
+        if (aborted && !m_reportedAfterClose.isEmpty())
+            status += QLatin1Char(' ') + m_reportedAfterClose.left(kShownCharacters);
+        m_showStatus(status);
+    }
+    if (m_results) {
+        const Results results = m_results();
+        QString details;
+        if (!results.missing.isEmpty())
+            details = QStringLiteral("Missing:\n") + results.missing.join(QLatin1Char('\n'));
+        MessageBoxes::instance().showResults(
+            m_sheet->parentWidget(), results.summary, details, results.folder);
+    }
+}
+
+ExistingOutputs WindowBatchDisplay::askExistingOutputs(const QStringList& paths)
+{
+    return MessageBoxes::instance().askExistingOutputs(m_sheet->parentWidget(),
+        QStringLiteral("%1 of the planned outputs exist already (%2). Replace them, or skip their tasks?")
+            .arg(paths.size())
+            .arg(nameSome(paths)));
+}
+
+bool WindowBatchDisplay::confirmWarning(const QString& message)
+{
+    return MessageBoxes::instance().confirm(
+        m_sheet->parentWidget(), message + QStringLiteral(" Start anyway?"));
+}
+
+void WindowBatchDisplay::showImageProgress(
+    qint64 done, qint64 total, qint64 elapsedMs, qint64 leftMs, const QString& latest)
+{
+    (void)elapsedMs;
+    (void)latest;
+    m_sheet->showImageProgress(done, total, leftMs);
 }
 
 void WindowBatchDisplay::beep()

@@ -29,6 +29,19 @@ public:
     // would hold the window up for a quarter of a second per report.
     void showRenderInfo(const QString& info) override;
     void runFinished(bool aborted) override;
+    ExistingOutputs askExistingOutputs(const QStringList& paths) override;
+    bool confirmWarning(const QString& message) override;
+    void showImageProgress(
+        qint64 done, qint64 total, qint64 elapsedMs, qint64 leftMs, const QString& latest) override;
+
+    // What the run made, for the results shown when it ends: the closing
+    // count, the outputs that are missing and the output folder.
+    struct Results {
+        QString summary;
+        QStringList missing;
+        QString folder;
+    };
+    void setResultsSource(std::function<Results()> source) { m_results = std::move(source); }
     void beep() override;
 
     // What showRenderInfo puts on the sheet.
@@ -40,6 +53,7 @@ private:
     ProgressSheet* m_sheet;
     std::function<void(const QString&)> m_showAlert;
     std::function<void(const QString&)> m_showStatus;
+    std::function<Results()> m_results;
     bool m_sheetOpen = false;
     QString m_reportedAfterClose;
 };

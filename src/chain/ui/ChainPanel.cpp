@@ -279,8 +279,11 @@ void ChainPanel::addFilterToListWithSender(QObject* /*sender*/)
         if (!record)
             continue;
         if (!loadXMLInfoWithFilterdata(record)) {
-            unreadable.append(
-                QStringLiteral("%1 (%2)").arg(record->string(key::name), record->string(key::path)));
+            const QString path = record->string(key::path);
+            const QString why = definitionProblem(path);
+            unreadable.append(QStringLiteral("%1 (%2: %3)")
+                                  .arg(record->string(key::name), path,
+                                      why.isEmpty() ? QStringLiteral("it cannot be read") : why));
             continue;
         }
         added.push_back(record);

@@ -1,0 +1,72 @@
+#include "app/ui/PlanPreview.h"
+
+#include <QDialogButtonBox>
+#include <QFileInfo>
+#include <QHeaderView>
+#include <QLabel>
+#include <QTableWidget>
+#include <QVBoxLayout>
+
+namespace quillon {
+
+namespace {
+
+QString valuesText(const QStringList& names, const QList<QVariant>& values)
+{
+    QStringList parts;
+    for (qsizetype i = 0; i < values.size() && i < names.size(); ++i) {
+        const QVariant& value = values.at(i);
+        if (!value.isValid())
+            continue;
+        const QString text = value.typeId() == QMetaType::Double
+            ? QString::asprintf("%0.3f", value.toDouble())
+            : value.toString();
+        parts.append(QStringLiteral("%1=%2").arg(names.at(i), text));
+    }
+    return parts.join(QStringLiteral(", "));
+}
+
+} // namespace
+
+PlanPreview::PlanPreview(const RunPlan& plan, QWidget* parent)
+    : QDialog(parent)
+{
+    setObjectName(QStringLiteral("planPreviewSheet"));
+    setWindowTitle(tr("Preview Run"));
+    setWindowModality(Qt::WindowModal);
+    setAttribute(Qt::WA_DeleteOnClose);
+
+    m_table = new QTableWidget(static_cast<int>(plan.outputCount()), 4, this);
+    m_table->setObjectName(QStringLiteral("planPreviewTable"));
+    m_table->setHorizontalHeaderLabels({ tr("Output"), tr("Input"), tr("Step"), tr("Values") });
+    m_table->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    m_table->horizontalHeader()->setStretchLastSection(true);
+    int row = 0;
+    for (const PlannedToolRun& run : plan.toolRuns) {
+        QList<QVariant> values;
+        for (const PlannedTask& task : run.tasks) {
+            if (task.carriesValues)
+                values = task.values;
+            const QString input = run.input.isEmpty() ? tr("<no source>") : QFileInfo(run.input).fileName();
+            const QStringList cells { QFileInfo(task.resultPath).fileName(), input,
+                QString::number(run.step + 1), valuesText(plan.stepParameters.value(run.step), values) };
+            for (int column = 0; column < cells.size(); ++column)
+                m_table->setItem(row, column, new QTableWidgetItem(cells.at(column)));
+            ++row;
+        }
+    }
+    m_table->resizeColumnsToContents();
+
+    auto* summary
+        = new QLabel(tr("%1 tool runs, %2 outputs").arg(plan.toolRunCount()).arg(plan.outputCount()), this);
+    summary->setObjectName(QStringLiteral("planPreviewSummary"));
+    auto* buttons = new QDialogButtonBox(QDialogButtonBox::Close, this);
+    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+    auto* layout = new QVBoxLayout(this);
+    layout->addWidget(m_table);
+    layout->addWidget(summary);
+    layout->addWidget(buttons);
+    resize(760, 420);
+}
+
+} // namespace quillon
