@@ -5,7 +5,9 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QStandardPaths>
+#include <QThread>
 
+#include <algorithm>
 #include <limits>
 #include <optional>
 #include <utility>
@@ -144,6 +146,9 @@ void addOptions(QCommandLineParser& parser)
         if (QLatin1String(entry.name) != QLatin1String("frame-style"))
             valued(entry.name, "VALUE", qPrintable(entry.choices.join(QLatin1Char('|'))));
     }
+    valued("jobs", "N",
+        "Render tool processes at once (default 1): the inputs of a step are spread over N slots; 0 uses one "
+        "per core.");
     flag("quiet", "Print only problems and the closing count of outputs.");
     flag("verbose", "Also print the plan of the run, one line per output.");
     valued("report", "FILE", "Write the run report (every output with its status and values) as JSON.");
@@ -153,10 +158,10 @@ void addOptions(QCommandLineParser& parser)
         "Planned outputs that exist already: overwrite (default, counted at the end), skip their tasks, or "
         "stop before the run.");
     valued("save-chain", "FILE", "Write the chain (with its advanced values) to FILE after the run.");
-    parser.addOption(QCommandLineOption({ QStringLiteral("h"), QStringLiteral("help") },
-        QStringLiteral("Show this help.")));
-    parser.addOption(QCommandLineOption({ QStringLiteral("V"), QStringLiteral("version") },
-        QStringLiteral("Show the version.")));
+    parser.addOption(QCommandLineOption(
+        { QStringLiteral("h"), QStringLiteral("help") }, QStringLiteral("Show this help.")));
+    parser.addOption(QCommandLineOption(
+        { QStringLiteral("V"), QStringLiteral("version") }, QStringLiteral("Show the version.")));
 }
 
 QString synopsis()
@@ -273,6 +278,12 @@ CliParseResult parseCliArguments(const QStringList& arguments, CliOptions* optio
         settings.jpegQualityText = value("jpeg-quality").trimmed();
     if (isSet("prefix"))
         settings.outputPrefix = value("prefix");
+    if (isSet("jobs")) {
+        const auto jobs = wholeNumber(value("jobs"));
+        if (!jobs || *jobs < 0 || *jobs > 1024)
+            return usageError(error, QStringLiteral("--jobs needs a number of processes from 0 to 1024"));
+        settings.toolJobs = *jobs == 0 ? std::max(1, QThread::idealThreadCount()) : static_cast<int>(*jobs);
+    }
     result.dryRun = isSet("dry-run");
     result.quiet = isSet("quiet");
     result.verbose = isSet("verbose");

@@ -14,6 +14,7 @@
 #include <QEventLoop>
 #include <QFileInfo>
 #include <QMetaObject>
+#include <QMutexLocker>
 #include <QThread>
 #include <QTimer>
 
@@ -30,7 +31,6 @@ const QString BatchController::kLogFileName = QStringLiteral("qlrn_logfile.txt")
 const QString BatchController::kLogTitle = QStringLiteral("Quillon log");
 
 namespace {
-
 
 // The canonical form of a path whose last component may not exist (or may
 // be a link that must not be followed): the parent resolved, the name kept.
@@ -349,134 +349,6 @@ QString BatchController::inputBaseName(const QString& path)
     return pieces.size() == 2 ? pieces.first() : last;
 }
 
-void BatchController::buildLaunchQueue()
-{
-    const QStringList inputs = std::exchange(m_inputs, QStringList());
-    m_originalInputs.clear();
-    for (const QString& path : inputs + QStringList { m_settings.sourcePath }) {
-        if (path.isEmpty())
-            continue;
-        m_originalInputs.insert(absolutePath(path));
-        const QString resolved = QFileInfo(path).canonicalFilePath();
-        if (!resolved.isEmpty())
-            m_originalInputs.insert(resolved);
-    }
-
-    QStringList baseNames;
-    for (const QString& path : inputs)
-        baseNames.append(inputBaseName(path));
-
-    const qsizetype count = static_cast<qsizetype>(m_chain.size());
-    if (m_display)
-        m_display->planRun(static_cast<int>(inputs.size()), static_cast<int>(count), m_settings.frameCount());
-    const bool maps = m_settings.activateMaps == 1 && count == 1;
-    m_random = std::make_unique<RunRandom>(m_settings.seed);
-
-    auto queue = std::make_shared<LaunchQueue>();
-    for (qsizetype i = 0; i < count; ++i) {
-        RecordPtr record = m_chain[static_cast<size_t>(i)];
-        if (!record) {
-            record = Record::create();
-            m_chain[static_cast<size_t>(i)] = record;
-        }
-        if (maps) {
-            QVariantList chosen;
-            for (size_t kind = 0; kind < m_settings.mapBoxes.size(); ++kind) {
-                if (m_settings.mapBoxes[kind] == 1)
-                    chosen.append(QVariant::fromValue<qint64>(static_cast<qint64>(kind)));
-            }
-            record->set(key::Maps, chosen);
-            record->setBoolean(key::UseMaps, true);
-        } else {
-            record->setBoolean(key::UseMaps, false);
-        }
-        auto step = std::make_unique<filterProcessObject>(record, i == 0 ? inputs : QStringList(),
-            QStringList(), i == 0, i == count - 1, i, this, baseNames);
-        step->toolPath = m_settings.toolPath;
-        step->outPath = m_settings.outputPath;
-        step->randomDraw = m_random->drawFunction();
-        if (m_plan) {
-            for (const PlannedToolRun& run : std::as_const(m_plan->toolRuns)) {
-                if (run.step == i)
-                    step->plannedRuns.append(&run);
-            }
-        }
-        queue->push_back(std::move(step));
-    }
-
-    m_worker = QThread::create([this, queue, plan = m_plan] {
-        runLaunchQueue(*queue);
-        // The steps and their processes end on the thread that used them.
-        queue->clear();
-    });
-    m_worker->setObjectName(QStringLiteral("quillon-batch-worker"));
-    m_worker->start();
-}
-
-void BatchController::reapWorker()
-{
-    if (!m_worker)
-        return;
-    QThread* worker = std::exchange(m_worker, nullptr);
-    if (worker->isFinished()) {
-        delete worker;
-        return;
-    }
-    // Past its completion call the worker only drops its steps; it may still
-    // be inside that call when Start comes from a runFinished handler, so it
-    // is not waited for here.
-    m_retiredWorkers.append(worker);
-    connect(worker, &QThread::finished, this, [this, worker] {
-        if (m_retiredWorkers.removeOne(worker))
-            worker->deleteLater();
-    });
-    if (worker->isFinished() && m_retiredWorkers.removeOne(worker))
-        worker->deleteLater();
-}
-
-void BatchController::callOnControllerThread(const std::function<void()>& call)
-{
-    if (thread() == QThread::currentThread())
-        call();
-    else
-        QMetaObject::invokeMethod(this, call, Qt::BlockingQueuedConnection);
-}
-
-void BatchController::runLaunchQueue(LaunchQueue& queue)
-{
-    QStringList previousOutputs;
-    QStringList laterNames;
-    if (!queue.empty() && !m_isAborted.load()) {
-        for (size_t i = 0; i < queue.size(); ++i) {
-            filterProcessObject* step = queue[i].get();
-            if (i > 0) {
-                step->inFiles = previousOutputs;
-                step->originalFileNames = laterNames;
-            }
-            callOnControllerThread([this, step] {
-                m_runningFilter = step;
-                // An abort that came before the step was known still stops it.
-                if (m_isAborted.load())
-                    step->abortAction();
-            });
-            if (!step->isAborted.load())
-                step->runSeries();
-            previousOutputs = step->outFiles;
-            if (i == 0) {
-                laterNames = step->realFileNames;
-                if (m_settings.inputMode == InputMode::None)
-                    callOnControllerThread([this] { m_outputPrefix.clear(); });
-            }
-            if (m_isAborted.load())
-                break;
-        }
-    }
-    QStringList interim;
-    callOnControllerThread([this, &interim] { interim = beginCompletion(); });
-    const QStringList deletedLines = deleteInterimFiles(interim);
-    callOnControllerThread([this, &deletedLines] { finishCompletion(deletedLines); });
-}
-
 bool BatchController::isDeletable(const QString& path, ParentCache& parents) const
 {
     if (path.isEmpty() || m_canonicalOutputDir.isEmpty())
@@ -519,7 +391,7 @@ void BatchController::operationComplete()
 
 QStringList BatchController::beginCompletion()
 {
-    m_runningFilter = nullptr;
+    m_runningFilters.clear();
     if (m_display)
         m_display->endProgressSheet();
     if (m_dolog)
@@ -556,71 +428,10 @@ void BatchController::finishCompletion(const QStringList& deletedLines)
     Q_EMIT runFinished(aborted);
 }
 
-void BatchController::imagesWritten(const QStringList& paths)
-{
-    QMetaObject::invokeMethod(
-        this,
-        [this, paths] {
-            if (!m_running)
-                return;
-            m_imagesDone += paths.size();
-            const qint64 elapsed = m_clock.elapsed();
-            // The rate means something once a few images are in.
-            constexpr qint64 kImagesBeforeEstimate = 3;
-            // Rounded up to whole seconds: never "0:00 left" while work remains.
-            const qint64 remaining = std::max<qint64>(m_imagesPlanned - m_imagesDone, 0);
-            const qint64 left = m_imagesDone >= kImagesBeforeEstimate
-                ? (elapsed * remaining / m_imagesDone + 999) / 1000 * 1000
-                : -1;
-            if (m_display)
-                m_display->showImageProgress(m_imagesDone, m_imagesPlanned, elapsed, left, paths.last());
-        },
-        Qt::QueuedConnection);
-}
-
-BatchController::Outcome BatchController::outcome() const
-{
-    Outcome result;
-    result.elapsedMs = m_elapsedMs;
-    if (!m_plan)
-        return result;
-    const bool aborted = m_isAborted.load();
-    for (const PlannedToolRun& run : std::as_const(m_plan->toolRuns)) {
-        if (run.step != m_plan->steps - 1)
-            continue;
-        for (const PlannedTask& task : run.tasks) {
-            const FileIdentity now = regularFileIdentity(task.resultPath);
-            const FileIdentity before = m_finalBefore.value(task.resultPath);
-            if (task.skipped)
-                result.notRun.append(task.resultPath);
-            else if (now.isValid() && now.size > 0 && (!before.isValid() || now.changedSince(before)))
-                result.written.append(task.resultPath);
-            else if (aborted)
-                result.notRun.append(task.resultPath);
-            else
-                result.missing.append(task.resultPath);
-        }
-    }
-    return result;
-}
-
-QString BatchController::outcomeLine() const
-{
-    const Outcome result = outcome();
-    const qint64 seconds = result.elapsedMs / 1000;
-    return QStringLiteral("%1 written, %2 missing, %3 not run in %4:%5 -> %6")
-        .arg(result.written.size())
-        .arg(result.missing.size())
-        .arg(result.notRun.size())
-        .arg(seconds / 60)
-        .arg(seconds % 60, 2, 10, QLatin1Char('0'))
-        .arg(m_settings.outputPath);
-}
-
 void BatchController::abortProcessWithSender()
 {
-    if (m_runningFilter)
-        m_runningFilter->abortAction();
+    for (filterProcessObject* step : std::as_const(m_runningFilters))
+        step->abortAction();
     m_isAborted.store(true);
     if (m_display)
         m_display->endProgressSheet();
@@ -647,11 +458,12 @@ void BatchController::setRenderInfoWithInfo(const QString& info)
 
 void BatchController::writeLogFileWithMessage(const QString& message)
 {
+    // Tool runs of several slots write at once.
+    const QMutexLocker locker(&m_logMutex);
     if (!m_dolog || message.isEmpty() || !m_logfh || !m_logfh->isOpen())
         return;
     m_logfh->write(message.toUtf8());
     m_logfh->flush();
 }
-
 
 } // namespace quillon

@@ -10,6 +10,7 @@
 #include <QFile>
 #include <QHash>
 #include <QList>
+#include <QMutex>
 #include <QObject>
 #include <QSet>
 #include <QString>
@@ -159,6 +160,8 @@ private:
     void buildLaunchQueue();
     // Worker thread.
     void runLaunchQueue(LaunchQueue& queue);
+    // Runs the tool runs of one step on `slots` threads at once.
+    void runStepInSlots(filterProcessObject& step, int slots);
     // Runs `call` on the controller's thread and waits for it.
     void callOnControllerThread(const std::function<void()>& call);
     // Canonical parent directories already resolved, by the parent as given.
@@ -196,7 +199,8 @@ private:
 
     std::atomic<bool> m_isAborted { false };
     bool m_running = false;
-    filterProcessObject* m_runningFilter = nullptr; // touched on the controller thread only
+    QList<filterProcessObject*> m_runningFilters; // touched on the controller thread only
+    QMutex m_logMutex;
     std::unique_ptr<RunRandom> m_random;
     QThread* m_worker = nullptr;
     QList<QThread*> m_retiredWorkers; // past completion, not yet finished

@@ -100,6 +100,10 @@ void RunJournal::removeLeftovers(const QString& journalPath, QStringList* remove
     }
     journal.close();
     QFile::remove(journalPath);
+    // The slot folders of that run, once their files are gone.
+    const QDir folder(m_folder);
+    for (const QString& name : folder.entryList({ QStringLiteral("job-*") }, QDir::Dirs | QDir::NoSymLinks))
+        ::rmdir(QFile::encodeName(folder.filePath(name)).constData());
 }
 
 void RunJournal::appendLine(const QByteArray& line)
@@ -159,9 +163,29 @@ bool RunJournal::removeIfCreated(const QString& path)
     return removeIfUnchanged(path, identity);
 }
 
+QString RunJournal::jobFolder(int slot)
+{
+    QMutexLocker locker(&m_mutex);
+    if (const auto known = m_jobFolders.constFind(slot); known != m_jobFolders.cend())
+        return known.value();
+    if (!m_lock)
+        return {};
+    const QString folder = QDir(m_folder).filePath(QStringLiteral("job-%1").arg(slot));
+    const QByteArray bytes = QFile::encodeName(folder);
+    struct stat info { };
+    if (::mkdir(bytes.constData(), 0777) != 0
+        && (::lstat(bytes.constData(), &info) != 0 || !S_ISDIR(info.st_mode)))
+        return {};
+    m_jobFolders.insert(slot, folder);
+    return folder;
+}
+
 void RunJournal::end()
 {
     QMutexLocker locker(&m_mutex);
+    for (const QString& folder : std::as_const(m_jobFolders))
+        ::rmdir(QFile::encodeName(folder).constData()); // only when empty
+    m_jobFolders.clear();
     if (m_journalFd >= 0) {
         ::close(m_journalFd);
         m_journalFd = -1;

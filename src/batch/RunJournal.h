@@ -50,6 +50,11 @@ public:
     // Deletes `path` if the run created it and it is unchanged.
     bool removeIfCreated(const QString& path);
 
+    // The folder ".quillon/job-K" for the task files of tool-run slot K,
+    // created on first use; empty when it cannot be made (a link or a file
+    // has its name, a read-only disk).
+    QString jobFolder(int slot);
+
     // The run is over: the journal goes, the lock is released and the
     // folder removed when nothing else is in it. Safe to call twice.
     void end();
@@ -64,6 +69,7 @@ private:
     std::unique_ptr<QLockFile> m_lock;
     int m_journalFd = -1;
     QHash<QString, FileIdentity> m_created;
+    QHash<int, QString> m_jobFolders;
 };
 
 } // namespace quillon

@@ -60,6 +60,10 @@ struct RunSettings {
     // specstr, specexp, ao, ro, metallic.
     std::array<int, 10> mapBoxes { 1, 0, 0, 0, 0, 0, 0, 0, 0, 0 };
 
+    // Tool processes at once: the tool runs of a step (its inputs) spread
+    // over this many slots, each with its task files in a folder of its own.
+    int toolJobs = 1;
+
     // Seed of the run's random generator; none draws a fresh seed per run.
     std::optional<quint64> seed;
 

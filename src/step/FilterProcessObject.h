@@ -53,6 +53,9 @@ public:
     // out each tool run's tasks itself.
     QList<const PlannedToolRun*> plannedRuns;
     const PlannedToolRun* plannedRun = nullptr;
+    // Whether writing a task leaves its values in the records (STARTVALUE);
+    // steps that share records across threads leave that to their caller.
+    bool advancesRecords = true;
     qint64 chainid = 0;
     QStringList originalFileNames; // entry i names the outputs of input i
     QStringList realFileNames; // output names for the later steps

@@ -213,6 +213,8 @@ QList<QVariant> advanceParameters(filterProcessObject& step)
 // these values.
 void storeStartValues(filterProcessObject& step, const QList<QVariant>& values)
 {
+    if (!step.advancesRecords)
+        return;
     const RecordListPtr components = step.filterData ? step.filterData->list(key::Components) : nullptr;
     if (!components)
         return;

@@ -28,6 +28,8 @@
 //                                    after each result written
 //   QUILLON_STANDIN_RECORD=FILE      append "control <path>" and one "result <path>"
 //                                    line per task to FILE
+//   QUILLON_STANDIN_KEEP=DIR         copy each task's run file to DIR, named after
+//                                    the task's result file plus ".ffxml"
 // A switch that is empty or "0" is off.
 
 #include "StandinRender.h"
@@ -35,6 +37,7 @@
 
 #include <QCoreApplication>
 #include <QFile>
+#include <QFileInfo>
 
 #include <algorithm>
 #include <chrono>
@@ -201,6 +204,9 @@ int main(int argc, char** argv)
         printLine(
             QStringLiteral("Rendering task %1/%2: %3").arg(i + 1).arg(total).arg(task.resultPath).toUtf8());
         record("result " + task.resultPath.toUtf8());
+        if (const QString keep = QString::fromLocal8Bit(env("QUILLON_STANDIN_KEEP")); !keep.isEmpty())
+            QFile::copy(
+                task.filterPath, keep + QLatin1Char('/') + QFileInfo(task.resultPath).fileName() + ".ffxml");
         RunSpec run;
         if (!readRunFile(task.filterPath, &run, &error)
             || !writeResult(renderTask(task, run), task.resultPath, control.defaultFormat, &error)) {
