@@ -22,7 +22,7 @@ PreferenceKey integer(const QString& key, qint64 reset)
 
 // Reset order matters only in that PREF_RESET comes last: a store that lost
 // power half-way through a reset is reset again at the next launch.
-const std::array<PreferenceKey, 33> kTable { {
+const std::array<PreferenceKey, 34> kTable { {
     integer(pref::CB_ANTIALIAS, 1),
     integer(pref::CB_MT, 1),
     integer(pref::CB_NORMALFLIP, 0),
@@ -35,6 +35,7 @@ const std::array<PreferenceKey, 33> kTable { {
     text(pref::OUT_PREFIX, QStringLiteral("my-export")),
     // The field's text, as typed; the run reads its leading number.
     text(pref::NUM_FRAMES, QStringLiteral("10")),
+    text(pref::TOOL_JOBS, QStringLiteral("1")),
     text(pref::TOOL_PATH, QString()),
     text(pref::OUTPUT_DIR, QString()),
     text(pref::INPUT_PATH, QString()),

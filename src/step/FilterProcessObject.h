@@ -56,6 +56,7 @@ public:
     // Whether writing a task leaves its values in the records (STARTVALUE);
     // steps that share records across threads leave that to their caller.
     bool advancesRecords = true;
+    bool inputsHandedOver = false; // inFiles went to the deletion list
     qint64 chainid = 0;
     QStringList originalFileNames; // entry i names the outputs of input i
     QStringList realFileNames; // output names for the later steps

@@ -285,8 +285,9 @@ void filterProcessObject::captureStandardOutputAndRouteToTextView(QProcess& task
         }
     }
 
-    // The inputs of a later step are interim outputs of the step before.
-    if (!isFirst && !inFiles.isEmpty())
+    // The inputs of a later step are interim outputs of the step before:
+    // handed over with the step's first tool run (again would only repeat).
+    if (!isFirst && !inFiles.isEmpty() && !std::exchange(inputsHandedOver, true))
         taskIsDoneWithData(inFiles);
     const QStringList finishedFiles = filesToRemove;
     taskIsDoneWithData(finishedFiles);

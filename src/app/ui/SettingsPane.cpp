@@ -83,7 +83,7 @@ SettingsPane::SettingsPane(QWidget* parent)
         { s.f_tgaIncludeTransCB, pref::TGA_INCLUDETRANS, true },
         { s.f_tgaFlipOrderCB, pref::TGA_FLIPORDER, true } };
     m_texts = { { s.imageWidthField, pref::SET_WIDTH }, { s.imageHeightField, pref::SET_HEIGHT },
-        { s.outputFilenamePrefixField, pref::OUT_PREFIX }, { s.numberOfFramesField, pref::NUM_FRAMES } };
+        { s.outputFilenamePrefixField, pref::OUT_PREFIX }, { s.numberOfFramesField, pref::NUM_FRAMES }, { s.toolJobsField, pref::TOOL_JOBS } };
 
     // Each field is named by its label for screen readers and Alt+letter.
     const std::pair<QLabel*, QWidget*> buddies[] = { { s.renderToolLabel, s.renderToolPathField },
@@ -91,7 +91,8 @@ SettingsPane::SettingsPane(QWidget* parent)
         { s.sourceTypeLabel, s.sourceTypePopup }, { s.sourcePathLabel, s.sourcePathField },
         { s.sizeLabel, s.imageWidthField }, { s.prefixLabel, s.outputFilenamePrefixField },
         { s.suffixLabel, s.outputFilenameSuffixPopup }, { s.framesLabel, s.numberOfFramesField },
-        { s.maxFramesLabel, s.maxFramesField }, { s.jpegQualityLabel, s.f_jpgQualitySlider } };
+        { s.maxFramesLabel, s.maxFramesField }, { s.jpegQualityLabel, s.f_jpgQualitySlider },
+        { s.toolJobsLabel, s.toolJobsField } };
     for (const auto& [label, buddy] : buddies)
         label->setBuddy(buddy);
     s.imageWidthField->setAccessibleName(tr("Width"));
@@ -408,6 +409,7 @@ RunSettings SettingsPane::runSettings() const
     settings.nameStyle
         = static_cast<FrameStyle>(std::clamp(s.outputFilenameSuffixPopup->currentIndex(), 0, 2));
     settings.frameCountText = s.numberOfFramesField->text();
+    settings.toolJobs = static_cast<int>(std::clamp<qint64>(leadingInteger(s.toolJobsField->text()).value_or(1), 1, 1024));
     settings.widthText = s.imageWidthField->text();
     settings.heightText = s.imageHeightField->text();
 
