@@ -196,7 +196,7 @@ QString cliHelpText()
                          "  0    every planned output was written\n"
                          "  2    refused: a bad flag, an unreadable chain or a failed check\n"
                          "  3    the run ended with missing outputs or a failed tool run\n"
-                         "  130  aborted by a termination signal (SIGINT, SIGTERM); the run cleaned up");
+                         "  130  aborted by a termination signal (SIGINT, SIGTERM, SIGHUP, SIGQUIT); the run cleaned up");
 }
 
 bool resolveCliPaths(CliOptions* options, QString* error)
