@@ -5,6 +5,7 @@
 
 #include "batch/BatchDisplay.h"
 
+#include "batch/RunPlanner.h"
 #include "run/RunPlan.h"
 #include "step/FilterProcessObject.h"
 #include "variations/ValueRule.h"
@@ -51,17 +52,7 @@ void BatchController::buildLaunchQueue()
             record = Record::create();
             m_chain[static_cast<size_t>(i)] = record;
         }
-        if (maps) {
-            QVariantList chosen;
-            for (size_t kind = 0; kind < m_settings.mapBoxes.size(); ++kind) {
-                if (m_settings.mapBoxes[kind] == 1)
-                    chosen.append(QVariant::fromValue<qint64>(static_cast<qint64>(kind)));
-            }
-            record->set(key::Maps, chosen);
-            record->setBoolean(key::UseMaps, true);
-        } else {
-            record->setBoolean(key::UseMaps, false);
-        }
+        applyMapChoice(*record, m_settings, maps);
         auto step = std::make_unique<filterProcessObject>(record, i == 0 ? inputs : QStringList(),
             QStringList(), i == 0, i == count - 1, i, this, baseNames);
         step->toolPath = m_settings.toolPath;

@@ -40,6 +40,19 @@ QStringList parameterNames(const Record& filter)
 
 } // namespace
 
+void applyMapChoice(Record& record, const RunSettings& settings, bool maps)
+{
+    if (maps) {
+        QVariantList chosen;
+        for (size_t kind = 0; kind < settings.mapBoxes.size(); ++kind) {
+            if (settings.mapBoxes[kind] == 1)
+                chosen.append(QVariant::fromValue<qint64>(static_cast<qint64>(kind)));
+        }
+        record.set(key::Maps, chosen);
+    }
+    record.setBoolean(key::UseMaps, maps);
+}
+
 RunPlan planRun(const RecordList& chain, const RunSettings& settings, const QStringList& inputs, quint64 seed)
 {
     RunPlan plan;
@@ -61,15 +74,7 @@ RunPlan planRun(const RecordList& chain, const RunSettings& settings, const QStr
         RecordPtr& record = copies[original.get()];
         if (!record)
             record = copyFilter(original);
-        if (maps) {
-            QVariantList chosen;
-            for (size_t kind = 0; kind < settings.mapBoxes.size(); ++kind) {
-                if (settings.mapBoxes[kind] == 1)
-                    chosen.append(QVariant::fromValue<qint64>(static_cast<qint64>(kind)));
-            }
-            record->set(key::Maps, chosen);
-        }
-        record->setBoolean(key::UseMaps, maps);
+        applyMapChoice(*record, settings, maps);
         plan.stepParameters.append(parameterNames(*record));
 
         filterProcessObject step(record, i == 0 ? inputs : previousOutputs, {}, i == 0, i == plan.steps - 1,

@@ -14,6 +14,11 @@ struct RunSettings;
 // generator seeded with `seed`, every parameter value. Works on copies of
 // the chain's records (a record shared by two steps stays shared): the
 // chain is not changed. `settings` must hold absolute paths.
+// Writes the run's map choice into a chain record, as Start does: the chosen
+// map kinds under "Maps" and true under "UseMaps" when `maps` is on (a
+// one-filter chain with maps switched on); otherwise only "UseMaps" false.
+void applyMapChoice(Record& record, const RunSettings& settings, bool maps);
+
 RunPlan planRun(
     const RecordList& chain, const RunSettings& settings, const QStringList& inputs, quint64 seed);
 
