@@ -1,5 +1,6 @@
 #include "SettingsWindowFixture.h"
 
+#include "app/ui/ChainPreview.h"
 #include "app/ui/LatestThumbnail.h"
 #include "app/ui/ProgressSheet.h"
 #include "app/ui/ResultsSheet.h"
@@ -17,6 +18,18 @@ namespace quillon::test {
 namespace {
 
 constexpr int kRunTimeoutMs = 60000;
+
+// Every value of every filter and parameter record of a chain.
+QList<QMap<QString, QVariant>> recordValues(const RecordList& chain)
+{
+    QList<QMap<QString, QVariant>> values;
+    for (const RecordPtr& filter : chain) {
+        values.append(filter->values());
+        for (const RecordPtr& parameter : *filter->list(key::Components))
+            values.append(parameter->values());
+    }
+    return values;
+}
 
 class ResultsViewTest : public SettingsWindowTest {
 protected:
@@ -105,6 +118,30 @@ TEST_F(ResultsViewTest, ThousandsOfOutputsDecodeOnlyWhatIsShownAndMissingOnesSay
     EXPECT_EQ(text(1), QStringLiteral("gone-1.png\nmissing"));
     EXPECT_EQ(text(2), QStringLiteral("gone-2.png\nnot run"));
     QTRY_COMPARE(text(0), QStringLiteral("gone-0.png\nwritten, missing"));
+}
+
+TEST_F(ResultsViewTest, APreviewShowsFrameOneAndLeavesTheOutputFolderAndTheRecordsAlone)
+{
+    prepareRun(QStringLiteral("3"));
+    const QList<QMap<QString, QVariant>> before = recordValues(delegate().chain());
+    ChainPreview* preview = delegate().window()->chainPreview();
+    QSignalSpy ended(preview, &ChainPreview::previewFinished);
+    widget<QPushButton>("previewButton")->click();
+    EXPECT_TRUE(preview->isRunning());
+    QTRY_COMPARE_WITH_TIMEOUT(ended.count(), 1, kRunTimeoutMs);
+    EXPECT_TRUE(ended.first().first().toBool()) << preview->statusLine()->text().toStdString();
+    QTRY_VERIFY_WITH_TIMEOUT(!widget<LatestThumbnail>("previewImage")->pixmap().isNull(), kRunTimeoutMs);
+    EXPECT_TRUE(preview->statusLine()->text().startsWith(QStringLiteral("Frame 1 in ")));
+    EXPECT_TRUE(QDir(outputDir()).isEmpty());
+    EXPECT_TRUE(recordValues(delegate().chain()) == before);
+
+    // A slow one is cancelled.
+    BatchEnvGuard delay("QUILLON_STANDIN_DELAY_MS", "30000");
+    widget<QPushButton>("previewButton")->click();
+    widget<QPushButton>("previewCancelButton")->click();
+    QTRY_COMPARE_WITH_TIMEOUT(ended.count(), 2, kRunTimeoutMs);
+    EXPECT_FALSE(ended.last().first().toBool());
+    EXPECT_EQ(preview->statusLine()->text(), QStringLiteral("Preview cancelled."));
 }
 
 } // namespace

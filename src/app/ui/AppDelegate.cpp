@@ -1,6 +1,7 @@
 #include "app/ui/AppDelegate.h"
 
 #include "app/Preferences.h"
+#include "app/ui/ChainPreview.h"
 #include "app/ui/DialogSeams.h"
 #include "app/ui/MainWindow.h"
 #include "app/ui/PlanPreview.h"
@@ -50,6 +51,8 @@ AppDelegate::AppDelegate(QObject* parent)
     Ui::MainWindow& ui = *m_window->ui();
     connect(ui.startButton, &QPushButton::clicked, this, [this] { startBatchWithSender(); });
     connect(m_progressSheet, &ProgressSheet::abortRequested, this, [this] { abortProcessWithSender(); });
+    connect(m_window->chainPreview(), &ChainPreview::previewRequested, this,
+        [this] { m_window->chainPreview()->start(chain(), captureRunSettings()); });
     connect(ui.actionPreviewRun, &QAction::triggered, this, [this] { previewRunWithSender(); });
     connect(ui.actionResetPreferences, &QAction::triggered, this, [this] { resetPreferencesWithSender(); });
     connect(ui.actionHelp, &QAction::triggered, this, [this] { showHelpWithSender(); });
