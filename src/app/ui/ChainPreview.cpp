@@ -51,7 +51,7 @@ ChainPreview::ChainPreview(QWidget* parent)
     , m_batch(std::make_unique<BatchController>(m_display.get()))
 {
     setObjectName(QStringLiteral("chainPreview"));
-    m_batch->setStandardOutput([](const QString&) { });
+    m_batch->setStandardOutput([](const QString&) {});
     connect(m_batch.get(), &BatchController::runFinished, this, &ChainPreview::runFinished);
 
     m_previewButton = new QPushButton(tr("Preview"), this);
