@@ -13,7 +13,7 @@ QUILLON_BUILD="${QUILLON_BUILD:-$QUILLON_ROOT/build}"
 
 QUILLON_BASE_PACKAGES=(
   cmake g++ ninja-build pkg-config ccache scdoc
-  qt6-base-dev qt6-svg-dev libpugixml-dev libplist-dev
+  qt6-base-dev qt6-svg-dev qt6-image-formats-plugins libpugixml-dev libplist-dev
   fonts-dejavu-core
 )
 QUILLON_TEST_PACKAGES=(

@@ -1,10 +1,12 @@
 #include "app/ui/AppDelegate.h"
 
 #include "app/Preferences.h"
+#include "app/ui/ChainPreview.h"
 #include "app/ui/DialogSeams.h"
 #include "app/ui/MainWindow.h"
 #include "app/ui/PlanPreview.h"
 #include "app/ui/ProgressSheet.h"
+#include "app/ui/ResultsSheet.h"
 #include "app/ui/SettingsPane.h"
 #include "app/ui/WindowBatchDisplay.h"
 #include "batch/BatchController.h"
@@ -34,9 +36,12 @@ AppDelegate::AppDelegate(QObject* parent)
         m_progressSheet, [this](const QString& message) { showApplicationErrorAlertWithMessage(message); },
         [this](const QString& status) { m_window->statusBar()->showMessage(status); });
     m_batch = std::make_unique<BatchController>(m_batchDisplay.get());
-    m_batchDisplay->setResultsSource([this] {
-        return WindowBatchDisplay::Results { m_batch->outcomeLine(), m_batch->outcome().missing,
-            m_batch->runSettings().outputPath };
+    m_batchDisplay->setResultsSource([this] { return runResults(); });
+    m_resultsSheet = new ResultsSheet(m_window.get());
+    m_resultsSheet->setUrlOpener([this](const QUrl& url) { return openUrl(url); });
+    m_batchDisplay->setResultsSink([this](const WindowBatchDisplay::Results& results) {
+        MessageBoxes::instance().noteResults(results.summary);
+        m_resultsSheet->showResults(results.summary, results.folder, results.outputs);
     });
 
     settingsPane()->setPreferencesSource([this]() -> Preferences& { return preferences(); });
@@ -46,6 +51,8 @@ AppDelegate::AppDelegate(QObject* parent)
     Ui::MainWindow& ui = *m_window->ui();
     connect(ui.startButton, &QPushButton::clicked, this, [this] { startBatchWithSender(); });
     connect(m_progressSheet, &ProgressSheet::abortRequested, this, [this] { abortProcessWithSender(); });
+    connect(m_window->chainPreview(), &ChainPreview::previewRequested, this,
+        [this] { m_window->chainPreview()->start(chain(), captureRunSettings()); });
     connect(ui.actionPreviewRun, &QAction::triggered, this, [this] { previewRunWithSender(); });
     connect(ui.actionResetPreferences, &QAction::triggered, this, [this] { resetPreferencesWithSender(); });
     connect(ui.actionHelp, &QAction::triggered, this, [this] { showHelpWithSender(); });
@@ -191,6 +198,23 @@ void AppDelegate::previewRunWithSender(QObject* /*sender*/)
 void AppDelegate::abortProcessWithSender(QObject* /*sender*/)
 {
     m_batch->abortProcessWithSender();
+}
+
+WindowBatchDisplay::Results AppDelegate::runResults() const
+{
+    WindowBatchDisplay::Results results { m_batch->outcomeLine(), m_batch->runSettings().outputPath, {} };
+    const BatchController::Outcome outcome = m_batch->outcome();
+    const QSet<QString> written(outcome.written.cbegin(), outcome.written.cend());
+    const QSet<QString> missing(outcome.missing.cbegin(), outcome.missing.cend());
+    if (const std::shared_ptr<const RunPlan> plan = m_batch->plan()) {
+        for (const QString& path : plan->finalOutputs()) {
+            const OutputStatus status = written.contains(path) ? OutputStatus::Written
+                : missing.contains(path)                       ? OutputStatus::Missing
+                                                               : OutputStatus::NotRun;
+            results.outputs.append({ path, status });
+        }
+    }
+    return results;
 }
 
 bool AppDelegate::mayClose()

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/ui/MainWindow.h"
+#include "app/ui/WindowBatchDisplay.h"
 #include "chain/ChainKeeper.h"
 #include "library/Record.h"
 
@@ -20,8 +21,8 @@ class ChainPanel;
 class ParameterEditor;
 class Preferences;
 class ProgressSheet;
+class ResultsSheet;
 class SettingsPane;
-class WindowBatchDisplay;
 struct RunSettings;
 
 // The application controller: owns the window, the preferences and the run,
@@ -41,6 +42,8 @@ public:
     ParameterEditor* parameterEditor() const;
     SettingsPane* settingsPane() const;
     ProgressSheet* progressSheet() const { return m_progressSheet; }
+    // Shown when a run ends.
+    ResultsSheet* resultsSheet() const { return m_resultsSheet; }
     BatchController* batchController() const { return m_batch.get(); }
 
     // The chain, the library and the rows shown in the parameter table.
@@ -98,10 +101,13 @@ private:
     // True when the window may close: no run, or the user chose to abort it.
     bool mayClose();
     bool openUrl(const QUrl& url);
+    // The last run's counts line, output folder and final outputs in plan order.
+    WindowBatchDisplay::Results runResults() const;
 
     std::unique_ptr<Preferences> m_prefs;
     std::unique_ptr<MainWindow> m_window;
     ProgressSheet* m_progressSheet = nullptr; // owned by the window
+    ResultsSheet* m_resultsSheet = nullptr; // owned by the window
     std::unique_ptr<WindowBatchDisplay> m_batchDisplay;
     std::unique_ptr<BatchController> m_batch; // declared after its display: goes first
     std::function<bool(const QUrl&)> m_urlOpener;

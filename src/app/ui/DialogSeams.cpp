@@ -1,11 +1,9 @@
 #include "app/ui/DialogSeams.h"
 
 #include <QApplication>
-#include <QDesktopServices>
 #include <QFileDialog>
 #include <QMessageBox>
 #include <QPushButton>
-#include <QUrl>
 
 namespace quillon {
 
@@ -130,23 +128,10 @@ ExistingOutputs MessageBoxes::askExistingOutputs(QWidget* parent, const QString&
     return ExistingOutputs::Cancel;
 }
 
-void MessageBoxes::showResults(
-    QWidget* parent, const QString& text, const QString& details, const QString& folder)
+void MessageBoxes::noteResults(const QString& summary)
 {
-    if (m_recording) {
-        m_shown.append(text);
-        return;
-    }
-    QMessageBox box(parent);
-    box.setIcon(QMessageBox::Information);
-    box.setText(text);
-    if (!details.isEmpty())
-        box.setDetailedText(details);
-    QPushButton* open = box.addButton(QObject::tr("Open Output Folder"), QMessageBox::ActionRole);
-    box.addButton(QMessageBox::Ok);
-    box.exec();
-    if (box.clickedButton() == open)
-        QDesktopServices::openUrl(QUrl::fromLocalFile(folder));
+    if (m_recording)
+        m_shown.append(summary);
 }
 
 } // namespace quillon

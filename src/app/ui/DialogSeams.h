@@ -86,9 +86,9 @@ public:
     // While recording it is kept and answered with the answer set in advance.
     ExistingOutputs askExistingOutputs(QWidget* parent, const QString& text);
     void setNextExistingAnswer(ExistingOutputs answer) { m_nextExisting = answer; }
-    // How a run ended, with a button that opens the output folder; kept with
-    // the alerts while recording.
-    void showResults(QWidget* parent, const QString& text, const QString& details, const QString& folder);
+    // How a run ended: the results sheet shows it, and while recording its
+    // counts line is kept with the alerts too.
+    void noteResults(const QString& summary);
 
 private:
     MessageBoxes() = default;

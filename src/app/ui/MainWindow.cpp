@@ -1,6 +1,7 @@
 #include "app/ui/MainWindow.h"
 
 #include "app/Preferences.h"
+#include "app/ui/ChainPreview.h"
 #include "app/ui/SettingsPane.h"
 #include "chain/ui/ChainPanel.h"
 #include "variations/ui/ParameterEditor.h"
@@ -35,6 +36,8 @@ MainWindow::MainWindow(QWidget* parent)
     m_ui->mainSplitter->setStretchFactor(0, 0);
     m_ui->mainSplitter->setStretchFactor(1, 1);
     m_ui->mainSplitter->setSizes({ 300, 800 });
+    m_chainPreview = new ChainPreview(m_chainPanel);
+    m_chainPanel->layout()->addWidget(m_chainPreview);
 
     m_settingsPane = new SettingsPane(m_ui->settingsScrollArea);
     m_ui->settingsScrollArea->setWidget(m_settingsPane);

@@ -12,11 +12,12 @@ class MainWindow;
 namespace quillon {
 
 class ChainPanel;
+class ChainPreview;
 class ParameterEditor;
 class Preferences;
 class SettingsPane;
 
-// The one window: the chain panel on the left, beside it the Settings page
+// The one window: the chain panel with Preview on the left, beside it the Settings page
 // and the Filter parameters page, Start below, the menus and the status line.
 // It hands each area to its own widget and connects them; what a command does
 // with the run, the preferences and the help lives in AppDelegate.
@@ -28,6 +29,8 @@ public:
 
     Ui::MainWindow* ui() const { return m_ui.get(); }
     ChainPanel* chainPanel() const { return m_chainPanel; }
+    // Preview, below the chain list.
+    ChainPreview* chainPreview() const { return m_chainPreview; }
     ParameterEditor* parameterEditor() const { return m_parameterEditor; }
     SettingsPane* settingsPane() const { return m_settingsPane; }
 
@@ -57,6 +60,7 @@ private:
 
     std::unique_ptr<Ui::MainWindow> m_ui;
     ChainPanel* m_chainPanel = nullptr;
+    ChainPreview* m_chainPreview = nullptr;
     ParameterEditor* m_parameterEditor = nullptr;
     SettingsPane* m_settingsPane = nullptr;
     std::function<bool()> m_closeGuard;

@@ -1,5 +1,7 @@
 #include "app/ui/ProgressSheet.h"
 
+#include "app/ui/LatestThumbnail.h"
+
 #include <QLabel>
 #include <climits>
 
@@ -49,6 +51,11 @@ ProgressSheet::ProgressSheet(QWidget* parent)
     m_animTimer->setInterval(kAnimationIntervalMilliseconds);
     connect(m_animTimer, &QTimer::timeout, this, &ProgressSheet::animationTimerLoopWithTimer);
     connect(m_ui->abortButton, &QPushButton::clicked, this, &ProgressSheet::abortRequested);
+
+    m_thumbnail = new LatestThumbnail(this);
+    m_thumbnail->setObjectName(QStringLiteral("prThumbnail"));
+    m_thumbnail->setAccessibleName(tr("Newest output"));
+    m_ui->progressTopRow->addWidget(m_thumbnail);
 }
 
 ProgressSheet::~ProgressSheet() = default;
@@ -90,6 +97,7 @@ void ProgressSheet::beginRun(int plannedRuns)
     m_imagesTotal = 0;
     if (m_timeLeft)
         m_timeLeft->clear();
+    m_thumbnail->reset();
     updateBar();
     m_clock.start();
     updateClock();
@@ -127,6 +135,11 @@ void ProgressSheet::showImageProgress(qint64 done, qint64 total, qint64 leftMs)
         m_timeLeft->clear();
     }
     updateBar();
+}
+
+void ProgressSheet::showLatestOutput(const QString& path)
+{
+    m_thumbnail->showFile(path);
 }
 
 void ProgressSheet::finishRun()

@@ -17,10 +17,12 @@ class ProgressSheet;
 
 namespace quillon {
 
+class LatestThumbnail;
+
 // The window-modal sheet shown while a batch runs: the running filter and its
 // author, the current source, the render tool's latest output, the animation,
-// a bar of tool runs done against tool runs planned, the elapsed time and the
-// Abort button. Closing it by Escape or the title bar asks for an abort.
+// a bar of tool runs done against tool runs planned, the elapsed time, the
+// newest output as a thumbnail and the Abort button. Closing it by Escape or the title bar asks for an abort.
 class ProgressSheet final : public QDialog {
     Q_OBJECT
 public:
@@ -60,6 +62,9 @@ public:
     // a line says about how long is left (once the rate is known).
     void showImageProgress(qint64 done, qint64 total, qint64 leftMs);
     int imagesShown() const { return static_cast<int>(m_imagesDone); }
+    // The newest written output, shown as a thumbnail (`prThumbnail`).
+    void showLatestOutput(const QString& path);
+    LatestThumbnail* thumbnail() const { return m_thumbnail; }
 
     int toolRunsStarted() const { return m_started; }
     int toolRunsPlanned() const { return m_planned; }
@@ -97,6 +102,7 @@ private:
     qint64 m_imagesDone = 0;
     qint64 m_imagesTotal = 0;
     QLabel* m_timeLeft = nullptr;
+    LatestThumbnail* m_thumbnail = nullptr;
 };
 
 } // namespace quillon

@@ -87,14 +87,8 @@ void WindowBatchDisplay::runFinished(bool aborted)
             status += QLatin1Char(' ') + m_reportedAfterClose.left(kShownCharacters);
         m_showStatus(status);
     }
-    if (m_results) {
-        const Results results = m_results();
-        QString details;
-        if (!results.missing.isEmpty())
-            details = QStringLiteral("Missing:\n") + results.missing.join(QLatin1Char('\n'));
-        MessageBoxes::instance().showResults(
-            m_sheet->parentWidget(), results.summary, details, results.folder);
-    }
+    if (m_results && m_showResults)
+        m_showResults(m_results());
 }
 
 ExistingOutputs WindowBatchDisplay::askExistingOutputs(const QStringList& paths)
@@ -115,8 +109,8 @@ void WindowBatchDisplay::showImageProgress(
     qint64 done, qint64 total, qint64 elapsedMs, qint64 leftMs, const QString& latest)
 {
     (void)elapsedMs;
-    (void)latest;
     m_sheet->showImageProgress(done, total, leftMs);
+    m_sheet->showLatestOutput(latest);
 }
 
 void WindowBatchDisplay::beep()

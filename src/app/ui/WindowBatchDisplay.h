@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/ui/ResultsModel.h"
 #include "batch/BatchDisplay.h"
 
 #include <functional>
@@ -35,13 +36,16 @@ public:
         qint64 done, qint64 total, qint64 elapsedMs, qint64 leftMs, const QString& latest) override;
 
     // What the run made, for the results shown when it ends: the closing
-    // count, the outputs that are missing and the output folder.
+    // count, the output folder and every final output in plan order with
+    // its status.
     struct Results {
         QString summary;
-        QStringList missing;
         QString folder;
+        QList<ResultItem> outputs;
     };
     void setResultsSource(std::function<Results()> source) { m_results = std::move(source); }
+    // Where the results go when a run ends (the window's results sheet).
+    void setResultsSink(std::function<void(const Results&)> sink) { m_showResults = std::move(sink); }
     void beep() override;
 
     // What showRenderInfo puts on the sheet.
@@ -54,6 +58,7 @@ private:
     std::function<void(const QString&)> m_showAlert;
     std::function<void(const QString&)> m_showStatus;
     std::function<Results()> m_results;
+    std::function<void(const Results&)> m_showResults;
     bool m_sheetOpen = false;
     QString m_reportedAfterClose;
 };

@@ -1,0 +1,73 @@
+#pragma once
+
+#include "app/ui/Thumbnails.h"
+
+#include <QAbstractListModel>
+#include <QCache>
+#include <QList>
+#include <QPixmap>
+#include <QSet>
+#include <QString>
+
+namespace quillon {
+
+// What became of one planned final output.
+enum class OutputStatus { Written, Missing, NotRun };
+
+struct ResultItem {
+    QString path;
+    OutputStatus status = OutputStatus::NotRun;
+};
+
+// The final outputs of a run in plan order, one row each: the file's name
+// and status as text, its thumbnail as decoration. Thumbnails load lazily:
+// a row's decoration is asked for only when the view shows it, and only then
+// is the file decoded, in the thumbnail pool, a few at a time and the newest
+// request first; decoded pictures stay in a cache of bounded size.
+class ResultsModel final : public QAbstractListModel {
+    Q_OBJECT
+public:
+    enum Role { PathRole = Qt::UserRole + 1, StatusRole };
+    // Thumbnails in the results grid are this size at most.
+    static constexpr int kIconSide = 128;
+    // Decodes going at once; pending requests beyond kMaxPending drop the
+    // oldest (rows long scrolled past).
+    static constexpr int kMaxRunning = 2;
+    static constexpr qsizetype kMaxPending = 256;
+
+    explicit ResultsModel(QObject* parent = nullptr);
+
+    void setItems(QList<ResultItem> items);
+    const QList<ResultItem>& items() const { return m_items; }
+
+    int rowCount(const QModelIndex& parent = {}) const override;
+    QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
+
+    static QString statusText(OutputStatus status);
+    // Decodes asked for since the last setItems.
+    int decodesRequested() const { return m_requested; }
+    // Decodes finished since the last setItems.
+    int decodesFinished() const { return m_finished; }
+
+private:
+    QPixmap thumbnailFor(int row) const;
+    void startDecodes() const;
+    void decoded(const Thumbnail& thumbnail, quint64 generation);
+
+    QList<ResultItem> m_items;
+    QHash<QString, int> m_rows; // path -> row
+    quint64 m_generation = 0;
+    // Lazy loading state, touched from data() and so mutable.
+    mutable QCache<QString, QPixmap> m_cache;
+    mutable QHash<QString, QString> m_described; // path -> text for files without a picture
+    mutable QSet<QString> m_asked; // pending or decoding
+    mutable QList<QString> m_pending; // newest last
+    mutable int m_running = 0;
+    mutable int m_requested = 0;
+    int m_finished = 0;
+    QPixmap m_missingIcon;
+    QPixmap m_notRunIcon;
+    QPixmap m_loadingIcon;
+};
+
+} // namespace quillon
