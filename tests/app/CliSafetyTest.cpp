@@ -155,7 +155,7 @@ TEST_F(CliSafety, HangupAbortsAndAKilledRunIsCleanedUpByTheNext)
         { "QUILLON_STANDIN_JOURNAL", journal } };
     const QStringList flags = baseFlags() + QStringList { "--frames", "3" };
 
-    for (const int signal : { SIGHUP, SIGQUIT, SIGKILL }) {
+    for (const int signal : { SIGHUP, SIGTERM, SIGQUIT, SIGKILL }) {
         QFile::remove(journal);
         QProcess process;
         start(process, flags, env);

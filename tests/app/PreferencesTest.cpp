@@ -46,22 +46,6 @@ TEST_F(PreferencesTest, TheUsersStoreIsTheNativeFileInTheUsersConfigLocation)
     EXPECT_EQ(prefs.fileName(), QDir(config).filePath(QStringLiteral("Quillon/Quillon.conf")));
 }
 
-TEST_F(PreferencesTest, TableListsEachKeyOnceWithTheMarkerLastOfTheResetValues)
-{
-    QSet<QString> keys;
-    QString lastReset;
-    for (const PreferenceKey& row : Preferences::table()) {
-        EXPECT_FALSE(keys.contains(row.key)) << row.key.toStdString();
-        keys.insert(row.key);
-        if (row.resetValue)
-            lastReset = row.key;
-    }
-    EXPECT_EQ(keys.size(), static_cast<qsizetype>(Preferences::table().size())); // no key twice
-    // An interrupted reset leaves no marker and is redone at the next start.
-    EXPECT_EQ(lastReset, pref::PREF_RESET);
-    EXPECT_EQ(Preferences::find(QStringLiteral("NO_SUCH_KEY")), nullptr);
-}
-
 TEST_F(PreferencesTest, TypedGettersReadTextAndNumbersAlike)
 {
     Preferences prefs(storePath());

@@ -117,47 +117,6 @@ TEST_F(BatchRun, NoInputUsesThePrefixThenDropsItAfterTheFirstStep)
     EXPECT_EQ(m_controller.outputPrefix(), QString());
 }
 
-TEST_F(BatchRun, AbortDuringTheSecondOfThreeInputs)
-{
-    input(QStringLiteral("a.png"));
-    input(QStringLiteral("b.png"));
-    input(QStringLiteral("c.png"));
-    const auto before = batchSnapshot(m_in);
-    m_settings.inputMode = InputMode::Directory;
-    m_settings.sourcePath = m_in;
-    m_settings.frameCountText = QStringLiteral("1");
-    BatchEnvGuard delay("QUILLON_STANDIN_DELAY_MS", "2000");
-    m_display.onSource = [this](const QString& source) {
-        if (source == QLatin1String("b.png"))
-            QTimer::singleShot(300, &m_controller, [this] { m_controller.abortProcessWithSender(); });
-    };
-
-    ASSERT_TRUE(m_controller.startBatchWithSender({ filter(QStringLiteral("Slow")) }, m_settings));
-    ASSERT_TRUE(waitForIdle());
-
-    EXPECT_EQ(m_display.sources, (QStringList { "a.png", "b.png" }));
-    EXPECT_EQ(m_display.events.last(), QStringLiteral("finished:aborted"));
-    EXPECT_TRUE(m_controller.isAborted());
-    EXPECT_TRUE(taskFilesLeft().isEmpty()) << taskFilesLeft().join(' ').toStdString();
-    EXPECT_FALSE(QFileInfo::exists(QDir(m_out).filePath(QStringLiteral("p_c-1.png"))));
-    EXPECT_TRUE(QFileInfo::exists(QDir(m_out).filePath(QStringLiteral("p_a-1.png"))));
-    EXPECT_EQ(batchSnapshot(m_in), before);
-}
-
-TEST_F(BatchRun, AToolThatIgnoresTerminateIsKilledAfterTheGracePeriod)
-{
-    m_settings.inputMode = InputMode::None;
-    BatchEnvGuard hang("QUILLON_STANDIN_HANG", "ignore-term");
-    m_display.onSource = [this](const QString&) {
-        QTimer::singleShot(300, &m_controller, [this] { m_controller.abortProcessWithSender(); });
-    };
-    ASSERT_TRUE(m_controller.startBatchWithSender({ filter(QStringLiteral("Stuck")) }, m_settings));
-    ASSERT_TRUE(waitForIdle());
-    EXPECT_TRUE(
-        m_display.renderLines.contains(QStringLiteral("The render tool did not stop; it was killed.")));
-    EXPECT_TRUE(taskFilesLeft().isEmpty());
-}
-
 TEST_F(BatchRun, StartIsRefusedWhileARunOrItsWindDownIsGoing)
 {
     m_settings.inputMode = InputMode::None;
@@ -199,23 +158,6 @@ TEST_F(BatchRun, LogHoldsTheTitleFollowedByTheTrimmedChunks)
     ASSERT_TRUE(waitForIdle());
     ASSERT_TRUE(log.open(QIODevice::ReadOnly));
     EXPECT_EQ(log.readAll(), content);
-}
-
-TEST_F(BatchRun, WhiteSpaceAndInvalidUtf8OutputIsNeitherShownNorLogged)
-{
-    m_settings.inputMode = InputMode::None;
-    m_settings.toolLog = 1;
-    BatchEnvGuard bad("QUILLON_STANDIN_BAD_UTF8", "1");
-    ASSERT_TRUE(m_controller.startBatchWithSender({ filter(QStringLiteral("Garbled")) }, m_settings));
-    ASSERT_TRUE(waitForIdle());
-    QFile log(QDir(m_out).filePath(QStringLiteral("qlrn_logfile.txt")));
-    ASSERT_TRUE(log.open(QIODevice::ReadOnly));
-    EXPECT_EQ(
-        log.readAll(), (QStringLiteral("Quillon log") + m_display.renderLines.join(QString())).toUtf8());
-    for (const QString& line : m_display.renderLines) {
-        EXPECT_FALSE(line.trimmed().isEmpty());
-        EXPECT_FALSE(line.contains(QChar::ReplacementCharacter));
-    }
 }
 
 TEST_F(BatchRun, ALogThatCannotBeCreatedIsReportedAndTheRunGoesOn)
@@ -358,14 +300,6 @@ TEST_F(BatchRun, EveryFailedCheckShowsItsMessageAndStartsNothing)
     }
     EXPECT_TRUE(batchDirectoryNames(m_out).isEmpty());
     EXPECT_EQ(m_display.events.filter(QStringLiteral("begin")).size(), 0);
-}
-
-TEST_F(BatchRun, AToolPathThatIsADirectoryPassesItsCheck)
-{
-    m_settings.inputMode = InputMode::None;
-    m_settings.toolPath = m_in;
-    EXPECT_TRUE(m_controller.startBatchWithSender({ filter(QStringLiteral("Dir")) }, m_settings));
-    ASSERT_TRUE(waitForIdle());
 }
 
 TEST_F(BatchRun, AnUnreadableInputDirectoryCannotBeScanned)

@@ -11,6 +11,11 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
+#include <iostream>
+#include <memory>
+#include <string>
+
 #include <unistd.h>
 
 using namespace quillon;
@@ -46,7 +51,7 @@ RecordPtr chainFilter(const QString& name, int parameters)
 }
 
 class ChainSaveFault : public ::testing::Test {
-protected:
+public: // the fault table's set-ups reach the folder and the previous file
     void SetUp() override
     {
         ASSERT_TRUE(m_temp.isValid());
@@ -84,64 +89,70 @@ protected:
         chainFilter(QStringLiteral("More"), 200) };
 };
 
-TEST_F(ChainSaveFault, AFileSizeLimitFailsTheSaveAndKeepsThePreviousFile)
+// Each fault is set up in a fresh chains folder holding the previous file;
+// the guard it returns takes the fault away again.
+TEST_F(ChainSaveFault, AFileSizeLimitAFullDiskOrAReadOnlyFolderFailsTheSaveAndKeepsThePreviousFile)
 {
-    savePrevious();
-    QString error;
-    bool saved = true;
-    {
-        const FileSizeLimit limit(static_cast<rlim_t>(m_previous.size()) + 16);
-        ASSERT_TRUE(limit.active());
+    struct Fault {
+        const char* name;
+        std::function<std::shared_ptr<void>(ChainSaveFault&)> set; // null: cannot be set up here
+    };
+    const Fault faults[] = {
+        { "file size limit",
+            [](ChainSaveFault& t) -> std::shared_ptr<void> {
+                auto limit = std::make_shared<FileSizeLimit>(static_cast<rlim_t>(t.m_previous.size()) + 16);
+                return limit->active() ? limit : nullptr;
+            } },
+        { "full disk",
+            [](ChainSaveFault& t) -> std::shared_ptr<void> {
+                auto mount = std::make_shared<TestMount>(TestMount::tmpfs(t.m_dir, 128 * 1024));
+                if (!mount->active())
+                    return nullptr;
+                t.savePrevious();
+                return fillFileSystem(t.m_dir, QStringLiteral("filler.bin")).isEmpty() ? nullptr : mount;
+            } },
+        { "read-only folder",
+            [](ChainSaveFault& t) -> std::shared_ptr<void> {
+                if (::geteuid() == 0) { // permissions do not stop root; a read-only bind mount does
+                    auto mount = std::make_shared<TestMount>(TestMount::readOnlyBind(t.m_dir));
+                    return mount->active() ? mount : nullptr;
+                }
+                if (!QFile::setPermissions(t.m_dir, QFileDevice::ReadOwner | QFileDevice::ExeOwner))
+                    return nullptr;
+                return std::shared_ptr<void>(t.m_dir.data(), [dir = t.m_dir](void*) {
+                    QFile::setPermissions(
+                        dir, QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
+                });
+            } },
+    };
+    for (const Fault& fault : faults) {
+        SCOPED_TRACE(fault.name);
+        ASSERT_TRUE(QDir(m_dir).removeRecursively() && QDir().mkpath(m_dir));
+        savePrevious();
+        const std::shared_ptr<void> guard = fault.set(*this);
+        if (!guard) {
+            // Only a mount may be out of reach (root without the right to mount).
+            EXPECT_NE(fault.name, std::string("file size limit"));
+            std::cout << "[ SKIPPED  ] " << fault.name << ": cannot be set up here\n";
+            continue;
+        }
+        QString error;
         ::testing::internal::CaptureStdout();
-        saved = saveChainAndReport(m_file, m_large, &error);
+        EXPECT_FALSE(saveChainAndReport(m_file, m_large, &error));
         EXPECT_EQ(::testing::internal::GetCapturedStdout(), "Saveres=false\n");
+        EXPECT_FALSE(error.isEmpty());
+        expectPreviousIntact();
     }
-    EXPECT_FALSE(saved);
-    EXPECT_FALSE(error.isEmpty());
-    expectPreviousIntact();
-    // The same save succeeds once there is room again.
+    // A full disk fails even the small chain, whose file already exists: its
+    // temporary copy needs room too.
+    ASSERT_TRUE(QDir(m_dir).removeRecursively() && QDir().mkpath(m_dir));
+    if (const auto full = faults[1].set(*this)) {
+        EXPECT_FALSE(writeChainFile(m_file, m_small, nullptr));
+        expectPreviousIntact();
+    }
+    // The large save succeeds once there is room again.
     EXPECT_TRUE(writeChainFile(m_file, m_large, nullptr));
     EXPECT_EQ(readChainFile(m_file).chain.size(), 2u);
-}
-
-TEST_F(ChainSaveFault, AFullDiskFailsTheSaveAndKeepsThePreviousFile)
-{
-    TestMount mount = TestMount::tmpfs(m_dir, 128 * 1024);
-    if (!mount.active())
-        GTEST_SKIP() << "a small tmpfs cannot be mounted here: " << mount.why().toStdString();
-    savePrevious();
-    ASSERT_FALSE(fillFileSystem(m_dir, QStringLiteral("filler.bin")).isEmpty());
-
-    QString error;
-    EXPECT_FALSE(writeChainFile(m_file, m_large, &error));
-    EXPECT_FALSE(error.isEmpty());
-    // Even the small chain, whose file already exists, needs room for its
-    // temporary copy.
-    EXPECT_FALSE(writeChainFile(m_file, m_small, &error));
-    expectPreviousIntact();
-}
-
-TEST_F(ChainSaveFault, AReadOnlyFolderFailsTheSaveAndKeepsThePreviousFile)
-{
-    savePrevious();
-    const bool root = ::geteuid() == 0;
-    std::optional<TestMount> mount;
-    if (root) {
-        // Permissions do not stop root; a read-only bind mount does.
-        mount.emplace(TestMount::readOnlyBind(m_dir));
-        if (!mount->active())
-            GTEST_SKIP() << "running as root without the right to mount: " << mount->why().toStdString();
-    } else {
-        ASSERT_TRUE(QFile::setPermissions(m_dir, QFileDevice::ReadOwner | QFileDevice::ExeOwner));
-    }
-
-    QString error;
-    EXPECT_FALSE(writeChainFile(m_file, m_large, &error));
-    EXPECT_FALSE(error.isEmpty());
-    expectPreviousIntact();
-    if (!root)
-        QFile::setPermissions(
-            m_dir, QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
 }
 
 } // namespace

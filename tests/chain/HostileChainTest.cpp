@@ -8,7 +8,6 @@
 
 #include <QDir>
 #include <QFile>
-#include <QProcess>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -146,39 +145,6 @@ TEST_F(HostileChain, WrongTypesEverywhereGiveRecordsThatStillWork)
     const ChainReadResult again = readChainFile(copy);
     ASSERT_EQ(again.status, ChainReadResult::Ok) << again.error.toStdString();
     EXPECT_EQ(again.chain.front()->keys(), filter.keys());
-}
-
-TEST_F(HostileChain, WrongTypesEverywhereRunFromTheCommandLine)
-{
-    const QString definition = test::writeBatchDefinition(
-        m_dir.path(), QStringLiteral("glow.ffxml"), QStringLiteral("Glow"), QStringLiteral("Quillon Tests"));
-    ASSERT_FALSE(definition.isEmpty());
-    auto contents = [&definition] {
-        QFile file(definition);
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    };
-    const QByteArray before = contents();
-    const QString out = m_dir.filePath(QStringLiteral("out"));
-    ASSERT_TRUE(QDir().mkpath(out));
-
-    // A usable path among wrong types, and a path that is a number: the run
-    // goes through or stops with a message, and leaves no task files.
-    for (const QByteArray& pathValue :
-        { "<string>" + definition.toUtf8() + "</string>", QByteArray("<integer>5</integer>") }) {
-        SCOPED_TRACE(pathValue.toStdString());
-        QProcess run;
-        run.start(QStringLiteral(QUILLON_CLI_PATH),
-            { "--chain",
-                write(QStringLiteral("wrong.qlch"), plistOf("<array>" + wrongFilter(pathValue) + "</array>")),
-                "--tool", QStringLiteral(QUILLON_STANDIN_PATH), "--output", out, "--format", "PNG",
-                "--frames", "2", "--seed", "3", "--prefix", "p" });
-        ASSERT_TRUE(run.waitForFinished(90000));
-        EXPECT_EQ(run.exitStatus(), QProcess::NormalExit);
-        EXPECT_TRUE(run.exitCode() == 0 || !run.readAllStandardError().isEmpty()) << run.exitCode();
-        EXPECT_FALSE(QFile::exists(QDir(out).filePath(QStringLiteral("controlfile.xml"))));
-        EXPECT_TRUE(QDir(out).entryList({ QStringLiteral("bth-run-*") }, QDir::Files).isEmpty());
-    }
-    EXPECT_EQ(contents(), before);
 }
 
 TEST_F(HostileChain, BinaryPropertyListsWholeCutAndDamaged)

@@ -1,4 +1,4 @@
-#include "StepFixtures.h"
+#include "support/StepFixture.h"
 
 #include "run/RunSettings.h"
 
@@ -6,17 +6,6 @@ using namespace quillon;
 using namespace quillon::steptest;
 
 using ControlFile = StepTest;
-
-namespace {
-
-QByteArray golden(const char* name, const QString& inDir, const QString& outDir)
-{
-    QByteArray text
-        = readText(QStringLiteral(QUILLON_SOURCE_DIR "/tests/step/golden/") + QLatin1String(name));
-    return text.replace("@IN@", inDir.toUtf8()).replace("@OUT@", outDir.toUtf8());
-}
-
-} // namespace
 
 TEST_F(ControlFile, OneFilterTwoFramesMatchesTheGoldenFiles)
 {
@@ -28,11 +17,9 @@ TEST_F(ControlFile, OneFilterTwoFramesMatchesTheGoldenFiles)
     const QString control = step->createBatchFileWithFilepath(input, QStringLiteral("stone"));
 
     EXPECT_EQ(control, out(QStringLiteral("controlfile.xml")));
-    EXPECT_EQ(readText(control), golden("one-filter-controlfile.xml", inDir, outDir));
-    EXPECT_EQ(readText(out(QStringLiteral("bth-run-0.ffxml"))),
-        golden("one-filter-bth-run-0.ffxml", inDir, outDir));
-    EXPECT_EQ(readText(out(QStringLiteral("bth-run-1.ffxml"))),
-        golden("one-filter-bth-run-1.ffxml", inDir, outDir));
+    EXPECT_EQ(readText(control), goldenRun("one-filter-controlfile.xml"));
+    EXPECT_EQ(readText(out(QStringLiteral("bth-run-0.ffxml"))), goldenRun("one-filter-bth-run-0.ffxml"));
+    EXPECT_EQ(readText(out(QStringLiteral("bth-run-1.ffxml"))), goldenRun("one-filter-bth-run-1.ffxml"));
     EXPECT_EQ(step->outFiles,
         QStringList({ out(QStringLiteral("stone-0001.png")), out(QStringLiteral("stone-0002.png")) }));
     EXPECT_EQ(step->realFileNames,

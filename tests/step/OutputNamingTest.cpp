@@ -1,4 +1,4 @@
-#include "StepFixtures.h"
+#include "support/StepFixture.h"
 
 using namespace quillon;
 using namespace quillon::steptest;

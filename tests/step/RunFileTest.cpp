@@ -1,4 +1,4 @@
-#include "StepFixtures.h"
+#include "support/StepFixture.h"
 
 using namespace quillon;
 using namespace quillon::steptest;
@@ -21,37 +21,23 @@ protected:
     }
 };
 
-const QString kDefaultPresetUnchanged
-    = QStringLiteral("  Presets\n"
-                     "    DefaultPreset\n"
-                     "      Settings variation=\"1\" map_type=\"0\" seamless=\"false\"\n"
-                     "      Controls\n"
-                     "        SliderControl id=\"glow_amount\"\n"
-                     "          Value value=\"0.500\"\n"
-                     "        IntSliderControl id=\"radius\"\n"
-                     "          Value value=\"12\" unit=\"px\"\n"
-                     "        AngleControl id=\"angle\"\n"
-                     "          Value value=\"45.000\"\n"
-                     "        CheckboxControl id=\"invert\"\n"
-                     "          Checked value=\"false\"\n");
-
 } // namespace
 
 TEST_F(RunFile, InactiveOrUnknownParametersKeepThePresetValues)
 {
     for (const RecordPtr& p : *filter->list(key::Components))
         p->setInteger(key::POPSTATE, 1);
-    EXPECT_EQ(presetOfOneTask(), kDefaultPresetUnchanged);
+    EXPECT_EQ(presetOfOneTask(), QString::fromUtf8(golden("preset-default.txt")));
     EXPECT_EQ(parameter(*filter, QStringLiteral("radius"))->integer(key::STARTVALUE), 1);
 
     auto ghost = makeParameterRecord(controlType::kTypeSlider, QStringLiteral("no_such_control"));
     filter->list(key::Components)->insert(filter->list(key::Components)->begin(), ghost);
     activate(*filter, ghost->string(key::CONTROL_ID), 1);
-    EXPECT_EQ(presetOfOneTask(), kDefaultPresetUnchanged);
+    EXPECT_EQ(presetOfOneTask(), QString::fromUtf8(golden("preset-default.txt")));
     EXPECT_DOUBLE_EQ(ghost->real(key::STARTVALUE), 0.5); // the rule still advanced it
 
     filter->remove(key::Components);
-    EXPECT_EQ(presetOfOneTask(), kDefaultPresetUnchanged);
+    EXPECT_EQ(presetOfOneTask(), QString::fromUtf8(golden("preset-default.txt")));
 }
 
 TEST_F(RunFile, ActiveValuesAreWrittenAndRewrittenAttributesGoLast)
@@ -72,19 +58,7 @@ TEST_F(RunFile, ActiveValuesAreWrittenAndRewrittenAttributesGoLast)
         return 500;
     });
     EXPECT_EQ(draws, 1);
-    EXPECT_EQ(tree,
-        QStringLiteral("  Presets\n"
-                       "    DefaultPreset\n"
-                       "      Settings map_type=\"0\" seamless=\"false\" variation=\"7501\"\n"
-                       "      Controls\n"
-                       "        SliderControl id=\"glow_amount\"\n"
-                       "          Value value=\"0.250\"\n"
-                       "        IntSliderControl id=\"radius\"\n"
-                       "          Value unit=\"px\" value=\"7\"\n"
-                       "        AngleControl id=\"angle\"\n"
-                       "          Value value=\"180.000\"\n"
-                       "        CheckboxControl id=\"invert\"\n"
-                       "          Checked value=\"true\"\n"));
+    EXPECT_EQ(tree, QString::fromUtf8(golden("preset-active-values.txt")));
 }
 
 TEST_F(RunFile, TheChosenPresetComesFromTheSettingsAndLosesItsAttributes)
@@ -180,7 +154,7 @@ TEST_F(RunFile, AnUnwritableRunFileIsReportedAndTheTaskDropped)
 
 TEST_F(RunFile, CommentsAndInstructionsOfTheDefinitionAreKept)
 {
-    QByteArray definition(kDefinition);
+    QByteArray definition = readText(definitionPath);
     definition.replace("<Filter>", "<?render-hint fast?>\n<!-- made by hand -->\n<Filter>");
     definition.replace("<Controls>", "<Controls><!-- tuned -->");
     ASSERT_TRUE(writeText(definitionPath, definition));

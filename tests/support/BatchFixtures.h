@@ -7,8 +7,6 @@
 #include <QString>
 #include <QStringList>
 
-#include <ostream>
-
 namespace quillon::test {
 
 // Writes a small filter definition (one slider, one check box, two presets)
@@ -45,9 +43,3 @@ private:
 };
 
 } // namespace quillon::test
-
-// Readable QString values in GoogleTest messages.
-inline void PrintTo(const QString& text, std::ostream* os)
-{
-    *os << '"' << text.toStdString() << '"';
-}

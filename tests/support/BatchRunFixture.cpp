@@ -13,14 +13,10 @@ void RecordingBatchDisplay::showErrorAlert(const QString& message)
 void RecordingBatchDisplay::beginProgressSheet()
 {
     events.append(QStringLiteral("begin"));
-    if (forward)
-        forward->beginProgressSheet();
 }
 
 void RecordingBatchDisplay::endProgressSheet()
 {
-    if (forward)
-        forward->endProgressSheet();
     events.append(QStringLiteral("end"));
     deletionList = m_controller->interimFiles();
 }
@@ -34,14 +30,10 @@ void RecordingBatchDisplay::showSourceInfo(const QString& source)
 {
     sources.append(source);
     events.append(QStringLiteral("source:") + source);
-    if (onSource)
-        onSource(source);
 }
 
 void RecordingBatchDisplay::showRenderInfo(const QString& info)
 {
-    if (forward)
-        forward->showRenderInfo(info);
     ++renderCount;
     shown += info.toUtf8();
     if (info.size() < 4096)

@@ -5,10 +5,10 @@
 // settings toward the stand-in render tool and a controller that reports to
 // the recording display.
 
-#include "run/RunSettings.h"
 #include "batch/BatchController.h"
 #include "batch/BatchDisplay.h"
 #include "library/Record.h"
+#include "run/RunSettings.h"
 #include "support/BatchFixtures.h"
 
 #include <QByteArray>
@@ -41,8 +41,6 @@ public:
     int beeps = 0;
     QStringList deletionList;
     std::function<void(const QString&)> onRender;
-    std::function<void(const QString&)> onSource;
-    BatchDisplay* forward = nullptr; // also shown there (the window's display)
 
     void showErrorAlert(const QString& message) override;
     void beginProgressSheet() override;

@@ -1,12 +1,22 @@
-#include <QApplication>
 #include <gtest/gtest.h>
 
-// Widget tests need a QApplication; core tests are happy with it too.
+#ifdef QUILLON_TEST_WIDGETS
+#include <QApplication>
+using TestApplication = QApplication;
+#else
+#include <QCoreApplication>
+using TestApplication = QCoreApplication;
+#endif
+
+// Window tests get a QApplication on the offscreen platform (unless one is
+// set); core tests get a QCoreApplication for their event loops and threads.
 int main(int argc, char** argv)
 {
-    qputenv("QT_QPA_PLATFORM",
-        qgetenv("QT_QPA_PLATFORM").isEmpty() ? QByteArray("offscreen") : qgetenv("QT_QPA_PLATFORM"));
-    QApplication app(argc, argv);
+#ifdef QUILLON_TEST_WIDGETS
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+#endif
+    TestApplication app(argc, argv);
     ::testing::InitGoogleTest(&argc, argv);
     return RUN_ALL_TESTS();
 }

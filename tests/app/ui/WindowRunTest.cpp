@@ -1,4 +1,4 @@
-#include "SettingsWindowFixture.h"
+#include "support/WindowFixture.h"
 
 #include "app/ui/ProgressSheet.h"
 #include "batch/BatchController.h"
@@ -96,51 +96,7 @@ protected:
     }
 
     QTimer* m_animation = nullptr;
-
-    QString startAndTakeAlert()
-    {
-        MessageBoxes::instance().clearShownMessages();
-        widget<QPushButton>("startButton")->click();
-        EXPECT_FALSE(delegate().batchController()->isRunning());
-        const QStringList shown = alerts();
-        return shown.size() == 1 ? shown.first() : QStringLiteral("<%1 alerts>").arg(shown.size());
-    }
 };
-
-TEST_F(WindowRunTest, StartShowsTheFirstFailedCheckInTheErrorAlert)
-{
-    EXPECT_EQ(startAndTakeAlert(), QStringLiteral("No filters in the queue"));
-
-    buildChain(1);
-    EXPECT_EQ(startAndTakeAlert(), QStringLiteral("No Batchrender tool selected"));
-
-    locate("locateRenderToolButton", QStringLiteral(QUILLON_STANDIN_PATH));
-    EXPECT_EQ(startAndTakeAlert(), QStringLiteral("No output path selected"));
-
-    const QString notADirectory = m_dir.filePath(QStringLiteral("plain-file"));
-    ASSERT_TRUE(QFile(notADirectory).open(QIODevice::WriteOnly));
-    locate("locateOutputButton", notADirectory);
-    EXPECT_EQ(startAndTakeAlert(), QStringLiteral("No output path selected"));
-
-    locate("locateOutputButton", outputDir());
-    choose(popup("sourceTypePopup"), 0);
-    EXPECT_EQ(startAndTakeAlert(), QStringLiteral("Input file does not exist"));
-
-    choose(popup("sourceTypePopup"), 1);
-    EXPECT_EQ(startAndTakeAlert(), QStringLiteral("Input directory does not exist"));
-
-    const QString emptyInputs = m_dir.filePath(QStringLiteral("inputs"));
-    ASSERT_TRUE(QDir().mkpath(emptyInputs));
-    locate("locateSourceButton", emptyInputs);
-    EXPECT_EQ(startAndTakeAlert(), QStringLiteral("Input directory empty"));
-
-    choose(popup("sourceTypePopup"), 2);
-    field("outputFilenamePrefixField")->setText(QString());
-    EXPECT_EQ(
-        startAndTakeAlert(), QStringLiteral("No filename gives (file prefix when running without input)"));
-    EXPECT_FALSE(delegate().progressSheet()->isVisible());
-    EXPECT_TRUE(taskFilesLeft().isEmpty());
-}
 
 TEST_F(WindowRunTest, AFullRunCompletesClosesTheSheetAndDeletesTheInterimFiles)
 {

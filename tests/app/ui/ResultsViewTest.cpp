@@ -1,4 +1,4 @@
-#include "SettingsWindowFixture.h"
+#include "support/WindowFixture.h"
 
 #include "app/ui/ChainPreview.h"
 #include "app/ui/LatestThumbnail.h"

@@ -1,7 +1,7 @@
 // The window as a new user meets it: keyboard, the add sheet's search,
 // the screen size, what is remembered, drops and the Help menu.
 
-#include "SettingsWindowFixture.h"
+#include "support/WindowFixture.h"
 
 #include "chain/ChainFile.h"
 #include "run/RunSettings.h"

@@ -15,35 +15,8 @@
 #include <pugixml.hpp>
 
 #include <memory>
-#include <ostream>
-
-inline void PrintTo(const QString& text, std::ostream* os)
-{
-    *os << '"' << text.toStdString() << '"';
-}
 
 namespace quillon::steptest {
-
-// Settings and one Value carry extra attributes so that the order of
-// rewritten attributes shows.
-inline const char* const kDefinition = R"(<?xml version="1.0" encoding="UTF-8"?>
-<Filter><Information name-en="Stone Glow" author="Quillon Tests" description-en="Glow for stones"/>
-<Components><Result><FilterType value="1"/></Result>
-<SliderControl id="glow_amount"><Name value-en="Glow Amount"/><DefaultValue value="0.5"/></SliderControl>
-<IntSliderControl id="radius"><Name value-en="Radius"/><RangeMax value="255"/></IntSliderControl>
-<AngleControl id="angle"><Name value-en="Angle"/></AngleControl>
-<CheckboxControl id="invert"><Name value-en="Invert"/></CheckboxControl></Components>
-<Presets><Preset name-en="Default"><Settings variation="1" map_type="0" seamless="false"/><Controls>
-<SliderControl id="glow_amount"><Value value="0.500"/></SliderControl>
-<IntSliderControl id="radius"><Value value="12" unit="px"/></IntSliderControl>
-<AngleControl id="angle"><Value value="45.000"/></AngleControl>
-<CheckboxControl id="invert"><Checked value="false"/></CheckboxControl></Controls></Preset>
-<Preset name-en="Strong" locked="true"><Settings variation="9" map_type="0" seamless="true"/><Controls>
-<SliderControl id="glow_amount"><Value value="0.900"/></SliderControl>
-<IntSliderControl id="radius"><Value value="40" unit="px"/></IntSliderControl>
-<AngleControl id="angle"><Value value="90.000"/></AngleControl>
-<CheckboxControl id="invert"><Checked value="true"/></CheckboxControl></Controls></Preset></Presets></Filter>
-)";
 
 inline bool writeText(const QString& path, const QByteArray& text)
 {
@@ -55,6 +28,13 @@ inline QByteArray readText(const QString& path)
 {
     QFile file(path);
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+// A file of tests/step/golden; in the files the run writes, @IN@ and @OUT@
+// stand for the fixture's in/ and out/ folders.
+inline QByteArray golden(const char* name)
+{
+    return readText(QStringLiteral(QUILLON_SOURCE_DIR "/tests/step/golden/") + QLatin1String(name));
 }
 
 // One line per element: indentation, name, then the attributes in document
@@ -132,7 +112,10 @@ protected:
         inDir = dir.filePath(QStringLiteral("in"));
         outDir = dir.filePath(QStringLiteral("out"));
         definitionPath = dir.filePath(QStringLiteral("stone-glow.ffxml"));
-        ASSERT_TRUE(writeText(definitionPath, kDefinition));
+        // Settings and one Value carry extra attributes so that the order of
+        // rewritten attributes shows.
+        ASSERT_TRUE(QFile::copy(
+            QStringLiteral(QUILLON_SOURCE_DIR "/tests/step/golden/stone-glow.ffxml"), definitionPath));
 
         auto list = std::make_shared<RecordList>();
         list->push_back(makeParameterRecord(controlType::kTypeSlider, QStringLiteral("glow_amount")));
@@ -166,6 +149,10 @@ protected:
     }
 
     QString out(const QString& name) const { return outDir + QLatin1Char('/') + name; }
+    QByteArray goldenRun(const char* name) const
+    {
+        return golden(name).replace("@IN@", inDir.toUtf8()).replace("@OUT@", outDir.toUtf8());
+    }
 
     QTemporaryDir dir;
     QString inDir;

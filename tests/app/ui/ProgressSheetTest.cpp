@@ -1,4 +1,5 @@
 #include "app/ui/ProgressSheet.h"
+#include "app/ui/WindowBatchDisplay.h"
 
 #include <QLabel>
 #include <QMainWindow>
@@ -9,17 +10,6 @@
 
 namespace quillon {
 namespace {
-
-TEST(ProgressSheetTest, AnimationFramesAreSixDistinctImagesFromTheResources)
-{
-    const QList<QPixmap> frames = ProgressSheet::loadAnimationFrames();
-    ASSERT_EQ(frames.size(), 6);
-    for (const QPixmap& frame : frames) {
-        EXPECT_FALSE(frame.isNull());
-        EXPECT_EQ(frame.size(), frames.first().size());
-    }
-    EXPECT_NE(frames[0].toImage(), frames[5].toImage());
-}
 
 TEST(ProgressSheetTest, PlannedToolRunsFollowTheChain)
 {
@@ -113,6 +103,28 @@ TEST_F(ProgressSheetWindowTest, AbortButtonAndEscapeBothAskForAnAbort)
     // Only the run's end closes the sheet.
     EXPECT_TRUE(m_sheet->isVisible());
     m_sheet->endRun();
+}
+
+TEST(ProgressTail, ShortOutputIsShownWholeAndLongOutputByItsLastLines)
+{
+    EXPECT_EQ(WindowBatchDisplay::tailForDisplay(QStringLiteral("Rendering task 1/2")),
+        QStringLiteral("Rendering task 1/2"));
+    EXPECT_EQ(WindowBatchDisplay::tailForDisplay(QStringLiteral("a\nb\nc\nd")), QStringLiteral("a\nb\nc\nd"));
+    EXPECT_EQ(
+        WindowBatchDisplay::tailForDisplay(QStringLiteral("a\nb\nc\nd\ne\nf")), QStringLiteral("c\nd\ne\nf"));
+    const QString longLine = QString(2000, QLatin1Char('x')) + QStringLiteral("end");
+    EXPECT_EQ(
+        WindowBatchDisplay::tailForDisplay(longLine), longLine.right(WindowBatchDisplay::kShownCharacters));
+    // A character outside the BMP is never cut in half.
+    QString pairs;
+    for (int i = 0; i < 1000; ++i)
+        pairs += QStringLiteral("\U0001D11E");
+    pairs += QLatin1Char('z'); // the plain cut would fall between the halves of a pair
+    ASSERT_TRUE(pairs.at(pairs.size() - WindowBatchDisplay::kShownCharacters).isLowSurrogate());
+    const QString shownPairs = WindowBatchDisplay::tailForDisplay(pairs);
+    EXPECT_FALSE(shownPairs.at(0).isLowSurrogate());
+    EXPECT_EQ(shownPairs.size(), WindowBatchDisplay::kShownCharacters - 1);
+    EXPECT_TRUE(pairs.endsWith(shownPairs));
 }
 
 } // namespace

@@ -1,4 +1,4 @@
-#include "SettingsWindowFixture.h"
+#include "support/WindowFixture.h"
 
 #include "run/RunSettings.h"
 

@@ -1,7 +1,7 @@
 // The window's real dialogs and alerts (not the answers tests give in
 // advance).
 
-#include "SettingsWindowFixture.h"
+#include "support/WindowFixture.h"
 
 #include "app/ui/ProgressSheet.h"
 
