@@ -36,9 +36,20 @@ bool isTaskFile(const QString& name)
     return name == QLatin1String("controlfile.xml") || name.endsWith(QLatin1String(".ffxml"));
 }
 
+// Gone, or dead and waiting to be reaped (an orphan's new parent may be
+// slow to reap it, or never do so in a container).
 bool processGone(qint64 pid)
 {
-    return pid > 0 && ::kill(static_cast<pid_t>(pid), 0) != 0 && errno == ESRCH;
+    if (pid <= 0)
+        return false;
+    if (::kill(static_cast<pid_t>(pid), 0) != 0 && errno == ESRCH)
+        return true;
+    QFile stat(QStringLiteral("/proc/%1/stat").arg(pid));
+    if (!stat.open(QIODevice::ReadOnly))
+        return true;
+    const QByteArray line = stat.readAll();
+    const qsizetype close = line.lastIndexOf(')');
+    return close > 0 && line.mid(close + 2, 1) == "Z";
 }
 
 TEST_F(CliSafety, RefusedRunsSayWhyAndWriteNothing)

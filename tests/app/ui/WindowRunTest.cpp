@@ -187,7 +187,7 @@ TEST_F(WindowRunTest, QuittingDuringARunAsksFirstAndAbortsTheRun)
 
 TEST_F(WindowRunTest, ImagesAreCountedAsTheyComeAndExistingOutputsAreAskedAbout)
 {
-    BatchEnvGuard delay("QUILLON_STANDIN_DELAY_MS", "150");
+    BatchEnvGuard delay("QUILLON_STANDIN_DELAY_MS", "400");
     buildChain(1);
     prepareRunWithoutInput(QStringLiteral("3"));
     QSignalSpy finished(delegate().batchController(), &BatchController::runFinished);
