@@ -33,22 +33,11 @@ QString joinPath(const QString& directory, const QString& name)
     return directory + QLatin1Char('/') + name;
 }
 
-void setAttribute(pugi::xml_node element, const char* name, const QString& value)
-{
-    element.append_attribute(name).set_value(value.toUtf8().constData());
-}
-
 // Removes the attribute and appends it again, so it ends up last.
 void rewriteAttribute(pugi::xml_node element, const char* name, const QString& value)
 {
     element.remove_attribute(name);
     setAttribute(element, name, value);
-}
-
-// An option element: `name` with the one attribute value="...".
-void appendOption(pugi::xml_node parent, const char* name, const QString& value)
-{
-    setAttribute(parent.append_child(name), "value", value);
 }
 
 // The last child element of that name (a later duplicate wins).
@@ -465,93 +454,6 @@ QString filterProcessObject::createBatchFileNoFile()
     return createBatchFileWithFilepath(QString(), QString());
 }
 
-// ---- Rendering and format options ----------------------------------------
-
-pugi::xml_node filterProcessObject::createGlobalSettings(pugi::xml_node parent) const
-{
-    pugi::xml_node global = parent.append_child("GlobalSettings");
-    createRenderOptions(global);
-    createBitmapFormatOptions(global);
-    return global;
-}
-
-pugi::xml_node filterProcessObject::createRenderOptions(pugi::xml_node parent) const
-{
-    const RunSettings& s = settings();
-    pugi::xml_node options = parent.append_child("RenderingOptions");
-    appendOption(options, "UseMultithreading", stringFromCheckbox(s.multithread));
-    appendOption(options, "Dither", stringFromCheckbox(s.dither));
-    appendOption(options, "Progressive", stringFromCheckbox(s.progressive));
-    appendOption(options, "OptimizeBlurs", QStringLiteral("true"));
-    appendOption(options, "AntiAliasBitmapComponentSources", stringFromCheckbox(s.antiAlias));
-    appendOption(options, "Jitter", QStringLiteral("0"));
-    appendOption(options, "TemporaryFilesLocation", QString());
-    appendOption(options, "RAMUsageLimit", QStringLiteral("60"));
-    appendOption(options, "NormalMapFlipY", stringFromCheckbox(s.normalmapFlip));
-    return options;
-}
-
-pugi::xml_node filterProcessObject::createBitmapFormatOptions(pugi::xml_node parent) const
-{
-    const RunSettings& s = settings();
-    pugi::xml_node options = parent.append_child("BitmapFormatOptions");
-    appendOption(options, "DefaultFormat", getSelectedFormatText());
-
-    pugi::xml_node jpg = options.append_child("JPG");
-    appendOption(jpg, "Quality", s.jpegQualityText);
-    appendOption(jpg, "FullPrecision", stringFromCheckbox(s.jpegFullPrecision));
-
-    pugi::xml_node png = options.append_child("PNG");
-    appendOption(png, "BitDepth", getPNGBitDepth(s.pngBitDepth));
-    appendOption(png, "IncludeTransparency", stringFromCheckbox(s.pngIncludeTrans));
-    appendOption(png, "ImageCompression", getPNGCompression(s.pngCompression));
-
-    pugi::xml_node tif = options.append_child("TIF");
-    appendOption(tif, "BitDepth", getTIFFBitDepth(s.tiffBitDepth));
-    appendOption(tif, "IncludeTransparency", stringFromCheckbox(s.tiffIncludeTrans));
-    appendOption(tif, "FloatFormat", stringFromCheckbox(s.tiffFloatFormat));
-    appendOption(tif, "ImageCompression", getTIFFCompression(s.tiffCompression));
-
-    pugi::xml_node tga = options.append_child("TGA");
-    appendOption(tga, "BitDepth", getTGABitDepth(s.tgaBitDepth));
-    appendOption(tga, "IncludeTransparency", stringFromCheckbox(s.tgaIncludeTrans));
-    appendOption(tga, "FlipRowOrder", stringFromCheckbox(s.tgaFlipOrder));
-
-    pugi::xml_node bmp = options.append_child("BMP");
-    appendOption(bmp, "BitDepth", QStringLiteral("32"));
-    appendOption(bmp, "FlipRowOrder", QStringLiteral("false"));
-
-    pugi::xml_node exr = options.append_child("EXR");
-    appendOption(exr, "BitDepth", QStringLiteral("32"));
-    appendOption(exr, "FlipRowOrder", QStringLiteral("false"));
-    appendOption(exr, "IncludeTransparency", QStringLiteral("true"));
-    appendOption(exr, "ImageCompression", QStringLiteral("PIZ"));
-
-    options.append_child("PFM");
-    return options;
-}
-
-QString filterProcessObject::stringFromCheckbox(int state)
-{
-    if (state == 1)
-        return QStringLiteral("true");
-    if (state == 0)
-        return QStringLiteral("false");
-    return QStringLiteral("unknown");
-}
-
-QString filterProcessObject::getSelectedFormatText() const
-{
-    const QString& format = settings().format;
-    // No format chosen: the window's first tab.
-    return format.isEmpty() ? QStringLiteral("JPEG") : format;
-}
-
-QString filterProcessObject::getSelectedFileExtension() const
-{
-    return QLatin1Char('.') + getSelectedFormatText().toLower();
-}
-
 // ---- Run files --------------------------------------------------------------
 
 pugi::xml_node filterProcessObject::createTaskSettingFor(
@@ -650,68 +552,6 @@ void filterProcessObject::setPresetWithPreset(pugi::xml_node preset, pugi::xml_n
     while (pugi::xml_node child = presets.first_child())
         presets.remove_child(child);
     presets.append_move(preset);
-}
-
-// ---- Output names -------------------------------------------------------------
-
-QString filterProcessObject::getFileSuffixFor(qint64 index) const
-{
-    switch (settings().nameStyle) {
-    case FrameStyle::Plain:
-        return QLatin1Char('-') + QString::number(index + 1);
-    case FrameStyle::FourDigit:
-        return QString::asprintf("-%04lld", static_cast<long long>(index + 1));
-    case FrameStyle::Letter: {
-        const qint64 code = 97 + index;
-        const bool valid = code >= 0 && code <= 0x10FFFF && !(code >= 0xD800 && code <= 0xDFFF);
-        if (!valid) // past the last character: fall back to the plain number
-            return QLatin1Char('-') + QString::number(index + 1);
-        const char32_t character = static_cast<char32_t>(code);
-        return QLatin1Char('-') + QString::fromUcs4(&character, 1);
-    }
-    default:
-        return {};
-    }
-}
-
-QString filterProcessObject::makeBaseNameFromPathWithPath(const QString& path)
-{
-    QStringView component(path);
-    while (component.size() > 1 && component.endsWith(QLatin1Char('/')))
-        component.chop(1);
-    const qsizetype slash = component.lastIndexOf(QLatin1Char('/'));
-    if (slash >= 0 && component.size() > 1)
-        component = component.mid(slash + 1);
-    const qsizetype dot = component.indexOf(QLatin1Char('.'));
-    if (dot >= 0 && component.indexOf(QLatin1Char('.'), dot + 1) < 0)
-        return component.left(dot).toString();
-    return component.toString();
-}
-
-QString filterProcessObject::getMapNameWithMapindex(qint64 mapindex)
-{
-    switch (mapindex) {
-    case 1:
-        return QStringLiteral("_alpha");
-    case 2:
-        return QStringLiteral("_diffuse");
-    case 3:
-        return QStringLiteral("_bump");
-    case 4:
-        return QStringLiteral("_normal");
-    case 5:
-        return QStringLiteral("_specstr");
-    case 6:
-        return QStringLiteral("_specexp");
-    case 7:
-        return QStringLiteral("_ao");
-    case 8:
-        return QStringLiteral("_ro");
-    case 9:
-        return QStringLiteral("_metallic");
-    default:
-        return QStringLiteral("_base");
-    }
 }
 
 } // namespace quillon

@@ -22,6 +22,18 @@ bool loadXmlFile(pugi::xml_document& document, const QString& path, QString* err
 // indentation. `expectedSize`, when known, saves the growing of the result.
 QByteArray serializeXml(pugi::xml_document& document, qsizetype expectedSize = 0);
 
+// Appends the attribute `name` with `value` (it goes last).
+inline void setAttribute(pugi::xml_node element, const char* name, const QString& value)
+{
+    element.append_attribute(name).set_value(value.toUtf8().constData());
+}
+
+// An option element: `name` with the one attribute value="...".
+inline void appendOption(pugi::xml_node parent, const char* name, const QString& value)
+{
+    setAttribute(parent.append_child(name), "value", value);
+}
+
 // One line about a problem on standard output, flushed at once.
 void printConsoleLine(const QString& line);
 
