@@ -55,6 +55,21 @@ QString absolutePath(const QString& path)
     return path.isEmpty() ? path : QDir::cleanPath(QFileInfo(path).absoluteFilePath());
 }
 
+// Runs `work` on a thread of its own while this thread goes on serving its
+// events (painting, timers, signals), all but user input, which waits until
+// the work is done: nothing can start a second Start meanwhile.
+void runAside(const std::function<void()>& work)
+{
+    QEventLoop loop;
+    std::unique_ptr<QThread> thread(QThread::create(work));
+    thread->setObjectName(QStringLiteral("quillon-planner"));
+    QObject::connect(thread.get(), &QThread::finished, &loop, &QEventLoop::quit);
+    thread->start();
+    loop.exec(QEventLoop::ExcludeUserInputEvents);
+    // An application quitting ends the loop early; the work is waited for.
+    thread->wait();
+}
+
 } // namespace
 
 BatchController::BatchController(BatchDisplay* display, QObject* parent)
@@ -149,23 +164,28 @@ bool BatchController::checkInputs(QString* error)
     }
     if (const auto frames = m_settings.frameCountReal(); frames && *frames < 0)
         return failCheck(QStringLiteral("Number of frames must not be negative"), error);
-    if (!collectInputs(error))
-        return false;
-
     // The steps write absolute paths into the task files and the tool is
-    // started by path, never looked up in PATH.
+    // started by path, never looked up in PATH. The inputs keep the form the
+    // user gave.
+    const QString givenSource = m_settings.sourcePath;
     m_settings.toolPath = absolutePath(m_settings.toolPath);
     m_settings.outputPath = absolutePath(m_settings.outputPath);
     m_settings.sourcePath = absolutePath(m_settings.sourcePath);
     m_canonicalOutputDir = QFileInfo(m_settings.outputPath).canonicalFilePath();
-
-    // The whole run, computed before anything of it is written.
     if (!m_settings.seed)
         m_settings.seed = std::random_device()() | (quint64(std::random_device()()) << 32);
-    m_plan = std::make_shared<RunPlan>(planRun(m_chain, m_settings, m_inputs, *m_settings.seed));
-    const QString refusal = planRefusal(*m_plan);
-    if (!refusal.isEmpty())
-        return failCheck(refusal, error);
+
+    // The whole run, computed before anything of it is written. Listing a
+    // folder of tens of thousands of inputs and planning their outputs take
+    // a while, so both run aside, on copies of the records.
+    StartPlan start;
+    runAside([&start, chain = copyChain(m_chain), settings = m_settings, givenSource] {
+        start = planStart(chain, settings, givenSource);
+    });
+    m_inputs = std::move(start.inputs);
+    m_plan = std::move(start.plan);
+    if (!start.refusal.isEmpty())
+        return failCheck(start.refusal, error);
     return true;
 }
 
@@ -299,42 +319,6 @@ void BatchController::closeRunLog()
 bool BatchController::isLogOpen() const
 {
     return m_logfh && m_logfh->isOpen();
-}
-
-QStringList BatchController::makesFilesArray() const
-{
-    if (m_settings.sourcePath.isEmpty())
-        return {};
-    switch (m_settings.inputMode) {
-    case InputMode::File:
-        return { m_settings.sourcePath };
-    case InputMode::Directory:
-        return loadImagesFromSourceFolder(m_settings.sourcePath);
-    default:
-        return {};
-    }
-}
-
-bool BatchController::collectInputs(QString* error)
-{
-    m_inputs.clear();
-    if (m_settings.inputMode != InputMode::Directory || m_settings.sourcePath.isEmpty()) {
-        m_inputs = makesFilesArray();
-        return true;
-    }
-    InputListing listing = listInputDirectory(m_settings.sourcePath);
-    if (!listing.undecodable.isEmpty()) {
-        constexpr qsizetype kNamed = 5;
-        QString names = listing.undecodable.mid(0, kNamed).join(QStringLiteral(", "));
-        if (listing.undecodable.size() > kNamed)
-            names += QStringLiteral(" and %1 more").arg(listing.undecodable.size() - kNamed);
-        return failCheck(
-            QStringLiteral("Input names that are not valid UTF-8 cannot be given to the render tool: %1")
-                .arg(names),
-            error);
-    }
-    m_inputs = std::move(listing.paths);
-    return true;
 }
 
 QStringList BatchController::loadImagesFromSourceFolder(const QString& directory)

@@ -97,8 +97,6 @@ public:
     bool isAborted() const { return m_isAborted.load(); }
 
     // ---- Pieces of Start, usable on their own ----------------------------
-    // Inputs for the snapshot's source path and input mode.
-    QStringList makesFilesArray() const;
     // Every entry under `directory`, deep, files and subdirectories alike,
     // skipping entries whose relative path begins with "."; sorted by path.
     // Empty when the directory cannot be listed.
@@ -148,12 +146,10 @@ private:
     // display's error alert (a question the user answered needs none).
     bool failCheck(const QString& message, QString* error, bool alert = true);
     // The checks of Start, before and after the run takes the directory;
-    // checkInputs ends with the run's plan in m_plan.
+    // checkInputs lists the inputs into m_inputs and ends with the run's
+    // plan in m_plan.
     bool checkSettings(QString* error);
     bool checkInputs(QString* error);
-    // Lists the inputs of the run into m_inputs; false (a failed check) when
-    // some cannot be named to the tool.
-    bool collectInputs(QString* error);
     void openRunLog();
     void closeRunLog();
     void printLine(const QLoggingCategory& category, const QString& text) const;

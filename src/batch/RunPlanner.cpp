@@ -1,6 +1,8 @@
 #include "batch/RunPlanner.h"
 
 #include "batch/BatchController.h"
+#include "batch/InputListing.h"
+#include "batch/PlanChecks.h"
 #include "step/FilterProcessObject.h"
 #include "step/SilentStepParent.h"
 #include "variations/ValueRule.h"
@@ -95,6 +97,44 @@ RunPlan planRun(const RecordList& chain, const RunSettings& settings, const QStr
         }
     }
     return plan;
+}
+
+RecordList copyChain(const RecordList& chain)
+{
+    QHash<const Record*, RecordPtr> copies;
+    RecordList copy;
+    copy.reserve(chain.size());
+    for (const RecordPtr& original : chain) {
+        RecordPtr& record = copies[original.get()];
+        if (!record)
+            record = original ? copyFilter(original) : original;
+        copy.push_back(record);
+    }
+    return copy;
+}
+
+StartPlan planStart(const RecordList& chain, const RunSettings& settings, const QString& source)
+{
+    StartPlan start;
+    if (settings.inputMode == InputMode::File && !source.isEmpty()) {
+        start.inputs = QStringList { source };
+    } else if (settings.inputMode == InputMode::Directory && !source.isEmpty()) {
+        InputListing listing = listInputDirectory(source);
+        if (!listing.undecodable.isEmpty()) {
+            constexpr qsizetype kNamed = 5;
+            QString names = listing.undecodable.mid(0, kNamed).join(QStringLiteral(", "));
+            if (listing.undecodable.size() > kNamed)
+                names += QStringLiteral(" and %1 more").arg(listing.undecodable.size() - kNamed);
+            start.refusal
+                = QStringLiteral("Input names that are not valid UTF-8 cannot be given to the render tool: %1")
+                      .arg(names);
+            return start;
+        }
+        start.inputs = std::move(listing.paths);
+    }
+    start.plan = std::make_shared<RunPlan>(planRun(chain, settings, start.inputs, settings.seed.value_or(0)));
+    start.refusal = planRefusal(*start.plan);
+    return start;
 }
 
 } // namespace quillon

@@ -3,7 +3,10 @@
 #include "library/Record.h"
 #include "run/RunPlan.h"
 
+#include <QString>
 #include <QStringList>
+
+#include <memory>
 
 namespace quillon {
 
@@ -21,5 +24,20 @@ void applyMapChoice(Record& record, const RunSettings& settings, bool maps);
 
 RunPlan planRun(
     const RecordList& chain, const RunSettings& settings, const QStringList& inputs, quint64 seed);
+
+// Copies of a chain's filter records and of their parameter records; a
+// record that two steps share is copied once and stays shared.
+RecordList copyChain(const RecordList& chain);
+
+// The first part of a Start that may take long: the inputs listed, the run
+// planned with `settings.seed` (absolute paths) and the plan checked. The
+// inputs are named from `source`, the input path as the user gave it.
+// Safe on any thread: it reads only its arguments and the file system.
+struct StartPlan {
+    QStringList inputs;
+    std::shared_ptr<RunPlan> plan;
+    QString refusal; // why the run cannot go; empty when it can
+};
+StartPlan planStart(const RecordList& chain, const RunSettings& settings, const QString& source);
 
 } // namespace quillon
