@@ -2,14 +2,12 @@
 #include "app/MemoryTuning.h"
 #include "app/Preferences.h"
 #include "app/ui/AppDelegate.h"
+#include "app/ui/Screenshot.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
-#include <QElapsedTimer>
 #include <QIcon>
 #include <QMainWindow>
-#include <QPixmap>
-#include <QTimer>
 
 #include <cstdio>
 
@@ -47,6 +45,10 @@ int main(int argc, char** argv)
         QStringLiteral("Save a picture of the window to PATH and quit."), QStringLiteral("PATH"));
     screenshotOption.setFlags(QCommandLineOption::HiddenFromHelp);
     parser.addOption(screenshotOption);
+    QCommandLineOption resultsShotOption(QStringLiteral("screenshot-results"),
+        QStringLiteral("Run the chain, save a picture of its results to PATH and quit."), QStringLiteral("PATH"));
+    resultsShotOption.setFlags(QCommandLineOption::HiddenFromHelp);
+    parser.addOption(resultsShotOption);
     parser.process(app);
 
     quillon::AppDelegate delegate;
@@ -72,25 +74,10 @@ int main(int argc, char** argv)
     if (!positional.isEmpty())
         delegate.openChainFile(positional.first());
 
-    QElapsedTimer waited;
-    if (parser.isSet(screenshotOption)) {
-        const QString path = parser.value(screenshotOption);
-        auto* poll = new QTimer(&app);
-        poll->setInterval(50);
-        waited.start();
-        QObject::connect(poll, &QTimer::timeout, &app, [&delegate, &waited, poll, path] {
-            // Wait for the library scan (the add button comes on with it);
-            // without a Filters directory none comes, so not for ever.
-            if (!delegate.library() && waited.elapsed() < 10000)
-                return;
-            poll->stop();
-            const bool saved = delegate.window()->grab().save(path);
-            if (!saved)
-                std::fprintf(stderr, "Cannot write %s\n", qPrintable(path));
-            QCoreApplication::exit(saved ? 0 : 1);
-        });
-        poll->start();
-    }
+    if (parser.isSet(screenshotOption))
+        quillon::takeScreenshotWhenReady(delegate, parser.value(screenshotOption), false);
+    else if (parser.isSet(resultsShotOption))
+        quillon::takeScreenshotWhenReady(delegate, parser.value(resultsShotOption), true);
 
     return app.exec();
 }
