@@ -1,5 +1,5 @@
 // The task-file writers of filterProcessObject: the control file, the run
-// files (ordinary and map tasks), the option blocks and the output names.
+// files (ordinary and map tasks) and the values they carry.
 
 #include "step/FilterProcessObject.h"
 
@@ -51,20 +51,6 @@ pugi::xml_node lastChildNamed(pugi::xml_node parent, const char* name)
     return found;
 }
 
-// The element child at `index`, counting elements only; null beyond the end.
-pugi::xml_node elementChildAt(pugi::xml_node parent, qint64 index)
-{
-    if (index < 0)
-        return {};
-    qint64 i = 0;
-    for (pugi::xml_node child = parent.first_child(); child; child = child.next_sibling()) {
-        if (child.type() != pugi::node_element)
-            continue;
-        if (i++ == index)
-            return child;
-    }
-    return {};
-}
 
 QString runFilePath(const filterProcessObject& step, qint64 index)
 {
@@ -516,42 +502,6 @@ pugi::xml_node filterProcessObject::writePlannedTask(
     if (!writeRunFile(*this, document, index, task, expectedOutputSize(source), error))
         return fail();
     return task;
-}
-
-pugi::xml_node filterProcessObject::getPresetFromRootWithRoot(pugi::xml_node root) const
-{
-    const pugi::xml_node preset = elementChildAt(root.child("Presets"), settings().presetIndex);
-    return preset ? makeDefaultPresetFromPreset(preset) : pugi::xml_node();
-}
-
-pugi::xml_node filterProcessObject::getPresetFromRootCopyWithRoot(pugi::xml_node root) const
-{
-    const pugi::xml_node preset = elementChildAt(root.child("Presets"), 0);
-    return preset ? makeDefaultPresetFromPreset(preset) : pugi::xml_node();
-}
-
-pugi::xml_node filterProcessObject::makeDefaultPresetFromPreset(pugi::xml_node preset)
-{
-    if (!preset)
-        return {};
-    // The new element waits at document level until setPresetWithPreset
-    // moves it into Presets; a pugixml node always belongs to a document.
-    pugi::xml_node wrapped = preset.root().append_child("DefaultPreset");
-    while (pugi::xml_node child = preset.first_child())
-        wrapped.append_move(child);
-    return wrapped;
-}
-
-void filterProcessObject::setPresetWithPreset(pugi::xml_node preset, pugi::xml_node root)
-{
-    pugi::xml_node presets = root.child("Presets");
-    if (!presets) {
-        printConsoleLine(QStringLiteral("Replace preset failed!"));
-        return;
-    }
-    while (pugi::xml_node child = presets.first_child())
-        presets.remove_child(child);
-    presets.append_move(preset);
 }
 
 } // namespace quillon

@@ -130,4 +130,18 @@ void printConsoleLine(const QString& line)
     consoleLine(lcProblems(), line);
 }
 
+pugi::xml_node elementChildAt(pugi::xml_node parent, qint64 index)
+{
+    if (index < 0)
+        return {};
+    qint64 i = 0;
+    for (pugi::xml_node child = parent.first_child(); child; child = child.next_sibling()) {
+        if (child.type() != pugi::node_element)
+            continue;
+        if (i++ == index)
+            return child;
+    }
+    return {};
+}
+
 } // namespace quillon

@@ -37,4 +37,7 @@ inline void appendOption(pugi::xml_node parent, const char* name, const QString&
 // One line about a problem on standard output, flushed at once.
 void printConsoleLine(const QString& line);
 
+// The element child at `index`, counting elements only; null beyond the end.
+pugi::xml_node elementChildAt(pugi::xml_node parent, qint64 index);
+
 } // namespace quillon
