@@ -149,8 +149,16 @@ bool BatchController::checkInputs(QString* error)
     }
     if (const auto frames = m_settings.frameCountReal(); frames && *frames < 0)
         return failCheck(QStringLiteral("Number of frames must not be negative"), error);
-    if (!collectInputs(error))
+    if (m_part) {
+        // The part's inputs are those its plan was made for.
+        m_inputs.clear();
+        for (const PlannedToolRun& run : std::as_const(m_part->plan->toolRuns)) {
+            if (run.step == 0 && !run.input.isEmpty())
+                m_inputs.append(run.input);
+        }
+    } else if (!collectInputs(error)) {
         return false;
+    }
 
     // The steps write absolute paths into the task files and the tool is
     // started by path, never looked up in PATH.
@@ -160,9 +168,14 @@ bool BatchController::checkInputs(QString* error)
     m_canonicalOutputDir = QFileInfo(m_settings.outputPath).canonicalFilePath();
 
     // The whole run, computed before anything of it is written.
-    if (!m_settings.seed)
-        m_settings.seed = std::random_device()() | (quint64(std::random_device()()) << 32);
-    m_plan = std::make_shared<RunPlan>(planRun(m_chain, m_settings, m_inputs, *m_settings.seed));
+    if (m_part) {
+        m_plan = m_part->plan;
+        m_settings.seed = m_plan->seed;
+    } else {
+        if (!m_settings.seed)
+            m_settings.seed = std::random_device()() | (quint64(std::random_device()()) << 32);
+        m_plan = std::make_shared<RunPlan>(planRun(m_chain, m_settings, m_inputs, *m_settings.seed));
+    }
     const QString refusal = planRefusal(*m_plan);
     if (!refusal.isEmpty())
         return failCheck(refusal, error);
@@ -208,7 +221,10 @@ bool BatchController::startBatchWithSender(
         return false;
     // Nothing is written into the directory before the run holds it.
     QStringList leftovers;
-    switch (m_journal.begin(m_settings.outputPath, &leftovers)) {
+    const RunJournal::Begin taken = m_part
+        ? m_journal.beginPart(m_settings.outputPath, m_part->jobFolder, &leftovers)
+        : m_journal.begin(m_settings.outputPath, &leftovers);
+    switch (taken) {
     case RunJournal::Begin::Busy:
         return failCheck(QStringLiteral("Another run is using this output directory"), error);
     case RunJournal::Begin::NotAFolder:
@@ -221,6 +237,17 @@ bool BatchController::startBatchWithSender(
     }
     for (const QString& path : std::as_const(leftovers))
         printLine(lcFiles(), QStringLiteral("deleted ") + path);
+    // The parts of a run share the output directory: each keeps its task
+    // files in a folder of its own, or does not run.
+    if (m_part && m_journal.jobFolder(m_part->jobFolder).isEmpty())
+        return failCheck(QStringLiteral("Cannot make the folder %1/job-%2 in the output directory")
+                             .arg(RunJournal::kFolderName)
+                             .arg(m_part->jobFolder),
+            error);
+    {
+        const QMutexLocker locker(&m_endsMutex);
+        m_toolRunEnds.clear();
+    }
 
     // A handle left from an earlier run is never written again.
     closeRunLog();
