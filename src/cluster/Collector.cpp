@@ -144,6 +144,8 @@ bool collectClusterParts(const QString& bundleDirectory, CollectOutcome* outcome
 
         const QString input = shape.toolRuns.value(elements.at(k).value(0)).input;
         const QString status = elementStatus(part);
+        if (status != QLatin1String("done") && status != QLatin1String("incomplete"))
+            ++result.unfinishedElements;
         if (status != QLatin1String("done")) {
             QString why = part.value(QStringLiteral("problem")).toString();
             if (part.isEmpty())

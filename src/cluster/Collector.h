@@ -12,14 +12,16 @@ struct CollectOutcome {
     qsizetype missing = 0;
     qsizetype notRun = 0;
     qsizetype failedToolRuns = 0;
+    qsizetype unfinishedElements = 0; // not run, refused or aborted
     qint64 elapsedMs = 0; // from the first element's start to the last one's end
     QString outputPath;
     QStringList deleted; // leftovers of elements that did not end cleanly
     QStringList problems; // one line per element that did not end well
     QByteArray report; // the run report (docs/run-plan.md)
 
-    // Every planned output written and no tool run failed.
-    bool complete() const { return missing == 0 && notRun == 0 && failedToolRuns == 0; }
+    // Every element ended, every planned output that was not skipped was
+    // written and no tool run failed.
+    bool complete() const { return missing == 0 && failedToolRuns == 0 && unfinishedElements == 0; }
     // "N written, M missing, K not run in 1:23 -> OUTPUT DIR"
     QString line() const;
 };

@@ -36,6 +36,7 @@ TEST_F(SlurmArray, SubmittedBundleWritesWhatALocalRunWrites)
     QProcess submit;
     QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
     env.insert("QUILLON_STANDIN_KEEP", folder("keep-cluster")); // the jobs inherit it
+    env.insert("QUILLON_SBATCH_OPTIONS", "--comment=quillon --nice=1");
     submit.setProcessEnvironment(env);
     submit.start(bundle + "/submit.sh", {});
     const CliResult submitted = finish(submit);
