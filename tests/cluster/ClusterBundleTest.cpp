@@ -62,6 +62,17 @@ TEST_F(ClusterBundle, RefusesAndCountsWhatFailed)
     EXPECT_TRUE(collect.err.contains("0 written, 0 missing, 2 not run")) << collect.err.toStdString();
     EXPECT_TRUE(collect.err.contains("element 0 (no input): not run: no report part"))
         << collect.err.toStdString();
+    // A killed element leaves its task files; the collect removes them by its journal.
+    QProcess killed;
+    start(killed, { "--run-part", bundle, "0" }, { { "QUILLON_STANDIN_HANG", "1" } });
+    readUntil(killed, "stand-in");
+    killed.kill();
+    killed.waitForFinished();
+    EXPECT_EQ(batchDirectoryNames(m_out), QStringList { ".quillon" });
+    const CliResult cleaned = run({ "--collect", bundle });
+    EXPECT_TRUE(cleaned.out.contains("deleted " + m_out + "/.quillon/job-0/controlfile.xml"))
+        << cleaned.out.toStdString();
+    EXPECT_TRUE(batchDirectoryNames(m_out).isEmpty());
     // The tool fails: the element's report part says how, the collect counts it.
     QProcess failing;
     start(failing, { "--run-part", bundle, "0" }, { { "QUILLON_STANDIN_EXIT_CODE", "5" } });
