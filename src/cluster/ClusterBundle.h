@@ -52,8 +52,8 @@ bool loadClusterBundle(const QString& directory, ClusterBundle* bundle, QString*
 // Writes `bytes` to `path` with QSaveFile; `executable` adds the execute bits.
 bool saveBundleFile(const QString& path, const QByteArray& bytes, QString* error, bool executable = false);
 
-// Every field of the settings, and back (the JSON of saveBundleFile's
-// settings.json; unknown keys are ignored, missing ones keep the defaults).
+// Every field of the settings as the bundle's settings.json holds them, and
+// back (unknown keys are ignored, missing ones keep their defaults).
 QJsonObject settingsToJson(const RunSettings& settings);
 RunSettings settingsFromJson(const QJsonObject& json);
 

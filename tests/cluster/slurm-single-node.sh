@@ -44,7 +44,7 @@ stop_daemons() {
     timeout 10 tail --pid="$pid" -f /dev/null || kill -9 "$pid" 2> /dev/null || true
   done
   if [ "$status" -ne 0 ] && [ "$status" -ne 77 ]; then
-    for log in "$work"/*.log; do
+    for log in "$work"/*.log "$work"/*.out; do
       [ -f "$log" ] || continue
       echo "---- $log (last lines)" >&2
       tail -n 20 "$log" >&2

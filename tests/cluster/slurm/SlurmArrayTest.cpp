@@ -50,7 +50,11 @@ TEST_F(SlurmArray, SubmittedBundleWritesWhatALocalRunWrites)
     });
     if (!QFileInfo::exists(status))
         loop.exec();
-    ASSERT_FALSE(timedOut) << "the collect job did not end; " << submitted.out.toStdString();
+    QByteArray logs; // the jobs' output, to see why when they did not end
+    for (const QByteArray& bytes : test::batchSnapshot(bundle + "/logs"))
+        logs += bytes;
+    ASSERT_FALSE(timedOut) << "the collect job did not end; " << submitted.out.toStdString()
+                           << logs.toStdString();
     expectSameAsLocal(bundle);
 }
 
