@@ -21,6 +21,7 @@ QUILLON_TEST_PACKAGES=(
   xvfb xauth
   clang libclang-rt-14-dev
   desktop-file-utils appstream libxml2-utils groff-base
+  slurmctld slurmd slurm-client munge
 )
 
 # quillon_install_packages PACKAGE...: installs those not installed yet.

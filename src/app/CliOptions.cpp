@@ -158,6 +158,19 @@ void addOptions(QCommandLineParser& parser)
         "Planned outputs that exist already: overwrite (default, counted at the end), skip their tasks, or "
         "stop before the run.");
     valued("save-chain", "FILE", "Write the chain (with its advanced values) to FILE after the run.");
+    valued("slurm-bundle", "DIR",
+        "Plan the run (same flags and checks) and write it to the new or empty directory DIR as a bundle for "
+        "Slurm, without running anything: the plan, the chain, the settings and submit.sh, which submits "
+        "a job array with one element per input and a job that collects them.");
+    valued("slurm-option", "OPTION",
+        "With --slurm-bundle: an option submit.sh passes to both sbatch calls, after the words of "
+        "$QUILLON_SBATCH_OPTIONS (repeatable).");
+    valued("run-part", "DIR",
+        "--run-part DIR K: render element K of the bundle DIR (its input through every step) and write its "
+        "report part into the bundle.");
+    valued("collect", "DIR",
+        "Merge the report parts of the bundle DIR into its run report (DIR/report.json), remove what failed "
+        "elements left, and exit like a run.");
     parser.addOption(QCommandLineOption(
         { QStringLiteral("h"), QStringLiteral("help") }, QStringLiteral("Show this help.")));
     parser.addOption(QCommandLineOption(
@@ -190,7 +203,10 @@ QString cliHelpText()
     addOptions(parser);
     parser.setApplicationDescription(
         QStringLiteral("Renders a filter chain in a batch through a render tool."));
-    return QStringLiteral("Usage: ") + synopsis() + QLatin1Char('\n')
+    return QStringLiteral("Usage: ") + synopsis()
+        + QStringLiteral("\n       quillon-cli ... --slurm-bundle DIR [--slurm-option OPTION...]"
+                         "\n       quillon-cli --run-part DIR K"
+                         "\n       quillon-cli --collect DIR\n")
         + parser.helpText().section(QLatin1Char('\n'), 1)
         + QStringLiteral("\nExit status:\n"
                          "  0    every planned output was written\n"
@@ -234,11 +250,31 @@ CliParseResult parseCliArguments(const QStringList& arguments, CliOptions* optio
         return CliParseResult::Help;
     if (parser.isSet(QStringLiteral("version")))
         return CliParseResult::Version;
-    if (!parser.positionalArguments().isEmpty())
-        return usageError(
-            error, QStringLiteral("Unexpected argument: ") + parser.positionalArguments().first());
-
+    QStringList positional = parser.positionalArguments();
     CliOptions result;
+    if (parser.isSet(QStringLiteral("run-part"))) {
+        bool ok = false;
+        result.runPartElement = positional.isEmpty() ? -1 : positional.takeFirst().toInt(&ok);
+        if (!ok || result.runPartElement < 0)
+            return usageError(
+                error, QStringLiteral("--run-part needs a bundle directory and an element number"));
+        result.runPartBundle = parser.value(QStringLiteral("run-part"));
+    }
+    if (!positional.isEmpty())
+        return usageError(error, QStringLiteral("Unexpected argument: ") + positional.first());
+    const int clusterModes = (parser.isSet(QStringLiteral("slurm-bundle")) ? 1 : 0)
+        + (parser.isSet(QStringLiteral("run-part")) ? 1 : 0)
+        + (parser.isSet(QStringLiteral("collect")) ? 1 : 0)
+        + (parser.isSet(QStringLiteral("dry-run")) ? 1 : 0);
+    if (clusterModes > 1)
+        return usageError(
+            error, QStringLiteral("--slurm-bundle, --run-part, --collect and --dry-run cannot be combined"));
+    result.slurmBundle = parser.value(QStringLiteral("slurm-bundle"));
+    result.slurmOptions = parser.values(QStringLiteral("slurm-option"));
+    result.collectBundle = parser.value(QStringLiteral("collect"));
+    if (!result.slurmBundle.isEmpty() && parser.isSet(QStringLiteral("save-chain")))
+        return usageError(error, QStringLiteral("--save-chain cannot be combined with --slurm-bundle"));
+
     RunSettings& settings = result.settings;
     const auto value = [&parser](const char* name) { return parser.value(QString::fromLatin1(name)); };
     const auto isSet = [&parser](const char* name) { return parser.isSet(QString::fromLatin1(name)); };

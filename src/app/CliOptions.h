@@ -24,6 +24,13 @@ struct CliOptions {
     // --existing overwrite|skip|stop: planned final outputs that exist.
     ExistingOutputs existing = ExistingOutputs::Replace;
     bool makeOutputDirectory = false; // --mkdir
+    // Cluster runs (Slurm): write a bundle instead of running; render one
+    // element of a bundle; merge a bundle's parts.
+    QString slurmBundle; // --slurm-bundle DIR
+    QStringList slurmOptions; // --slurm-option, in the order given
+    QString runPartBundle; // --run-part DIR K
+    int runPartElement = -1;
+    QString collectBundle; // --collect DIR
 };
 
 enum class CliParseResult { Run, Help, Version, UsageError };

@@ -34,6 +34,21 @@ void writeError(const QString& message)
 
 } // namespace
 
+void writeCliError(const QString& message)
+{
+    writeError(message);
+}
+
+void chooseConsoleLines(const CliOptions& options)
+{
+    if (options.quiet) {
+        QLoggingCategory::setFilterRules(
+            QStringLiteral("quillon.tool.info=false\nquillon.files.info=false\nquillon.progress.info=false"));
+    } else if (options.verbose) {
+        QLoggingCategory::setFilterRules(QStringLiteral("quillon.plan.info=true"));
+    }
+}
+
 void CliDisplay::showErrorAlert(const QString& message)
 {
     writeError(message);
@@ -138,6 +153,10 @@ int CliRun::exec(const QStringList& arguments)
     }
     if (m_interrupted.load())
         return kCliExitInterrupted;
+    if (!options.runPartBundle.isEmpty())
+        return execPart(options);
+    if (!options.collectBundle.isEmpty())
+        return execCollect(options);
 
     RecordList chain;
     if (!loadCliChain(options, &chain, &error) || !resolveCliPaths(&options, &error)) {
@@ -145,12 +164,9 @@ int CliRun::exec(const QStringList& arguments)
         return kCliExitFailed;
     }
 
-    if (options.quiet) {
-        QLoggingCategory::setFilterRules(
-            QStringLiteral("quillon.tool.info=false\nquillon.files.info=false\nquillon.progress.info=false"));
-    } else if (options.verbose) {
-        QLoggingCategory::setFilterRules(QStringLiteral("quillon.plan.info=true"));
-    }
+    chooseConsoleLines(options);
+    if (!options.slurmBundle.isEmpty())
+        return execBundle(options, chain);
     CliDisplay display;
     display.existingPolicy = options.existing;
     display.terminal = ::isatty(STDERR_FILENO) == 1;

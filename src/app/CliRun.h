@@ -11,6 +11,7 @@
 
 namespace quillon {
 
+class BatchController;
 struct CliOptions;
 
 // Exit codes of quillon-cli.
@@ -46,6 +47,11 @@ private:
     qint64 m_lastPlainLineMs = -1;
 };
 
+// Every line on standard error begins with "quillon-cli: ".
+void writeCliError(const QString& message);
+// Lets --quiet and --verbose choose the console's categories.
+void chooseConsoleLines(const CliOptions& options);
+
 // "[ 37/300] 12% 00:14 elapsed, about 01:40 left  stone-0037.png"
 QString progressLine(qint64 done, qint64 total, qint64 elapsedMs, qint64 leftMs, const QString& latest);
 
@@ -75,6 +81,13 @@ Q_SIGNALS:
     void abortRequested();
 
 private:
+    // The cluster modes (CliCluster.cpp): --slurm-bundle, --run-part, --collect.
+    int execBundle(const CliOptions& options, const RecordList& chain);
+    int execPart(const CliOptions& options);
+    int execCollect(const CliOptions& options);
+    // Runs the started run to its end, aborting it on a termination request.
+    void waitForRun(BatchController& controller, CliDisplay& display);
+
     std::atomic<bool> m_interrupted { false };
 };
 

@@ -172,6 +172,19 @@ bool BatchController::checkInputs(QString* error)
     m_settings.outputPath = absolutePath(m_settings.outputPath);
     m_settings.sourcePath = absolutePath(m_settings.sourcePath);
     m_canonicalOutputDir = QFileInfo(m_settings.outputPath).canonicalFilePath();
+    if (m_part) {
+        // A part of a bundled run: its inputs and plan are those the bundle
+        // fixed.
+        m_inputs.clear();
+        for (const PlannedToolRun& run : std::as_const(m_part->plan->toolRuns)) {
+            if (run.step == 0 && !run.input.isEmpty())
+                m_inputs.append(run.input);
+        }
+        m_plan = m_part->plan;
+        m_settings.seed = m_plan->seed;
+        const QString refusal = planRefusal(*m_plan);
+        return refusal.isEmpty() || failCheck(refusal, error);
+    }
     if (!m_settings.seed)
         m_settings.seed = std::random_device()() | (quint64(std::random_device()()) << 32);
 
@@ -228,7 +241,10 @@ bool BatchController::startBatchWithSender(
         return false;
     // Nothing is written into the directory before the run holds it.
     QStringList leftovers;
-    switch (m_journal.begin(m_settings.outputPath, &leftovers)) {
+    const RunJournal::Begin taken = m_part
+        ? m_journal.beginPart(m_settings.outputPath, m_part->jobFolder, &leftovers)
+        : m_journal.begin(m_settings.outputPath, &leftovers);
+    switch (taken) {
     case RunJournal::Begin::Busy:
         return failCheck(QStringLiteral("Another run is using this output directory"), error);
     case RunJournal::Begin::NotAFolder:
@@ -241,6 +257,17 @@ bool BatchController::startBatchWithSender(
     }
     for (const QString& path : std::as_const(leftovers))
         printLine(lcFiles(), QStringLiteral("deleted ") + path);
+    // The parts of a run share the output directory: each keeps its task
+    // files in a folder of its own, or does not run.
+    if (m_part && m_journal.jobFolder(m_part->jobFolder).isEmpty())
+        return failCheck(QStringLiteral("Cannot make the folder %1/job-%2 in the output directory")
+                             .arg(RunJournal::kFolderName)
+                             .arg(m_part->jobFolder),
+            error);
+    {
+        const QMutexLocker locker(&m_endsMutex);
+        m_toolRunEnds.clear();
+    }
 
     // A handle left from an earlier run is never written again.
     closeRunLog();

@@ -19,6 +19,7 @@
 #include <atomic>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <vector>
 
 class QLoggingCategory;
@@ -77,6 +78,21 @@ public:
     // The plan of the run going (or of the last one); null before the first.
     std::shared_ptr<const RunPlan> plan() const { return m_plan; }
 
+    // A part of a run planned elsewhere (a cluster bundle). With one set,
+    // Start runs `plan` as it is (every value fixed; the inputs of its first
+    // step are the run's inputs) instead of computing a plan, under a lock
+    // and journal of the part's own (RunJournal::beginPart) and with every
+    // task file in .quillon/job-<jobFolder>/, so the parts of one run can
+    // share the output directory. The settings' tool jobs should be 1.
+    struct RunPart {
+        std::shared_ptr<RunPlan> plan;
+        int jobFolder = 0;
+    };
+    void setRunPart(std::optional<RunPart> part) { m_part = std::move(part); }
+    // How each tool run of the last run ended, by its index in
+    // plan()->toolRuns; tool runs that never started a tool are absent.
+    QHash<qsizetype, ToolRunEnd> toolRunEnds() const;
+
     // What became of the planned final outputs of the last run: written
     // (there, not empty, and new or changed since Start), missing, or not
     // run (skipped, or left by an abort).
@@ -127,6 +143,8 @@ public:
     }
     // Worker thread: counted on the controller's thread.
     void imagesWritten(const QStringList& paths) override;
+    // Worker thread (any slot).
+    void toolRunEnded(const PlannedToolRun* run, const ToolRunEnd& end) override;
 
     // ---- State, for the window and tests ---------------------------------
     const QStringList& interimFiles() const { return m_interimFiles; }
@@ -192,6 +210,9 @@ private:
     bool m_dolog = false;
     std::unique_ptr<QFile> m_logfh;
     RunJournal m_journal; // lock, journal and created files of the run
+    std::optional<RunPart> m_part;
+    mutable QMutex m_endsMutex;
+    QHash<const PlannedToolRun*, ToolRunEnd> m_toolRunEnds;
 
     std::atomic<bool> m_isAborted { false };
     bool m_running = false;

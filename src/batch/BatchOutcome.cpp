@@ -8,6 +8,7 @@
 #include "run/SafeFile.h"
 
 #include <QMetaObject>
+#include <QMutexLocker>
 
 #include <algorithm>
 
@@ -59,6 +60,28 @@ BatchController::Outcome BatchController::outcome() const
         }
     }
     return result;
+}
+
+void BatchController::toolRunEnded(const PlannedToolRun* run, const ToolRunEnd& end)
+{
+    if (!run)
+        return;
+    const QMutexLocker locker(&m_endsMutex);
+    m_toolRunEnds.insert(run, end);
+}
+
+QHash<qsizetype, ToolRunEnd> BatchController::toolRunEnds() const
+{
+    QHash<qsizetype, ToolRunEnd> ends;
+    if (!m_plan)
+        return ends;
+    const QMutexLocker locker(&m_endsMutex);
+    for (qsizetype i = 0; i < m_plan->toolRuns.size(); ++i) {
+        if (const auto found = m_toolRunEnds.constFind(&m_plan->toolRuns.at(i));
+            found != m_toolRunEnds.cend())
+            ends.insert(i, found.value());
+    }
+    return ends;
 }
 
 QString BatchController::outcomeLine() const

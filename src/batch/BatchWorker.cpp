@@ -56,7 +56,8 @@ void BatchController::buildLaunchQueue()
         auto step = std::make_unique<filterProcessObject>(record, i == 0 ? inputs : QStringList(),
             QStringList(), i == 0, i == count - 1, i, this, baseNames);
         step->toolPath = m_settings.toolPath;
-        step->outPath = m_settings.outputPath;
+        // A part's task files go to its own folder; the plan names the outputs.
+        step->outPath = m_part ? m_journal.jobFolder(m_part->jobFolder) : m_settings.outputPath;
         step->randomDraw = m_random->drawFunction();
         if (m_plan) {
             for (const PlannedToolRun& run : std::as_const(m_plan->toolRuns)) {

@@ -47,6 +47,19 @@ RunJournal::~RunJournal()
 
 RunJournal::Begin RunJournal::begin(const QString& outputDir, QStringList* removed)
 {
+    return beginWith(outputDir, kLockName, kJournalName, QStringLiteral("job-*"), removed);
+}
+
+RunJournal::Begin RunJournal::beginPart(const QString& outputDir, int part, QStringList* removed)
+{
+    const QString name = QStringLiteral("part-%1").arg(part);
+    return beginWith(outputDir, name + QStringLiteral(".lock"), name + QStringLiteral(".journal"),
+        QStringLiteral("job-%1").arg(part), removed);
+}
+
+RunJournal::Begin RunJournal::beginWith(const QString& outputDir, const QString& lockName,
+    const QString& journalName, const QString& leftoverFolders, QStringList* removed)
+{
     end();
     QMutexLocker locker(&m_mutex);
     m_created.clear();
@@ -55,31 +68,38 @@ RunJournal::Begin RunJournal::begin(const QString& outputDir, QStringList* remov
         return Begin::Ok;
     m_folder = QDir(m_outputDir).filePath(kFolderName);
     const QByteArray folder = QFile::encodeName(m_folder);
-    struct stat info { };
-    if (::lstat(folder.constData(), &info) == 0) {
-        if (!S_ISDIR(info.st_mode))
-            return Begin::NotAFolder;
-    } else if (::mkdir(folder.constData(), 0777) != 0) {
-        return Begin::Ok; // nothing can be written here; the run will say so
+    // The parts of a run make and remove the shared folder at once: one
+    // that went between its making and the lock is made again.
+    std::unique_ptr<QLockFile> lock;
+    for (int attempt = 0; attempt < 3 && !lock; ++attempt) {
+        struct stat info { };
+        if (::lstat(folder.constData(), &info) == 0) {
+            if (!S_ISDIR(info.st_mode))
+                return Begin::NotAFolder;
+        } else if (::mkdir(folder.constData(), 0777) != 0 && errno != EEXIST) {
+            return Begin::Ok; // nothing can be written here; the run will say so
+        }
+        lock = std::make_unique<QLockFile>(QDir(m_folder).filePath(lockName));
+        // Only a lock whose process is gone counts as stale, however old.
+        lock->setStaleLockTime(0);
+        if (!lock->tryLock(0)) {
+            if (lock->error() == QLockFile::LockFailedError)
+                return Begin::Busy;
+            lock.reset();
+        }
     }
-
-    auto lock = std::make_unique<QLockFile>(QDir(m_folder).filePath(kLockName));
-    // Only a lock whose process is gone counts as stale, however old.
-    lock->setStaleLockTime(0);
-    if (!lock->tryLock(0)) {
-        if (lock->error() == QLockFile::LockFailedError)
-            return Begin::Busy;
+    if (!lock)
         return Begin::Ok;
-    }
     m_lock = std::move(lock);
 
-    const QString journal = QDir(m_folder).filePath(kJournalName);
-    removeLeftovers(journal, removed);
+    m_journalName = journalName;
+    const QString journal = QDir(m_folder).filePath(journalName);
+    removeLeftovers(journal, leftoverFolders, removed);
     m_journalFd = createFileAtomically(journal, QByteArray());
     return Begin::Ok;
 }
 
-void RunJournal::removeLeftovers(const QString& journalPath, QStringList* removed)
+void RunJournal::removeLeftovers(const QString& journalPath, const QString& folders, QStringList* removed)
 {
     if (!regularFileIdentity(journalPath).isValid())
         return;
@@ -102,7 +122,7 @@ void RunJournal::removeLeftovers(const QString& journalPath, QStringList* remove
     QFile::remove(journalPath);
     // The slot folders of that run, once their files are gone.
     const QDir folder(m_folder);
-    for (const QString& name : folder.entryList({ QStringLiteral("job-*") }, QDir::Dirs | QDir::NoSymLinks))
+    for (const QString& name : folder.entryList({ folders }, QDir::Dirs | QDir::NoSymLinks))
         ::rmdir(QFile::encodeName(folder.filePath(name)).constData());
 }
 
@@ -189,7 +209,7 @@ void RunJournal::end()
     if (m_journalFd >= 0) {
         ::close(m_journalFd);
         m_journalFd = -1;
-        QFile::remove(QDir(m_folder).filePath(kJournalName));
+        QFile::remove(QDir(m_folder).filePath(m_journalName));
     }
     if (m_lock) {
         m_lock->unlock();

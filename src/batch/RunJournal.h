@@ -40,6 +40,12 @@ public:
     // created on a read-only or full disk is not an error: the run then has
     // no lock and no journal on disk, but still knows what it created.
     Begin begin(const QString& outputDir, QStringList* removed = nullptr);
+    // Takes the directory for one part of a run whose parts work in it at
+    // once (a cluster job array): the folder is shared, the lock
+    // ("part-K.lock") and journal ("part-K.journal") are the part's own, and
+    // only that part's leftovers and folder "job-K" are cleaned up. end()
+    // removes the folder only when no other part is left in it.
+    Begin beginPart(const QString& outputDir, int part, QStringList* removed = nullptr);
 
     // The run is about to write these files.
     void intend(const QStringList& paths);
@@ -60,12 +66,17 @@ public:
     void end();
 
 private:
+    Begin beginWith(const QString& outputDir, const QString& lockName, const QString& journalName,
+        const QString& leftoverFolders, QStringList* removed);
     void appendLine(const QByteArray& line);
-    void removeLeftovers(const QString& journalPath, QStringList* removed);
+    // Removes what the journal at `journalPath` recorded, then the empty
+    // folders named by the pattern `folders`.
+    void removeLeftovers(const QString& journalPath, const QString& folders, QStringList* removed);
 
     mutable QMutex m_mutex;
     QString m_outputDir; // canonical
     QString m_folder;
+    QString m_journalName;
     std::unique_ptr<QLockFile> m_lock;
     int m_journalFd = -1;
     QHash<QString, FileIdentity> m_created;

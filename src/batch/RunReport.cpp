@@ -7,9 +7,7 @@
 
 namespace quillon {
 
-namespace {
-
-QJsonObject settingsJson(const RunSettings& s)
+QJsonObject runReportSettings(const RunSettings& s)
 {
     static const char* const kModes[] = { "file", "directory", "none" };
     return {
@@ -28,7 +26,23 @@ QJsonObject settingsJson(const RunSettings& s)
     };
 }
 
-} // namespace
+QJsonArray runReportChain(const RecordList& records)
+{
+    QJsonArray chain;
+    for (const RecordPtr& record : records) {
+        chain.append(QJsonObject { { QStringLiteral("name"), record ? record->string(key::name) : QString() },
+            { QStringLiteral("path"), record ? record->string(key::path) : QString() } });
+    }
+    return chain;
+}
+
+qsizetype failedToolRuns(const QHash<qsizetype, ToolRunEnd>& ends)
+{
+    qsizetype failed = 0;
+    for (const ToolRunEnd& end : ends)
+        failed += end.failed() ? 1 : 0;
+    return failed;
+}
 
 QByteArray runReportJson(const BatchController& controller)
 {
@@ -41,22 +55,19 @@ QByteArray runReportJson(const BatchController& controller)
     for (const QString& path : outcome.notRun)
         statuses.insert(path, QStringLiteral("not run"));
 
-    QJsonArray chain;
-    for (const RecordPtr& record : controller.chain()) {
-        chain.append(QJsonObject { { QStringLiteral("name"), record ? record->string(key::name) : QString() },
-            { QStringLiteral("path"), record ? record->string(key::path) : QString() } });
-    }
+    const QHash<qsizetype, ToolRunEnd> ends = controller.toolRunEnds();
     QJsonObject root {
         { QStringLiteral("written"), outcome.written.size() },
         { QStringLiteral("missing"), outcome.missing.size() },
         { QStringLiteral("notRun"), outcome.notRun.size() },
+        { QStringLiteral("failedToolRuns"), failedToolRuns(ends) },
         { QStringLiteral("aborted"), controller.isAborted() },
         { QStringLiteral("elapsedMs"), outcome.elapsedMs },
-        { QStringLiteral("chain"), chain },
-        { QStringLiteral("settings"), settingsJson(controller.runSettings()) },
+        { QStringLiteral("chain"), runReportChain(controller.chain()) },
+        { QStringLiteral("settings"), runReportSettings(controller.runSettings()) },
     };
     if (const auto plan = controller.plan())
-        root.insert(QStringLiteral("plan"), plan->toJsonObject(&statuses));
+        root.insert(QStringLiteral("plan"), plan->toJsonObject(&statuses, &ends));
     return QJsonDocument(root).toJson(QJsonDocument::Indented);
 }
 

@@ -20,6 +20,26 @@ QString valueText(const QVariant& value)
 
 } // namespace
 
+QString ToolRunEnd::kindName() const
+{
+    switch (kind) {
+    case Kind::Exited:
+        return QStringLiteral("exited");
+    case Kind::Crashed:
+        return QStringLiteral("crashed");
+    case Kind::NotStarted:
+        return QStringLiteral("not started");
+    }
+    return {};
+}
+
+void insertToolRunEnd(QJsonObject& run, const ToolRunEnd& end)
+{
+    run.insert(QStringLiteral("exit"), end.kindName());
+    if (end.kind == ToolRunEnd::Kind::Exited)
+        run.insert(QStringLiteral("exitCode"), end.exitCode);
+}
+
 bool PlannedToolRun::hasWork() const
 {
     for (const PlannedTask& task : tasks) {
@@ -129,10 +149,12 @@ QString RunPlan::describe() const
     return text;
 }
 
-QJsonObject RunPlan::toJsonObject(const QHash<QString, QString>* statuses) const
+QJsonObject RunPlan::toJsonObject(
+    const QHash<QString, QString>* statuses, const QHash<qsizetype, ToolRunEnd>* ends) const
 {
     QJsonArray runs;
-    for (const PlannedToolRun& run : toolRuns) {
+    for (qsizetype r = 0; r < toolRuns.size(); ++r) {
+        const PlannedToolRun& run = toolRuns.at(r);
         const QStringList names = stepParameters.value(run.step);
         QJsonArray tasks;
         QList<QVariant> values;
@@ -153,9 +175,13 @@ QJsonObject RunPlan::toJsonObject(const QHash<QString, QString>* statuses) const
                 entry.insert(QStringLiteral("status"), statuses->value(task.resultPath));
             tasks.append(entry);
         }
-        runs.append(
-            QJsonObject { { QStringLiteral("step"), run.step }, { QStringLiteral("input"), run.input },
-                { QStringLiteral("baseName"), run.baseName }, { QStringLiteral("tasks"), tasks } });
+        QJsonObject entry { { QStringLiteral("step"), run.step }, { QStringLiteral("input"), run.input },
+            { QStringLiteral("baseName"), run.baseName }, { QStringLiteral("tasks"), tasks } };
+        if (ends) {
+            if (const auto end = ends->constFind(r); end != ends->cend())
+                insertToolRunEnd(entry, end.value());
+        }
+        runs.append(entry);
     }
     const QJsonObject root { { QStringLiteral("seed"), QString::number(seed) },
         { QStringLiteral("steps"), steps }, { QStringLiteral("toolRuns"), runs } };

@@ -8,7 +8,9 @@ class QObject;
 namespace quillon {
 
 struct FileIdentity;
+struct PlannedToolRun;
 struct RunSettings;
+struct ToolRunEnd;
 
 // What a filter step needs from the controller that runs it. The window's
 // AppDelegate, the command line and the tests implement it.
@@ -52,6 +54,13 @@ public:
     // The running tool has written these outputs (seen while it runs, a
     // cheap look at the files). Worker thread.
     virtual void imagesWritten(const QStringList& paths) { (void)paths; }
+    // A tool run is over: `run` (its plan entry; null without a plan) ended
+    // as `end` says. Worker thread.
+    virtual void toolRunEnded(const PlannedToolRun* run, const ToolRunEnd& end)
+    {
+        (void)run;
+        (void)end;
+    }
 };
 
 } // namespace quillon

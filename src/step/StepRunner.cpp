@@ -235,8 +235,10 @@ void filterProcessObject::captureStandardOutputAndRouteToTextView(QProcess& task
     if (!task.waitForStarted(-1)) {
         const QString message = kStartFailedMessage + task.errorString();
         passOnRenderInfoWithData(message);
-        if (parent)
+        if (parent) {
             parent->writeLogFileWithMessage(message);
+            parent->toolRunEnded(plannedRun, { ToolRunEnd::Kind::NotStarted, -1 });
+        }
     } else {
         bool terminated = false;
         bool killed = false;
@@ -274,6 +276,12 @@ void filterProcessObject::captureStandardOutputAndRouteToTextView(QProcess& task
         // it never completed (invalid, so it shows nothing).
         routeAvailableOutput();
         routeChunk(std::exchange(carried, QByteArray()));
+        if (parent) {
+            const bool crashed = task.exitStatus() == QProcess::CrashExit;
+            parent->toolRunEnded(plannedRun,
+                { crashed ? ToolRunEnd::Kind::Crashed : ToolRunEnd::Kind::Exited,
+                    crashed ? -1 : task.exitCode() });
+        }
     }
 
     reportWritten(runOutputs.size());

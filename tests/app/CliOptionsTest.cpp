@@ -77,6 +77,10 @@ TEST(CliOptions, UnusableFlagsAreUsageErrors)
         { "--seed", "x" },
         { "stray" },
         { "--tool" },
+        { "--run-part", "bundle" },
+        { "--run-part", "bundle", "-1" },
+        { "--collect", "bundle", "--dry-run" },
+        { "--slurm-bundle", "bundle", "--save-chain", "c.qlch" },
     };
     for (const QStringList& flags : bad) {
         CliOptions options;

@@ -1,0 +1,73 @@
+#include "cluster/PartRunner.h"
+
+#include "batch/BatchController.h"
+#include "cluster/ElementPlan.h"
+
+#include <QDateTime>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QSysInfo>
+
+#include <algorithm>
+#include <utility>
+
+namespace quillon {
+
+bool prepareClusterPart(const QString& bundleDirectory, int element, ClusterPart* part, QString* error)
+{
+    ClusterPart prepared;
+    prepared.startedMs = QDateTime::currentMSecsSinceEpoch();
+    RunPlan whole;
+    if (!loadClusterBundle(bundleDirectory, &prepared.bundle, error)
+        || !replanBundle(prepared.bundle, &whole, error))
+        return false;
+    const QList<QList<qsizetype>> elements = elementToolRuns(whole);
+    if (element < 0 || element >= elements.size()) {
+        *error
+            = QStringLiteral("The bundle has elements 0 to %1, not %2").arg(elements.size() - 1).arg(element);
+        return false;
+    }
+    prepared.element = element;
+    prepared.toolRuns = elements.at(element);
+    prepared.plan = std::make_shared<RunPlan>(elementPlan(whole, prepared.toolRuns));
+    prepared.settings = prepared.bundle.settings;
+    // The elements share the output directory: one tool process each, and
+    // the tool's output goes to the element's Slurm output file.
+    prepared.settings.toolJobs = 1;
+    prepared.settings.toolLog = 0;
+    *part = std::move(prepared);
+    return true;
+}
+
+bool writePartReport(const ClusterPart& part, const BatchController& controller, int exitCode,
+    const QString& problem, QString* error)
+{
+    const BatchController::Outcome outcome = controller.outcome();
+    QJsonObject outputs;
+    for (const auto& [list, status] : { std::pair { &outcome.written, "written" },
+             std::pair { &outcome.missing, "missing" }, std::pair { &outcome.notRun, "not run" } }) {
+        for (const QString& path : *list)
+            outputs.insert(path, QLatin1String(status));
+    }
+    QJsonArray toolRuns;
+    const QHash<qsizetype, ToolRunEnd> ends = controller.toolRunEnds();
+    QList<qsizetype> ran = ends.keys();
+    std::sort(ran.begin(), ran.end());
+    for (const qsizetype r : ran) {
+        QJsonObject run { { QStringLiteral("index"), part.toolRuns.value(r, -1) } };
+        insertToolRunEnd(run, ends.value(r));
+        toolRuns.append(run);
+    }
+    QJsonObject report { { QStringLiteral("element"), part.element },
+        { QStringLiteral("host"), QSysInfo::machineHostName() },
+        { QStringLiteral("startedMs"), part.startedMs },
+        { QStringLiteral("endedMs"), QDateTime::currentMSecsSinceEpoch() },
+        { QStringLiteral("aborted"), controller.isAborted() }, { QStringLiteral("exitCode"), exitCode },
+        { QStringLiteral("outputs"), outputs }, { QStringLiteral("toolRuns"), toolRuns } };
+    if (!problem.isEmpty())
+        report.insert(QStringLiteral("problem"), problem);
+    return saveBundleFile(part.bundle.partReportPath(part.element),
+        QJsonDocument(report).toJson(QJsonDocument::Indented), error);
+}
+
+} // namespace quillon

@@ -1,0 +1,88 @@
+// A bundle's elements, rendered one by one and collected, write what a local
+// run writes; what the bundle refuses and what the collect counts.
+
+#include "support/ClusterFixture.h"
+
+#include <QJsonDocument>
+#include <QJsonObject>
+
+#include <gtest/gtest.h>
+
+namespace quillon {
+namespace {
+
+using test::batchDirectoryNames;
+using test::CliResult;
+using ClusterBundle = test::ClusterFixture;
+
+QJsonObject readJson(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? QJsonDocument::fromJson(file.readAll()).object() : QJsonObject();
+}
+
+TEST_F(ClusterBundle, ElementsRunOneByOneWriteWhatALocalRunWrites)
+{
+    runLocally();
+    const QString bundle = m_temp.path() + "/bundle";
+    const CliResult written = run(runFlags(m_out) + QStringList { "--slurm-bundle", bundle });
+    ASSERT_EQ(written.exitCode, 0) << written.err.toStdString();
+    EXPECT_TRUE(written.err.contains("bundle of 4 elements, 12 tool runs, 16 outputs"))
+        << written.err.toStdString();
+    EXPECT_TRUE(batchDirectoryNames(m_out).isEmpty()); // nothing ran
+    // An element run twice (a re-run after a failure) writes the same files.
+    for (const int element : { 0, 1, 2, 3, 2 }) {
+        const CliResult part
+            = runKeeping({ "--run-part", bundle, QString::number(element) }, folder("keep-cluster"));
+        ASSERT_EQ(part.exitCode, 0) << part.err.toStdString();
+    }
+    const CliResult collect = run({ "--collect", bundle });
+    EXPECT_EQ(collect.exitCode, 0) << collect.err.toStdString();
+    EXPECT_TRUE(collect.err.contains("8 written, 0 missing, 0 not run")) << collect.err.toStdString();
+    expectSameAsLocal(bundle);
+    const QJsonObject report = readJson(bundle + "/report.json");
+    EXPECT_EQ(report.value("written").toInt(), 8);
+    EXPECT_EQ(report.value("failedToolRuns").toInt(), 0);
+    EXPECT_EQ(report.value("plan")["toolRuns"][11]["exitCode"].toInt(-1), 0);
+}
+
+TEST_F(ClusterBundle, RefusesAndCountsWhatFailed)
+{
+    const QString bundle = m_temp.path() + "/bundle";
+    // No input: one element.
+    ASSERT_EQ(run(baseFlags() + QStringList { "--slurm-bundle", bundle }).exitCode, 0);
+    EXPECT_EQ(readJson(bundle + "/bundle.json").value("elements").toInt(), 1);
+    // A bundle directory that is not empty is refused, the bundle kept.
+    const CliResult again = run(baseFlags() + QStringList { "--slurm-bundle", bundle });
+    EXPECT_EQ(again.exitCode, 2);
+    EXPECT_TRUE(again.err.contains("is not empty")) << again.err.toStdString();
+    // The element never ran: its outputs are not run, the collect says so.
+    const CliResult collect = run({ "--collect", bundle });
+    EXPECT_EQ(collect.exitCode, 3);
+    EXPECT_TRUE(collect.err.contains("0 written, 0 missing, 2 not run")) << collect.err.toStdString();
+    EXPECT_TRUE(collect.err.contains("element 0 (no input): not run: no report part"))
+        << collect.err.toStdString();
+    // A killed element leaves its task files; the collect removes them by its journal.
+    QProcess killed;
+    start(killed, { "--run-part", bundle, "0" }, { { "QUILLON_STANDIN_HANG", "1" } });
+    readUntil(killed, "stand-in");
+    killed.kill();
+    killed.waitForFinished();
+    EXPECT_EQ(batchDirectoryNames(m_out), QStringList { ".quillon" });
+    const CliResult cleaned = run({ "--collect", bundle });
+    EXPECT_TRUE(cleaned.out.contains("deleted " + m_out + "/.quillon/job-0/controlfile.xml"))
+        << cleaned.out.toStdString();
+    EXPECT_TRUE(batchDirectoryNames(m_out).isEmpty());
+    // The tool fails: the element's report part says how, the collect counts it.
+    QProcess failing;
+    start(failing, { "--run-part", bundle, "0" }, { { "QUILLON_STANDIN_EXIT_CODE", "5" } });
+    EXPECT_EQ(finish(failing).exitCode, 3);
+    EXPECT_EQ(run({ "--collect", bundle }).exitCode, 3);
+    const QJsonObject report = readJson(bundle + "/report.json");
+    EXPECT_EQ(report.value("failedToolRuns").toInt(), 1);
+    EXPECT_EQ(report.value("plan")["toolRuns"][0]["exitCode"].toInt(), 5);
+    EXPECT_EQ(run({ "--run-part", bundle, "1" }).exitCode, 2);
+}
+
+} // namespace
+} // namespace quillon
