@@ -258,6 +258,10 @@ bool BatchController::startBatchWithSender(
         for (const PlannedTask& task : run.tasks)
             m_imagesPlanned += task.skipped ? 0 : 1;
     }
+    {
+        QMutexLocker lock(&m_outcomeMutex);
+        m_toolRunOutcomes = QList<ToolRunOutcome>(m_plan->toolRuns.size());
+    }
     m_clock.start();
     m_running = true;
     if (m_display)

@@ -5,6 +5,8 @@
 #include <QJsonObject>
 #include <QSaveFile>
 
+#include <algorithm>
+
 namespace quillon {
 
 namespace {
@@ -26,6 +28,21 @@ QJsonObject settingsJson(const RunSettings& s)
         { QStringLiteral("preset"), s.presetIndex },
         { QStringLiteral("maps"), s.activateMaps == 1 },
     };
+}
+
+QJsonObject withOutcome(QJsonObject run, const ToolRunOutcome& outcome)
+{
+    static const char* const kEnds[] = { "not run", "exited", "signal", "start failed", "aborted" };
+    run.insert(QStringLiteral("end"), QLatin1String(kEnds[static_cast<int>(outcome.end)]));
+    if (outcome.end == ToolRunOutcome::End::Exited)
+        run.insert(QStringLiteral("exitCode"), outcome.exitCode);
+    if (outcome.end == ToolRunOutcome::End::Crashed)
+        run.insert(QStringLiteral("signal"), outcome.signal);
+    if (!outcome.startError.isEmpty())
+        run.insert(QStringLiteral("startError"), outcome.startError);
+    run.insert(QStringLiteral("failed"), outcome.failed());
+    run.insert(QStringLiteral("unwrittenTaskFiles"), QJsonArray::fromStringList(outcome.unwrittenTaskFiles));
+    return run;
 }
 
 } // namespace
@@ -55,8 +72,18 @@ QByteArray runReportJson(const BatchController& controller)
         { QStringLiteral("chain"), chain },
         { QStringLiteral("settings"), settingsJson(controller.runSettings()) },
     };
-    if (const auto plan = controller.plan())
-        root.insert(QStringLiteral("plan"), plan->toJsonObject(&statuses));
+    const QList<ToolRunOutcome> outcomes = controller.toolRunOutcomes();
+    root.insert(QStringLiteral("failedToolRuns"),
+        static_cast<qint64>(std::count_if(
+            outcomes.cbegin(), outcomes.cend(), [](const ToolRunOutcome& o) { return o.failed(); })));
+    if (const auto plan = controller.plan()) {
+        QJsonObject planJson = plan->toJsonObject(&statuses);
+        QJsonArray runs = planJson.value(QStringLiteral("toolRuns")).toArray();
+        for (qsizetype i = 0; i < runs.size(); ++i)
+            runs[i] = withOutcome(runs.at(i).toObject(), outcomes.value(i));
+        planJson.insert(QStringLiteral("toolRuns"), runs);
+        root.insert(QStringLiteral("plan"), planJson);
+    }
     return QJsonDocument(root).toJson(QJsonDocument::Indented);
 }
 

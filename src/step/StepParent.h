@@ -8,7 +8,9 @@ class QObject;
 namespace quillon {
 
 struct FileIdentity;
+struct PlannedToolRun;
 struct RunSettings;
+struct ToolRunOutcome;
 
 // What a filter step needs from the controller that runs it. The window's
 // AppDelegate, the command line and the tests implement it.
@@ -52,6 +54,14 @@ public:
     // The running tool has written these outputs (seen while it runs, a
     // cheap look at the files). Worker thread.
     virtual void imagesWritten(const QStringList& paths) { (void)paths; }
+    // A tool run has ended (after its files were handed over): how, and
+    // which of its task files could not be written. `run` is the plan's
+    // entry, or null for a step without a plan. Worker thread.
+    virtual void toolRunEnded(const PlannedToolRun* run, const ToolRunOutcome& outcome)
+    {
+        (void)run;
+        (void)outcome;
+    }
 };
 
 } // namespace quillon
