@@ -1,12 +1,13 @@
 // Task files: one control file with its run files, against the ceiling of
-// parsing and serialising the definition once per task. Measured at two sizes
+// parsing and serialising the definition once per task and writing the
+// result into a new file renamed over its name (no flush). Measured at two sizes
 // so the cost per task (the slope) shows whether the writer stays linear.
 #include "BenchData.h"
 #include "BenchSupport.h"
 
+#include "run/SafeFile.h"
 #include "step/FilterProcessObject.h"
 #include "step/XmlFiles.h"
-#include "run/SafeFile.h"
 
 #include <QFile>
 
@@ -15,6 +16,9 @@
 
 #include <map>
 #include <string>
+
+#include <fcntl.h>
+#include <unistd.h>
 #include <utility>
 #include <vector>
 
@@ -31,8 +35,9 @@ public:
     void write(const void* data, size_t size) override { text.append(static_cast<const char*>(data), size); }
 };
 
-// The ceiling of one task: read the definition, parse it, serialise it.
-size_t parseAndSerialise(const QString& path)
+// The ceiling of one task: read the definition, parse it, serialise it,
+// write it to a new file and rename that over `target` (no flush).
+size_t parseSerialiseAndWrite(const QString& path, const QByteArray& target)
 {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
@@ -43,6 +48,14 @@ size_t parseAndSerialise(const QString& path)
     StringWriter writer;
     writer.text.reserve(size_t(bytes.size()) + size_t(bytes.size()) / 4);
     document.save(writer, "  ", pugi::format_indent, pugi::encoding_utf8);
+    const QByteArray temporary = target + ".tmp";
+    const int fd = ::open(temporary.constData(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0644);
+    if (fd < 0)
+        return 0;
+    const bool whole = ::write(fd, writer.text.data(), writer.text.size()) == ssize_t(writer.text.size());
+    ::close(fd);
+    if (!whole || ::rename(temporary.constData(), target.constData()) != 0)
+        return 0;
     return writer.text.size();
 }
 
@@ -60,6 +73,7 @@ void runTaskFiles(benchmark::State& state, const std::vector<std::pair<std::stri
 {
     const QString definition = definitionOfSize(kDefinitionBytes);
     const QString out = freshOutputDir(QStringLiteral("taskfiles"));
+    const QString ceilingOut = freshOutputDir(QStringLiteral("taskfiles-ceiling"));
     SilentStepParent parent(benchSettings(out, frames));
     parent.settings.inputMode = InputMode::File;
     parent.settings.sourcePath = inputsDir(1) + QStringLiteral("/input-00000.png");
@@ -86,8 +100,13 @@ void runTaskFiles(benchmark::State& state, const std::vector<std::pair<std::stri
     };
     // Overwriting: the run files of an earlier control file are in place,
     // as for the second input of a run.
-    if (overwrite)
+    const auto ceilingFile
+        = [&](qint64 t) { return QFile::encodeName(ceilingOut + QStringLiteral("/run-%1.ffxml").arg(t)); };
+    if (overwrite) {
         writeControlFile();
+        for (qint64 t = 0; t < tasks; ++t)
+            parseSerialiseAndWrite(definition, ceilingFile(t));
+    }
     quillonCpu = 0;
     double ceilingCpu = 0;
 
@@ -95,12 +114,17 @@ void runTaskFiles(benchmark::State& state, const std::vector<std::pair<std::stri
     double ceilingSeconds = 0;
     bool written = true;
     for (auto _ : state) {
+        // The ceiling's files meet what the control file's meet: a folder
+        // emptied before, or the files of the round before in place.
+        if (!overwrite)
+            emptyDir(ceilingOut);
         auto start = std::chrono::steady_clock::now();
         const double cpuStart = threadCpuSeconds();
         size_t bytes = 0;
         for (qint64 t = 0; t < tasks; ++t)
-            bytes += parseAndSerialise(definition);
+            bytes += parseSerialiseAndWrite(definition, ceilingFile(t));
         benchmark::DoNotOptimize(bytes);
+        written = written && bytes > 0;
         ceilingSeconds += secondsSince(start);
         ceilingCpu += threadCpuSeconds() - cpuStart;
 
@@ -114,8 +138,9 @@ void runTaskFiles(benchmark::State& state, const std::vector<std::pair<std::stri
         state.SetIterationTime(seconds);
     }
     emptyDir(out);
+    emptyDir(ceilingOut);
     if (!written)
-        state.SkipWithError("the control file was not written");
+        state.SkipWithError("the control file or a ceiling file was not written");
 
     const double n = double(state.iterations());
     const double perTask = quillonSeconds / n / double(tasks);
@@ -193,7 +218,8 @@ void BM_RunFilePieces(benchmark::State& state)
     double load = 0, serialise = 0, write = 0, ceiling = 0;
     for (auto _ : state) {
         auto start = std::chrono::steady_clock::now();
-        benchmark::DoNotOptimize(parseAndSerialise(definition));
+        benchmark::DoNotOptimize(parseSerialiseAndWrite(
+            definition, QFile::encodeName(out + QStringLiteral("/ceiling-%1.ffxml").arg(index))));
         ceiling += secondsSince(start);
 
         start = std::chrono::steady_clock::now();

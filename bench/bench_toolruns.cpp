@@ -1,15 +1,19 @@
 // Tool runs: a step over 1,000 inputs with a render tool that does nothing,
 // against a plain loop that spawns and waits for the same tool as often.
 // Quillon's time per tool run is taken without its task-file writing, which
-// is measured on its own in the same iteration.
+// is measured on its own in the same iteration. And ToolRun alone (its event
+// loop, output routing and abort handling) against a bare QProcess started
+// and waited for in a loop.
 #include "BenchData.h"
 #include "BenchSupport.h"
 
 #include "batch/BatchController.h"
 #include "step/FilterProcessObject.h"
+#include "step/ToolRun.h"
 
 #include <QDir>
 #include <QEventLoop>
+#include <QProcess>
 
 #include <benchmark/benchmark.h>
 
@@ -103,8 +107,62 @@ void BM_ToolRuns(benchmark::State& state)
     state.counters["ms_above_ceiling"] = (quillon - ceiling) * 1e3;
 }
 
+void BM_ToolRunOverhead(benchmark::State& state)
+{
+    const int runs = int(state.range(0));
+    const QString tool = trueTool();
+    const QStringList arguments { QStringLiteral("controlfile.xml") };
+    double toolRunSeconds = 0;
+    double bareSeconds = 0;
+    bool ok = true;
+    for (auto _ : state) {
+        // Alternating which goes first, in halves, so both meet the same machine.
+        for (int half = 0; half < 2; ++half) {
+            const auto timeBare = [&] {
+                const auto start = std::chrono::steady_clock::now();
+                for (int i = 0; i < runs / 2; ++i) {
+                    QProcess process;
+                    process.start(tool, arguments, QIODevice::ReadOnly);
+                    ok = process.waitForFinished(-1) && process.exitCode() == 0 && ok;
+                }
+                bareSeconds += secondsSince(start);
+            };
+            const auto timeToolRun = [&] {
+                const auto start = std::chrono::steady_clock::now();
+                for (int i = 0; i < runs / 2; ++i) {
+                    ToolRun run(tool, arguments);
+                    const ToolRunOutcome outcome = run.exec();
+                    ok = outcome.end == ToolRunOutcome::End::Exited && outcome.exitCode == 0 && ok;
+                }
+                const double seconds = secondsSince(start);
+                toolRunSeconds += seconds;
+                return seconds;
+            };
+            if (half == 0) {
+                timeBare();
+                state.SetIterationTime(timeToolRun());
+            } else {
+                timeToolRun();
+                timeBare();
+            }
+        }
+    }
+    if (!ok)
+        state.SkipWithError("a tool run failed");
+    const double total = double(state.iterations()) * (runs / 2 * 2);
+    state.counters["toolrun_ms_per_run"] = toolRunSeconds / total * 1e3;
+    state.counters["bare_qprocess_ms_per_run"] = bareSeconds / total * 1e3;
+    state.counters["ms_above_bare"] = (toolRunSeconds - bareSeconds) / total * 1e3;
+}
+
 } // namespace
 
+BENCHMARK(BM_ToolRunOverhead)
+    ->ArgName("runs")
+    ->Arg(1000)
+    ->Unit(benchmark::kMillisecond)
+    ->UseManualTime()
+    ->Iterations(2);
 BENCHMARK(BM_ToolRuns)
     ->ArgName("inputs")
     ->Arg(1000)

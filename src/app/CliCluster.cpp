@@ -135,7 +135,7 @@ int CliRun::execPart(const CliOptions& options)
     int code = kCliExitOk;
     if (m_interrupted.load() || controller.isAborted())
         code = kCliExitInterrupted;
-    else if (!controller.outcome().missing.isEmpty() || failedToolRuns(controller.toolRunEnds()) > 0)
+    else if (!controller.outcome().missing.isEmpty() || controller.hasFailedToolRun())
         code = kCliExitIncomplete;
     if (!writePartReport(part, controller, code, QString(), &error)) {
         writeCliError(error);

@@ -202,12 +202,14 @@ int CliRun::exec(const QStringList& arguments)
     if (display.replaced > 0)
         consoleLine(lcFiles(), QStringLiteral("replaced %1 existing files").arg(display.replaced));
     writeError(controller.outcomeLine());
+    for (const QString& line : controller.outcomeDetails())
+        writeError(line);
     if (!options.reportFile.isEmpty() && !saveRunReport(options.reportFile, controller, &error))
         writeError(error);
     int code = kCliExitOk;
     if (m_interrupted.load() || controller.isAborted())
         code = kCliExitInterrupted;
-    else if (!controller.outcome().missing.isEmpty())
+    else if (!controller.outcome().missing.isEmpty() || controller.hasFailedToolRun())
         code = kCliExitIncomplete;
     if (!options.saveChainFile.isEmpty()) {
         if (!saveCliChain(options.saveChainFile, controller.chain(), &error)) {

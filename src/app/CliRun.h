@@ -17,7 +17,9 @@ struct CliOptions;
 // Exit codes of quillon-cli.
 inline constexpr int kCliExitOk = 0;
 inline constexpr int kCliExitFailed = 2; // a failed check, a bad flag, an unreadable chain
-inline constexpr int kCliExitIncomplete = 3; // the run ended with planned outputs missing
+// The run ended with planned outputs missing or a failed tool run (a non-zero
+// exit, a crash, a failed start).
+inline constexpr int kCliExitIncomplete = 3;
 inline constexpr int kCliExitInterrupted = 130; // SIGINT or SIGTERM
 
 // The command line's progress display: filter and source lines on standard

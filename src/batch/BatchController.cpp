@@ -264,10 +264,6 @@ bool BatchController::startBatchWithSender(
                              .arg(RunJournal::kFolderName)
                              .arg(m_part->jobFolder),
             error);
-    {
-        const QMutexLocker locker(&m_endsMutex);
-        m_toolRunEnds.clear();
-    }
 
     // A handle left from an earlier run is never written again.
     closeRunLog();
@@ -304,6 +300,10 @@ bool BatchController::startBatchWithSender(
     for (const PlannedToolRun& run : std::as_const(m_plan->toolRuns)) {
         for (const PlannedTask& task : run.tasks)
             m_imagesPlanned += task.skipped ? 0 : 1;
+    }
+    {
+        QMutexLocker lock(&m_outcomeMutex);
+        m_toolRunOutcomes = QList<ToolRunOutcome>(m_plan->toolRuns.size());
     }
     m_clock.start();
     m_running = true;

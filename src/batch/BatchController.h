@@ -4,6 +4,7 @@
 #include "library/Record.h"
 #include "run/RunPlan.h"
 #include "run/RunSettings.h"
+#include "run/ToolRunOutcome.h"
 #include "step/StepParent.h"
 
 #include <QElapsedTimer>
@@ -89,9 +90,6 @@ public:
         int jobFolder = 0;
     };
     void setRunPart(std::optional<RunPart> part) { m_part = std::move(part); }
-    // How each tool run of the last run ended, by its index in
-    // plan()->toolRuns; tool runs that never started a tool are absent.
-    QHash<qsizetype, ToolRunEnd> toolRunEnds() const;
 
     // What became of the planned final outputs of the last run: written
     // (there, not empty, and new or changed since Start), missing, or not
@@ -105,6 +103,15 @@ public:
     Outcome outcome() const;
     // "N written, M missing, K not run in 1:23 -> OUTPUT DIR"
     QString outcomeLine() const;
+    // How each tool run of the plan ended, in plan order (NotRun for those
+    // that never started).
+    QList<ToolRunOutcome> toolRunOutcomes() const;
+    // Some tool run exited with a non-zero code, crashed or could not start.
+    bool hasFailedToolRun() const;
+    // The closing report below the count: each missing output with how its
+    // tool run ended, then the failed tool runs whose outputs were all
+    // written; at most `limit` missing outputs are named.
+    QStringList outcomeDetails(qsizetype limit = 20) const;
     // The end of every run; called by the worker through a blocking call.
     void operationComplete();
 
@@ -143,8 +150,8 @@ public:
     }
     // Worker thread: counted on the controller's thread.
     void imagesWritten(const QStringList& paths) override;
-    // Worker thread (any slot).
-    void toolRunEnded(const PlannedToolRun* run, const ToolRunEnd& end) override;
+    // Worker thread: kept for the outcome.
+    void toolRunEnded(const PlannedToolRun* run, const ToolRunOutcome& outcome) override;
 
     // ---- State, for the window and tests ---------------------------------
     const QStringList& interimFiles() const { return m_interimFiles; }
@@ -199,6 +206,8 @@ private:
     QStringList m_inputs; // collected at Start, handed to the first step
     std::shared_ptr<RunPlan> m_plan;
     QHash<QString, FileIdentity> m_finalBefore; // planned final outputs at Start
+    QList<ToolRunOutcome> m_toolRunOutcomes; // by plan position; under m_outcomeMutex
+    mutable QMutex m_outcomeMutex;
     QElapsedTimer m_clock;
     qint64 m_imagesDone = 0;
     qint64 m_imagesPlanned = 0;
@@ -211,8 +220,6 @@ private:
     std::unique_ptr<QFile> m_logfh;
     RunJournal m_journal; // lock, journal and created files of the run
     std::optional<RunPart> m_part;
-    mutable QMutex m_endsMutex;
-    QHash<const PlannedToolRun*, ToolRunEnd> m_toolRunEnds;
 
     std::atomic<bool> m_isAborted { false };
     bool m_running = false;

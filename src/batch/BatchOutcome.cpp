@@ -7,12 +7,102 @@
 
 #include "run/SafeFile.h"
 
+#include <QFileInfo>
 #include <QMetaObject>
 #include <QMutexLocker>
 
 #include <algorithm>
 
 namespace quillon {
+
+namespace {
+
+// How a tool run ended, as the closing report says it.
+QString describeEnd(const ToolRunOutcome& outcome)
+{
+    QString text;
+    switch (outcome.end) {
+    case ToolRunOutcome::End::NotRun:
+        text = QStringLiteral("the render tool did not run");
+        break;
+    case ToolRunOutcome::End::Exited:
+        text = QStringLiteral("the render tool exited with code %1").arg(outcome.exitCode);
+        break;
+    case ToolRunOutcome::End::Crashed:
+        text = QStringLiteral("the render tool was ended by signal %1").arg(outcome.signal);
+        break;
+    case ToolRunOutcome::End::StartFailed:
+        text = QStringLiteral("the render tool could not be started (%1)").arg(outcome.startError);
+        break;
+    case ToolRunOutcome::End::Aborted:
+        text = QStringLiteral("the tool run was aborted");
+        break;
+    }
+    if (!outcome.unwrittenTaskFiles.isEmpty())
+        text += QStringLiteral("; task files not written: ")
+            + outcome.unwrittenTaskFiles.join(QStringLiteral(", "));
+    return text;
+}
+
+} // namespace
+
+void BatchController::toolRunEnded(const PlannedToolRun* run, const ToolRunOutcome& outcome)
+{
+    if (!run || !m_plan)
+        return;
+    const qsizetype index = run - m_plan->toolRuns.constData();
+    QMutexLocker lock(&m_outcomeMutex);
+    if (index >= 0 && index < m_toolRunOutcomes.size())
+        m_toolRunOutcomes[index] = outcome;
+}
+
+QList<ToolRunOutcome> BatchController::toolRunOutcomes() const
+{
+    QMutexLocker lock(&m_outcomeMutex);
+    return m_toolRunOutcomes;
+}
+
+bool BatchController::hasFailedToolRun() const
+{
+    const QList<ToolRunOutcome> outcomes = toolRunOutcomes();
+    return std::any_of(
+        outcomes.cbegin(), outcomes.cend(), [](const ToolRunOutcome& o) { return o.failed(); });
+}
+
+QStringList BatchController::outcomeDetails(qsizetype limit) const
+{
+    QStringList lines;
+    if (!m_plan)
+        return lines;
+    const Outcome result = outcome();
+    const QSet<QString> missing(result.missing.cbegin(), result.missing.cend());
+    const QList<ToolRunOutcome> outcomes = toolRunOutcomes();
+    qsizetype named = 0;
+    QList<bool> mentioned(m_plan->toolRuns.size(), false);
+    for (qsizetype i = 0; i < m_plan->toolRuns.size(); ++i) {
+        for (const PlannedTask& task : m_plan->toolRuns.at(i).tasks) {
+            if (!missing.contains(task.resultPath))
+                continue;
+            mentioned[i] = true;
+            if (named++ < limit)
+                lines.append(
+                    QStringLiteral("missing %1: %2").arg(task.resultPath, describeEnd(outcomes.value(i))));
+        }
+    }
+    if (named > limit)
+        lines.append(QStringLiteral("and %1 more missing").arg(named - limit));
+    for (qsizetype i = 0; i < outcomes.size(); ++i) {
+        if (mentioned.at(i) || !outcomes.at(i).failed())
+            continue;
+        const PlannedToolRun& run = m_plan->toolRuns.at(i);
+        const QString input
+            = run.input.isEmpty() ? QStringLiteral("no input") : QFileInfo(run.input).fileName();
+        lines.append(QStringLiteral("tool run of step %1 on %2: %3")
+                         .arg(run.step + 1)
+                         .arg(input, describeEnd(outcomes.at(i))));
+    }
+    return lines;
+}
 
 void BatchController::imagesWritten(const QStringList& paths)
 {
@@ -60,28 +150,6 @@ BatchController::Outcome BatchController::outcome() const
         }
     }
     return result;
-}
-
-void BatchController::toolRunEnded(const PlannedToolRun* run, const ToolRunEnd& end)
-{
-    if (!run)
-        return;
-    const QMutexLocker locker(&m_endsMutex);
-    m_toolRunEnds.insert(run, end);
-}
-
-QHash<qsizetype, ToolRunEnd> BatchController::toolRunEnds() const
-{
-    QHash<qsizetype, ToolRunEnd> ends;
-    if (!m_plan)
-        return ends;
-    const QMutexLocker locker(&m_endsMutex);
-    for (qsizetype i = 0; i < m_plan->toolRuns.size(); ++i) {
-        if (const auto found = m_toolRunEnds.constFind(&m_plan->toolRuns.at(i));
-            found != m_toolRunEnds.cend())
-            ends.insert(i, found.value());
-    }
-    return ends;
 }
 
 QString BatchController::outcomeLine() const

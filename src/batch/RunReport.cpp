@@ -36,13 +36,6 @@ QJsonArray runReportChain(const RecordList& records)
     return chain;
 }
 
-qsizetype failedToolRuns(const QHash<qsizetype, ToolRunEnd>& ends)
-{
-    qsizetype failed = 0;
-    for (const ToolRunEnd& end : ends)
-        failed += end.failed() ? 1 : 0;
-    return failed;
-}
 
 QByteArray runReportJson(const BatchController& controller)
 {
@@ -55,19 +48,19 @@ QByteArray runReportJson(const BatchController& controller)
     for (const QString& path : outcome.notRun)
         statuses.insert(path, QStringLiteral("not run"));
 
-    const QHash<qsizetype, ToolRunEnd> ends = controller.toolRunEnds();
+    const QList<ToolRunOutcome> outcomes = controller.toolRunOutcomes();
     QJsonObject root {
         { QStringLiteral("written"), outcome.written.size() },
         { QStringLiteral("missing"), outcome.missing.size() },
         { QStringLiteral("notRun"), outcome.notRun.size() },
-        { QStringLiteral("failedToolRuns"), failedToolRuns(ends) },
+        { QStringLiteral("failedToolRuns"), failedToolRuns(outcomes) },
         { QStringLiteral("aborted"), controller.isAborted() },
         { QStringLiteral("elapsedMs"), outcome.elapsedMs },
         { QStringLiteral("chain"), runReportChain(controller.chain()) },
         { QStringLiteral("settings"), runReportSettings(controller.runSettings()) },
     };
     if (const auto plan = controller.plan())
-        root.insert(QStringLiteral("plan"), plan->toJsonObject(&statuses, &ends));
+        root.insert(QStringLiteral("plan"), plan->toJsonObject(&statuses, &outcomes));
     return QJsonDocument(root).toJson(QJsonDocument::Indented);
 }
 

@@ -18,9 +18,6 @@ QByteArray runReportJson(const BatchController& controller);
 // The report's "settings" and "chain" values.
 QJsonObject runReportSettings(const RunSettings& settings);
 QJsonArray runReportChain(const RecordList& chain);
-// The tool runs whose tool failed (a non-zero exit code, a crash, no start),
-// as the report's "failedToolRuns" counts them.
-qsizetype failedToolRuns(const QHash<qsizetype, ToolRunEnd>& ends);
 
 // Writes the report with QSaveFile; false with *error when it could not be.
 bool saveRunReport(const QString& path, const BatchController& controller, QString* error);

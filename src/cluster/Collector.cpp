@@ -42,17 +42,6 @@ RunPlan planShape(const QJsonObject& json)
     return plan;
 }
 
-ToolRunEnd toolRunEnd(const QJsonObject& json)
-{
-    const QString kind = json.value(QStringLiteral("exit")).toString();
-    ToolRunEnd end;
-    end.kind = kind == QLatin1String("crashed") ? ToolRunEnd::Kind::Crashed
-        : kind == QLatin1String("exited")       ? ToolRunEnd::Kind::Exited
-                                                : ToolRunEnd::Kind::NotStarted;
-    end.exitCode = json.value(QStringLiteral("exitCode")).toInt(-1);
-    return end;
-}
-
 QString elementStatus(const QJsonObject& part)
 {
     if (part.isEmpty())
@@ -109,7 +98,7 @@ bool collectClusterParts(const QString& bundleDirectory, CollectOutcome* outcome
     const QList<QList<qsizetype>> elements = elementToolRuns(shape);
 
     QHash<QString, QString> statuses;
-    QHash<qsizetype, ToolRunEnd> ends;
+    QHash<qsizetype, ToolRunOutcome> ends;
     QJsonArray elementList;
     bool aborted = false;
     qint64 firstStart = std::numeric_limits<qint64>::max();
@@ -123,7 +112,7 @@ bool collectClusterParts(const QString& bundleDirectory, CollectOutcome* outcome
         for (const QJsonValue& run : part.value(QStringLiteral("toolRuns")).toArray()) {
             const qsizetype index = run.toObject().value(QStringLiteral("index")).toInteger(-1);
             if (elements.at(k).contains(index))
-                ends.insert(index, toolRunEnd(run.toObject()));
+                ends.insert(index, toolRunOutcomeFromJson(run.toObject()));
         }
         if (!part.isEmpty()) {
             firstStart = std::min(firstStart, part.value(QStringLiteral("startedMs")).toInteger());
@@ -169,7 +158,7 @@ bool collectClusterParts(const QString& bundleDirectory, CollectOutcome* outcome
     for (qsizetype r = 0; r < runs.size(); ++r) {
         QJsonObject run = runs.at(r).toObject();
         if (const auto end = ends.constFind(r); end != ends.cend())
-            insertToolRunEnd(run, end.value());
+            insertToolRunOutcome(run, end.value());
         if (run.value(QStringLiteral("step")).toInt() == shape.steps - 1) {
             QJsonArray tasks = run.value(QStringLiteral("tasks")).toArray();
             for (qsizetype t = 0; t < tasks.size(); ++t) {
@@ -189,7 +178,7 @@ bool collectClusterParts(const QString& bundleDirectory, CollectOutcome* outcome
     }
     QJsonObject plan = bundle.plan;
     plan.insert(QStringLiteral("toolRuns"), runs);
-    result.failedToolRuns = failedToolRuns(ends);
+    result.failedToolRuns = failedToolRuns(ends.values());
     result.elapsedMs = lastEnd > firstStart ? lastEnd - firstStart : 0;
 
     const QJsonObject root { { QStringLiteral("written"), result.written },

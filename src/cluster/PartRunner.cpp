@@ -50,12 +50,12 @@ bool writePartReport(const ClusterPart& part, const BatchController& controller,
             outputs.insert(path, QLatin1String(status));
     }
     QJsonArray toolRuns;
-    const QHash<qsizetype, ToolRunEnd> ends = controller.toolRunEnds();
-    QList<qsizetype> ran = ends.keys();
-    std::sort(ran.begin(), ran.end());
-    for (const qsizetype r : ran) {
+    const QList<ToolRunOutcome> outcomes = controller.toolRunOutcomes();
+    for (qsizetype r = 0; r < outcomes.size(); ++r) {
+        if (outcomes.at(r).end == ToolRunOutcome::End::NotRun)
+            continue;
         QJsonObject run { { QStringLiteral("index"), part.toolRuns.value(r, -1) } };
-        insertToolRunEnd(run, ends.value(r));
+        insertToolRunOutcome(run, outcomes.at(r));
         toolRuns.append(run);
     }
     QJsonObject report { { QStringLiteral("element"), part.element },

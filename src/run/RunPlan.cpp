@@ -20,26 +20,6 @@ QString valueText(const QVariant& value)
 
 } // namespace
 
-QString ToolRunEnd::kindName() const
-{
-    switch (kind) {
-    case Kind::Exited:
-        return QStringLiteral("exited");
-    case Kind::Crashed:
-        return QStringLiteral("crashed");
-    case Kind::NotStarted:
-        return QStringLiteral("not started");
-    }
-    return {};
-}
-
-void insertToolRunEnd(QJsonObject& run, const ToolRunEnd& end)
-{
-    run.insert(QStringLiteral("exit"), end.kindName());
-    if (end.kind == ToolRunEnd::Kind::Exited)
-        run.insert(QStringLiteral("exitCode"), end.exitCode);
-}
-
 bool PlannedToolRun::hasWork() const
 {
     for (const PlannedTask& task : tasks) {
@@ -150,7 +130,7 @@ QString RunPlan::describe() const
 }
 
 QJsonObject RunPlan::toJsonObject(
-    const QHash<QString, QString>* statuses, const QHash<qsizetype, ToolRunEnd>* ends) const
+    const QHash<QString, QString>* statuses, const QList<ToolRunOutcome>* outcomes) const
 {
     QJsonArray runs;
     for (qsizetype r = 0; r < toolRuns.size(); ++r) {
@@ -177,10 +157,8 @@ QJsonObject RunPlan::toJsonObject(
         }
         QJsonObject entry { { QStringLiteral("step"), run.step }, { QStringLiteral("input"), run.input },
             { QStringLiteral("baseName"), run.baseName }, { QStringLiteral("tasks"), tasks } };
-        if (ends) {
-            if (const auto end = ends->constFind(r); end != ends->cend())
-                insertToolRunEnd(entry, end.value());
-        }
+        if (outcomes)
+            insertToolRunOutcome(entry, outcomes->value(r));
         runs.append(entry);
     }
     const QJsonObject root { { QStringLiteral("seed"), QString::number(seed) },

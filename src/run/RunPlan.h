@@ -1,5 +1,7 @@
 #pragma once
 
+#include "run/ToolRunOutcome.h"
+
 #include <QByteArray>
 #include <QHash>
 #include <QJsonObject>
@@ -25,22 +27,6 @@ struct PlannedTask {
     QList<QVariant> values;
     bool skipped = false; // left out (its output exists and is kept); values still advance
 };
-
-// How a tool run ended: the tool's exit code, or that it crashed (a signal
-// ended it, an abort terminated it) or could not be started.
-struct ToolRunEnd {
-    enum class Kind { Exited, Crashed, NotStarted };
-    Kind kind = Kind::Exited;
-    int exitCode = 0; // meaningful when it exited
-
-    bool failed() const { return kind != Kind::Exited || exitCode != 0; }
-    // "exited", "crashed" or "not started".
-    QString kindName() const;
-};
-
-// Adds "exit" (kindName) and, when it exited, "exitCode" to a tool run's
-// JSON object.
-void insertToolRunEnd(QJsonObject& toolRun, const ToolRunEnd& end);
 
 // One start of the render tool: one input (or none) of one step.
 struct PlannedToolRun {
@@ -79,10 +65,9 @@ struct RunPlan {
     QString describe() const;
     // The plan as JSON (the schema is in docs/run-plan.md); with `statuses`
     // (result path -> status), each task also says what became of it; with
-    // `ends` (index in toolRuns -> how it ended), each tool run that ran
-    // says how it ended.
+    // `outcomes` (by position in toolRuns), each tool run says how it ended.
     QJsonObject toJsonObject(const QHash<QString, QString>* statuses = nullptr,
-        const QHash<qsizetype, ToolRunEnd>* ends = nullptr) const;
+        const QList<ToolRunOutcome>* outcomes = nullptr) const;
     QByteArray toJson() const;
 };
 

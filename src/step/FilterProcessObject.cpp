@@ -3,7 +3,7 @@
 #include "run/RunSettings.h"
 #include "step/StepParent.h"
 
-#include <QProcess>
+#include "step/ToolRun.h"
 
 #include <utility>
 
@@ -22,7 +22,7 @@ filterProcessObject::filterProcessObject(RecordPtr filterData_, QStringList inFi
 {
 }
 
-// Out of line: QProcess is only forward-declared in the header.
+// Out of line: ToolRun is only forward-declared in the header.
 filterProcessObject::~filterProcessObject() = default;
 
 const RunSettings& filterProcessObject::settings() const

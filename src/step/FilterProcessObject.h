@@ -1,8 +1,10 @@
 #pragma once
 
 #include "library/Record.h"
+#include "run/ToolRunOutcome.h"
 #include "variations/ValueRule.h"
 
+#include <QMutex>
 #include <QString>
 #include <QStringList>
 
@@ -12,14 +14,13 @@
 
 #include <pugixml.hpp>
 
-class QProcess;
-
 namespace quillon {
 
 class StepParent;
 struct PlannedTask;
 struct PlannedToolRun;
 struct RunSettings;
+class ToolRun;
 
 // One step of a batch run: one filter of the chain applied to all of the
 // step's inputs. It writes the task files of each tool run (control file and
@@ -45,8 +46,12 @@ public:
     StepParent* parent = nullptr; // not owned
     QString toolPath;
     QString outPath;
-    std::unique_ptr<QProcess> toolTask; // the current tool run; worker thread only
+    // The current tool run: created, run and destroyed on the worker thread;
+    // the mutex lets abortAction reach it from another thread.
+    std::unique_ptr<ToolRun> toolTask;
+    QMutex toolTaskMutex;
     QStringList filesToRemove; // task files of the current tool run
+    QStringList unwrittenTaskFiles; // task files of the current tool run that could not be written
     QStringList runOutputs; // outputs the current tool run is to write
     // The run's plan for this step: one tool run per input (or one without
     // input); plannedRun is the current one. Without a plan the step works
@@ -71,7 +76,7 @@ public:
     void runEmpty();
     void runFilterNoSources() { runEmpty(); }
     void runFilterOn(const QString& inputPath, const QString& outfile);
-    void captureStandardOutputAndRouteToTextView(QProcess& task);
+    ToolRunOutcome captureStandardOutputAndRouteToTextView(ToolRun& task);
     // Stops the step: the running tool is terminated, no further run starts.
     // Safe from any thread.
     void abortAction();

@@ -10,7 +10,7 @@ namespace quillon {
 struct FileIdentity;
 struct PlannedToolRun;
 struct RunSettings;
-struct ToolRunEnd;
+struct ToolRunOutcome;
 
 // What a filter step needs from the controller that runs it. The window's
 // AppDelegate, the command line and the tests implement it.
@@ -54,12 +54,13 @@ public:
     // The running tool has written these outputs (seen while it runs, a
     // cheap look at the files). Worker thread.
     virtual void imagesWritten(const QStringList& paths) { (void)paths; }
-    // A tool run is over: `run` (its plan entry; null without a plan) ended
-    // as `end` says. Worker thread.
-    virtual void toolRunEnded(const PlannedToolRun* run, const ToolRunEnd& end)
+    // A tool run has ended (after its files were handed over): how, and
+    // which of its task files could not be written. `run` is the plan's
+    // entry, or null for a step without a plan. Worker thread.
+    virtual void toolRunEnded(const PlannedToolRun* run, const ToolRunOutcome& outcome)
     {
         (void)run;
-        (void)end;
+        (void)outcome;
     }
 };
 

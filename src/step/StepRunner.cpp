@@ -7,31 +7,25 @@
 #include "run/SafeFile.h"
 #include "step/StepParent.h"
 
-#include <QDeadlineTimer>
-#include <QElapsedTimer>
+#include "step/ToolRun.h"
+
 #include <QFileInfo>
 #include <QMetaObject>
+#include <QMutexLocker>
 #include <QObject>
-#include <QProcess>
-#include <QStringDecoder>
 #include <QThread>
+#include <QTimer>
 
-#include <csignal>
 #include <utility>
-
-#include <sys/prctl.h>
-#include <unistd.h>
 
 namespace quillon {
 
 namespace {
 
-// How long the worker waits for output before it looks at the abort flag.
-constexpr int kPollMilliseconds = 50;
-// Outputs looked at per round of the wait loop.
+// How often the outputs of a running tool are looked at, and how many at a
+// time: the tool writes them in order.
+constexpr int kWatchMilliseconds = 50;
 constexpr qsizetype kOutputsPolled = 8;
-// How long a terminated tool gets to exit before it is killed.
-constexpr int kTerminateGraceMilliseconds = 3000;
 
 const QString kNoSource = QStringLiteral("<no source>");
 const QString kKilledMessage = QStringLiteral("The render tool did not stop; it was killed.");
@@ -49,33 +43,6 @@ template <typename Report> void deliver(StepParent* parent, Report&& report)
         return;
     }
     QMetaObject::invokeMethod(context, std::forward<Report>(report), Qt::BlockingQueuedConnection);
-}
-
-// A chunk of tool output as shown: strict UTF-8 (an invalid chunk counts as
-// empty), trimmed at both ends.
-QString decodeChunk(const QByteArray& chunk)
-{
-    QStringDecoder decoder(QStringConverter::Utf8, QStringConverter::Flag::Stateless);
-    const QString text = decoder.decode(chunk);
-    if (decoder.hasError())
-        return {};
-    return text.trimmed();
-}
-
-// How many bytes at the end of `data` begin a UTF-8 character that the data
-// does not complete: the pipe cuts the tool's output anywhere, and such a
-// tail belongs to the next chunk.
-qsizetype incompleteUtf8Tail(const QByteArray& data)
-{
-    const qsizetype size = data.size();
-    for (qsizetype back = 1; back <= 3 && back <= size; ++back) {
-        const auto byte = static_cast<unsigned char>(data.at(size - back));
-        if ((byte & 0xC0) == 0x80)
-            continue; // a continuation byte: look further back for the lead
-        const qsizetype length = byte >= 0xF0 ? 4 : byte >= 0xE0 ? 3 : byte >= 0xC0 ? 2 : 1;
-        return length > back ? back : 0;
-    }
-    return 0;
 }
 
 // The outputs of one tool run, and which of them the tool has written: a
@@ -172,54 +139,35 @@ void filterProcessObject::runFilterOn(const QString& inputPath, const QString& o
         storePlannedValues(*plannedRun);
         return;
     }
-    toolTask = std::make_unique<QProcess>();
-    toolTask->setProgram(toolPath);
-    // The tool never outlives the program that started it, however that
-    // program ends.
-    const pid_t starter = ::getpid();
-    toolTask->setChildProcessModifier([starter] {
-        ::prctl(PR_SET_PDEATHSIG, SIGKILL);
-        if (::getppid() != starter)
-            ::_exit(127);
-    });
     // The task files are written before the tool starts.
     const qsizetype known = outFiles.size();
-    toolTask->setArguments({ createBatchFileWithFilepath(inputPath, outfile) });
+    unwrittenTaskFiles.clear();
+    const QString controlFile = createBatchFileWithFilepath(inputPath, outfile);
     runOutputs = outFiles.mid(known);
-    captureStandardOutputAndRouteToTextView(*toolTask);
+    auto run = std::make_unique<ToolRun>(toolPath, QStringList { controlFile });
+    {
+        QMutexLocker lock(&toolTaskMutex);
+        toolTask = std::move(run);
+        // An abort that came while the task files were written.
+        if (isAborted.load())
+            toolTask->requestAbort();
+    }
+    ToolRunOutcome outcome = captureStandardOutputAndRouteToTextView(*toolTask);
+    outcome.unwrittenTaskFiles = unwrittenTaskFiles;
+    if (parent)
+        parent->toolRunEnded(plannedRun, outcome);
+    {
+        QMutexLocker lock(&toolTaskMutex);
+        run = std::move(toolTask);
+    }
 }
 
 // Starts the prepared tool run, routes its standard output to the progress
-// line and the log while it runs, and waits for it to exit; then hands the
-// run's files over. Worker thread only: the process is created, read and
-// terminated here.
-void filterProcessObject::captureStandardOutputAndRouteToTextView(QProcess& task)
+// line and the log while it runs, and waits for it to end on this thread's
+// event loop; then hands the run's files over. Worker thread only: the
+// process is created, read and terminated here.
+ToolRunOutcome filterProcessObject::captureStandardOutputAndRouteToTextView(ToolRun& task)
 {
-    task.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    task.setInputChannelMode(QProcess::ForwardedInputChannel);
-    task.setReadChannel(QProcess::StandardOutput);
-
-    // A character cut by the pipe is completed by the next read, so valid
-    // UTF-8 output reaches the display and the log whole.
-    QByteArray carried;
-    const auto routeChunk = [this](const QByteArray& chunk) {
-        if (chunk.isEmpty())
-            return;
-        const QString text = decodeChunk(chunk);
-        if (text.isEmpty())
-            return;
-        passOnRenderInfoWithData(text);
-        if (parent)
-            parent->writeLogFileWithMessage(text);
-    };
-    const auto routeAvailableOutput = [&task, &carried, &routeChunk] {
-        QByteArray chunk = carried + task.readAllStandardOutput();
-        const qsizetype tail = incompleteUtf8Tail(chunk);
-        carried = chunk.right(tail);
-        chunk.chop(tail);
-        routeChunk(chunk);
-    };
-
     // The outputs of an inner step are interim files: the run may delete
     // those the tool creates, and only those.
     if (!isLast && parent)
@@ -231,58 +179,26 @@ void filterProcessObject::captureStandardOutputAndRouteToTextView(QProcess& task
             parent->imagesWritten(written);
     };
 
-    task.start(QIODevice::ReadOnly);
-    if (!task.waitForStarted(-1)) {
-        const QString message = kStartFailedMessage + task.errorString();
+    QTimer watchTimer;
+    watchTimer.setInterval(kWatchMilliseconds);
+    QObject::connect(
+        &watchTimer, &QTimer::timeout, &task, [&reportWritten] { reportWritten(kOutputsPolled); });
+    QObject::connect(&task, &ToolRun::started, &watchTimer, qOverload<>(&QTimer::start));
+    QObject::connect(&task, &ToolRun::output, &task, [this, &reportWritten](const QString& text) {
+        reportWritten(kOutputsPolled);
+        passOnRenderInfoWithData(text);
+        if (parent)
+            parent->writeLogFileWithMessage(text);
+    });
+    QObject::connect(&task, &ToolRun::killed, &task, [this] { passOnRenderInfoWithData(kKilledMessage); });
+    QObject::connect(&task, &ToolRun::failed, &task, [this](const QString& reason) {
+        const QString message = kStartFailedMessage + reason;
         passOnRenderInfoWithData(message);
-        if (parent) {
+        if (parent)
             parent->writeLogFileWithMessage(message);
-            parent->toolRunEnded(plannedRun, { ToolRunEnd::Kind::NotStarted, -1 });
-        }
-    } else {
-        bool terminated = false;
-        bool killed = false;
-        QDeadlineTimer killDeadline;
-        while (task.state() != QProcess::NotRunning) {
-            if (isAborted.load() && !terminated) {
-                task.terminate();
-                terminated = true;
-                killDeadline.setRemainingTime(kTerminateGraceMilliseconds);
-            }
-            if (terminated && !killed && killDeadline.hasExpired()) {
-                task.kill();
-                killed = true;
-                passOnRenderInfoWithData(kKilledMessage);
-            }
-            // A few stats per round: the tool writes its outputs in order.
-            reportWritten(kOutputsPolled);
-            if (task.bytesAvailable() > 0) {
-                routeAvailableOutput();
-                continue;
-            }
-            QElapsedTimer waited;
-            waited.start();
-            if (task.waitForReadyRead(kPollMilliseconds)) {
-                routeAvailableOutput();
-                continue;
-            }
-            // A quick false means the tool closed its output but still runs:
-            // wait for the exit instead of spinning.
-            if (task.state() != QProcess::NotRunning && waited.elapsed() < kPollMilliseconds / 2)
-                task.waitForFinished(kPollMilliseconds);
-        }
-        task.waitForFinished(-1);
-        // What the tool wrote just before it exited, and a last character
-        // it never completed (invalid, so it shows nothing).
-        routeAvailableOutput();
-        routeChunk(std::exchange(carried, QByteArray()));
-        if (parent) {
-            const bool crashed = task.exitStatus() == QProcess::CrashExit;
-            parent->toolRunEnded(plannedRun,
-                { crashed ? ToolRunEnd::Kind::Crashed : ToolRunEnd::Kind::Exited,
-                    crashed ? -1 : task.exitCode() });
-        }
-    }
+    });
+    const ToolRunOutcome outcome = task.exec();
+    watchTimer.stop();
 
     reportWritten(runOutputs.size());
     if (!isLast && parent) {
@@ -299,12 +215,17 @@ void filterProcessObject::captureStandardOutputAndRouteToTextView(QProcess& task
         taskIsDoneWithData(inFiles);
     const QStringList finishedFiles = filesToRemove;
     taskIsDoneWithData(finishedFiles);
+    return outcome;
 }
 
 void filterProcessObject::abortAction()
 {
-    // The worker sees the flag while it waits and terminates the tool itself.
+    // The running tool is stopped on the worker's event loop; a step between
+    // tool runs sees the flag before the next one.
+    QMutexLocker lock(&toolTaskMutex);
     isAborted.store(true);
+    if (toolTask)
+        toolTask->requestAbort();
 }
 
 void filterProcessObject::passOnFilterInfoWithData(const QStringList& nameAndAuthor)

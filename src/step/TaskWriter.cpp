@@ -248,8 +248,10 @@ bool writeTaskFile(filterProcessObject& step, const QString& path, const QByteAr
     if (step.parent)
         step.parent->willWriteFiles({ path });
     FileIdentity written;
-    if (!writeFileAtomically(path, bytes, nullptr, &written))
+    if (!writeFileAtomically(path, bytes, nullptr, &written)) {
+        step.unwrittenTaskFiles.append(path);
         return false;
+    }
     if (step.parent)
         step.parent->didCreateFile(path, written);
     return true;

@@ -13,6 +13,8 @@
 //
 // Fault switches (environment variables), for tests of the code that runs the tool:
 //   QUILLON_STANDIN_DELAY_MS=N       sleep N ms before each task
+//   QUILLON_STANDIN_BUSY_MS=N        spend N ms of CPU time before each task (a
+//                                    render tool that computes)
 //   QUILLON_STANDIN_EXIT_CODE=N      exit with status N after the tasks
 //   QUILLON_STANDIN_CRASH=1          abort() before the first task
 //   QUILLON_STANDIN_HANG=1           sleep forever after the first output line;
@@ -45,6 +47,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <thread>
+#include <time.h>
 #include <unistd.h>
 
 using namespace quillon::standin;
@@ -142,6 +145,23 @@ void flood(qint64 bytes)
     std::fflush(stdout);
 }
 
+// Keeps one processor busy until the process has used `ms` more milliseconds
+// of CPU time.
+void spendCpu(qint64 ms)
+{
+    const auto cpuNs = [] {
+        timespec now {};
+        ::clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
+        return qint64(now.tv_sec) * 1'000'000'000 + now.tv_nsec;
+    };
+    const qint64 until = cpuNs() + ms * 1'000'000;
+    volatile quint64 sink = 0;
+    while (cpuNs() < until) {
+        for (int i = 0; i < 10000; ++i)
+            sink = sink * 6364136223846793005ULL + 1442695040888963407ULL;
+    }
+}
+
 [[noreturn]] void hangForever()
 {
     for (;;)
@@ -190,6 +210,7 @@ int main(int argc, char** argv)
     }
 
     const qint64 delayMs = std::clamp<qint64>(envNumber("QUILLON_STANDIN_DELAY_MS", 0), 0, 24 * 3600 * 1000);
+    const qint64 busyMs = std::clamp<qint64>(envNumber("QUILLON_STANDIN_BUSY_MS", 0), 0, 3600 * 1000);
     const auto total = control.tasks.size();
     const qint64 crashAfter = env("QUILLON_STANDIN_CRASH_AFTER").trimmed().isEmpty()
         ? -1
@@ -201,6 +222,8 @@ int main(int argc, char** argv)
         const TaskSpec& task = control.tasks[i];
         if (delayMs > 0)
             std::this_thread::sleep_for(std::chrono::milliseconds(delayMs));
+        if (busyMs > 0)
+            spendCpu(busyMs);
         printLine(
             QStringLiteral("Rendering task %1/%2: %3").arg(i + 1).arg(total).arg(task.resultPath).toUtf8());
         record("result " + task.resultPath.toUtf8());

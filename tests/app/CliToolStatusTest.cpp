@@ -1,0 +1,85 @@
+// How each tool run ended: the exit code, the run report and the closing lines.
+
+#include "support/CliFixture.h"
+
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+
+namespace quillon {
+namespace {
+
+using CliToolStatus = test::CliFixture;
+
+TEST_F(CliToolStatus, EveryToolRunEndIsInTheExitCodeTheReportAndTheClosingLines)
+{
+    const QString notExecutable = writeFile(QStringLiteral("not-executable"), "#!/bin/sh\n");
+    // A directory where the control file goes: the tool gets no task list.
+    const QString blocked = QDir(m_temp.path()).filePath(QStringLiteral("blocked"));
+    ASSERT_TRUE(QDir().mkpath(blocked + QStringLiteral("/controlfile.xml")));
+    struct Case {
+        const char* what;
+        QMap<QString, QString> env;
+        QStringList flags;
+        int exitCode;
+        QJsonObject toolRun; // fields the report's tool run must have
+        QString closing; // a closing line on standard error
+    };
+    const QList<Case> cases {
+        { "clean", {}, {}, 0, { { "end", "exited" }, { "exitCode", 0 }, { "failed", false } }, {} },
+        { "outputs written, non-zero exit", { { "QUILLON_STANDIN_EXIT_CODE", "5" } }, {}, 3,
+            { { "end", "exited" }, { "exitCode", 5 }, { "failed", true } },
+            "tool run of step 1 on no input: the render tool exited with code 5" },
+        { "crash", { { "QUILLON_STANDIN_CRASH", "1" } }, {}, 3,
+            { { "end", "signal" }, { "signal", SIGABRT }, { "failed", true } },
+            QStringLiteral(": the render tool was ended by signal %1").arg(SIGABRT) },
+        { "not executable", {}, { "--tool", notExecutable }, 3,
+            { { "end", "start failed" }, { "failed", true } }, ": the render tool could not be started (" },
+        { "task files not written", {}, { "--output", blocked }, 3,
+            { { "end", "exited" }, { "exitCode", 1 },
+                { "unwrittenTaskFiles", QJsonArray { blocked + "/controlfile.xml" } } },
+            "the render tool exited with code 1; task files not written: " + blocked + "/controlfile.xml" },
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        const QString report = QDir(m_temp.path()).filePath(QStringLiteral("report.json"));
+        QProcess process;
+        start(process, baseFlags() + QStringList { "--report", report } + c.flags, c.env);
+        const test::CliResult result = finish(process);
+        EXPECT_EQ(result.exitCode, c.exitCode) << result.err.toStdString();
+        EXPECT_TRUE(result.err.contains(c.closing)) << result.err.toStdString();
+
+        QFile file(report);
+        ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+        const QJsonObject root = QJsonDocument::fromJson(file.readAll()).object();
+        const QJsonObject run = root["plan"]["toolRuns"][0].toObject();
+        for (auto it = c.toolRun.begin(); it != c.toolRun.end(); ++it)
+            EXPECT_EQ(run[it.key()], it.value()) << it.key().toStdString();
+        EXPECT_EQ(root["failedToolRuns"].toInt(), c.exitCode == 0 ? 0 : 1);
+        QDir(m_out).removeRecursively();
+        QDir().mkpath(m_out);
+    }
+}
+
+TEST_F(CliToolStatus, AnAbortIsNotAFailedToolRun)
+{
+    const QString report = QDir(m_temp.path()).filePath(QStringLiteral("report.json"));
+    QProcess process;
+    start(process, baseFlags() + QStringList { "--report", report }, { { "QUILLON_STANDIN_HANG", "1" } });
+    readUntil(process, "Quillon stand-in render tool");
+    ::kill(static_cast<pid_t>(process.processId()), SIGTERM);
+    EXPECT_EQ(finish(process).exitCode, 130);
+    QFile file(report);
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    const QJsonObject root = QJsonDocument::fromJson(file.readAll()).object();
+    EXPECT_EQ(root["failedToolRuns"].toInt(), 0);
+    EXPECT_EQ(root["plan"]["toolRuns"][0]["end"].toString(), QStringLiteral("aborted"));
+}
+
+} // namespace
+} // namespace quillon
