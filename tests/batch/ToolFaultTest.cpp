@@ -55,23 +55,23 @@ enum class Change { None, Abort, Remove, ReplaceByFile, MakeReadOnly, FillDisk }
 class ToolFault;
 
 struct Fault {
-    const char* name;
-    int inputs; // 0: no source, 1: a.png, 2: a.png and b.png in a directory
-    int frames;
-    bool log;
-    bool userFile; // the user's notes.txt lies in the output directory
-    std::vector<std::pair<const char*, QByteArray>> env; // for the stand-in tool
-    int steps;
-    Change atFirstLine;
-    rlim_t fileSizeLimit; // 0: none
-    qint64 tmpfsBytes; // 0: no mount; otherwise filled before the run unless FillDisk
-    bool aborted;
-    int toolRuns; // tools the journal saw starting
-    int written; // results the tool wrote over all steps
-    int lastWritten; // of those, the last step's
-    QStringList left; // the output directory afterwards
-    std::function<void(const ToolFault&)> check; // anything else
+    const char* name = "";
+    int inputs = 0; // 0: no source, 1: a.png, 2: a.png and b.png in a directory
+    int frames = 2;
+    bool log = false;
+    bool userFile = false; // the user's notes.txt lies in the output directory
+    std::vector<std::pair<const char*, QByteArray>> env = {}; // for the stand-in tool
+    int steps = 1;
     int imageSide = 16; // width; the height is three quarters of it
+    Change atFirstLine = Change::None;
+    rlim_t fileSizeLimit = 0; // 0: none
+    qint64 tmpfsBytes = 0; // 0: no mount; otherwise filled before the run unless FillDisk
+    bool aborted = false;
+    int toolRuns = -1; // tools the journal saw starting; -1: not checked
+    int written = 0; // results the tool wrote over all steps
+    int lastWritten = 0; // of those, the last step's
+    QStringList left = {}; // the output directory afterwards
+    std::function<void(const ToolFault&)> check = {}; // anything else
 };
 
 void PrintTo(const Fault& fault, std::ostream* os)
@@ -81,7 +81,6 @@ void PrintTo(const Fault& fault, std::ostream* os)
 
 class ToolFault : public test::BatchRunFixture, public ::testing::WithParamInterface<Fault> {
 public: // the table's checks read the run's traces
-
     void SetUp() override
     {
         BatchRunFixture::SetUp();
@@ -241,7 +240,8 @@ void ToolFault::run(const Fault& fault)
         fault.check(*this);
     guard.expectNothingLost(last, m_display.deletionList);
     if (fault.atFirstLine == Change::MakeReadOnly)
-        QFile::setPermissions(m_out, QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
+        QFile::setPermissions(
+            m_out, QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
 }
 
 TEST_P(ToolFault, LosesNothingOfTheUsers)
@@ -254,24 +254,27 @@ QStringList namesBeside(const ToolFault& t)
     return batchDirectoryNames(QFileInfo(t.m_out).absolutePath());
 }
 
+// clang-format off: a row per fault, its fields packed
 const Fault kFaults[] = {
-    { "ACrashingToolEndsItsRunAndTheBatchGoesOn", 2, 2, false, true, { { "QUILLON_STANDIN_CRASH", "1" } }, 1,
-        Change::None, 0, 0, false, 2, 0, 0, { "notes.txt" },
-        [](const ToolFault& t) { EXPECT_EQ(t.m_display.sources, (QStringList { "a.png", "b.png" })); } },
-    { "WhatACrashingToolWroteInTheLastStepIsKept", 1, 3, false, false,
-        { { "QUILLON_STANDIN_CRASH_AFTER", "2" } }, 1, Change::None, 0, 0, false, 1, 2, 2,
-        { "p_a-1.png", "p_a-2.png" }, {} },
+    { .name = "ACrashingToolEndsItsRunAndTheBatchGoesOn", .inputs = 2, .userFile = true,
+        .env = { { "QUILLON_STANDIN_CRASH", "1" } }, .toolRuns = 2, .left = { "notes.txt" },
+        .check = [](const ToolFault& t) { EXPECT_EQ(t.m_display.sources, (QStringList { "a.png", "b.png" })); } },
+    { .name = "WhatACrashingToolWroteInTheLastStepIsKept", .inputs = 1, .frames = 3,
+        .env = { { "QUILLON_STANDIN_CRASH_AFTER", "2" } }, .toolRuns = 1, .written = 2, .lastWritten = 2,
+        .left = { "p_a-1.png", "p_a-2.png" } },
     // The first step's run has two tasks and dies after the first; each run
     // of the second step has one task and completes it.
-    { "ACrashInTheSecondStepKeepsItsOutputsAndDeletesOnlyInterimFiles", 1, 2, false, true,
-        { { "QUILLON_STANDIN_CRASH_AFTER", "1" } }, 2, Change::None, 0, 0, false, 3, 3, 2,
-        { "notes.txt", "p_p_a-1.png", "p_p_a-2.png" }, {} },
-    { "AToolThatExitsWithAnErrorDoesNotStopTheChain", 1, 2, false, false, { { "QUILLON_STANDIN_EXIT_CODE", "3" } },
-        2, Change::None, 0, 0, false, 3, 4, 2, { "p_p_a-1.png", "p_p_a-2.png" },
-        [](const ToolFault& t) { EXPECT_EQ(t.m_display.sources.size(), 3); } },
-    { "InvalidUtf8IsDroppedAndTheRunCompletes", 1, 2, true, false, { { "QUILLON_STANDIN_BAD_UTF8", "1" } }, 1,
-        Change::None, 0, 0, false, 1, 2, 2, { "p_a-1.png", "p_a-2.png", "qlrn_logfile.txt" },
-        [](const ToolFault& t) {
+    { .name = "ACrashInTheSecondStepKeepsItsOutputsAndDeletesOnlyInterimFiles", .inputs = 1, .userFile = true,
+        .env = { { "QUILLON_STANDIN_CRASH_AFTER", "1" } }, .steps = 2, .toolRuns = 3, .written = 3,
+        .lastWritten = 2, .left = { "notes.txt", "p_p_a-1.png", "p_p_a-2.png" } },
+    { .name = "AToolThatExitsWithAnErrorDoesNotStopTheChain", .inputs = 1,
+        .env = { { "QUILLON_STANDIN_EXIT_CODE", "3" } }, .steps = 2, .toolRuns = 3, .written = 4,
+        .lastWritten = 2, .left = { "p_p_a-1.png", "p_p_a-2.png" },
+        .check = [](const ToolFault& t) { EXPECT_EQ(t.m_display.sources.size(), 3); } },
+    { .name = "InvalidUtf8IsDroppedAndTheRunCompletes", .inputs = 1, .log = true,
+        .env = { { "QUILLON_STANDIN_BAD_UTF8", "1" } }, .toolRuns = 1, .written = 2, .lastWritten = 2,
+        .left = { "p_a-1.png", "p_a-2.png", "qlrn_logfile.txt" },
+        .check = [](const ToolFault& t) {
             for (const QString& line : t.m_display.renderLines) {
                 EXPECT_FALSE(line.trimmed().isEmpty());
                 EXPECT_FALSE(line.contains(QChar::ReplacementCharacter) || line.contains(QLatin1String("Bad bytes")));
@@ -282,26 +285,28 @@ const Fault kFaults[] = {
         } },
     // Abort in a flood of output stops the tool at once; the rest of its
     // gigabyte is never read.
-    { "AbortStopsAToolThatIsFloodingItsOutput", 0, 2, true, false,
-        { { "QUILLON_STANDIN_FLOOD_BYTES", QByteArray::number(qint64(1) << 30) } }, 1, Change::Abort, 0, 0, true, 1,
-        0, 0, { "qlrn_logfile.txt" },
-        [](const ToolFault& t) {
+    { .name = "AbortStopsAToolThatIsFloodingItsOutput", .log = true,
+        .env = { { "QUILLON_STANDIN_FLOOD_BYTES", QByteArray::number(qint64(1) << 30) } },
+        .atFirstLine = Change::Abort, .aborted = true, .toolRuns = 1, .left = { "qlrn_logfile.txt" },
+        .check = [](const ToolFault& t) {
             EXPECT_LT(t.m_display.shown.size(), qint64(1) << 29);
             EXPECT_TRUE(readAll(t.logPath()) == logTitle() + t.m_display.shown);
             t.expectTheToolGone();
         } },
     // SIGTERM is enough: no kill, no message about one.
-    { "AHangingToolIsStoppedByAbort", 2, 2, false, true, { { "QUILLON_STANDIN_HANG", "1" } }, 1, Change::Abort, 0,
-        0, true, 1, 0, 0, { "notes.txt" },
-        [](const ToolFault& t) {
+    { .name = "AHangingToolIsStoppedByAbort", .inputs = 2, .userFile = true,
+        .env = { { "QUILLON_STANDIN_HANG", "1" } }, .atFirstLine = Change::Abort, .aborted = true, .toolRuns = 1,
+        .left = { "notes.txt" },
+        .check = [](const ToolFault& t) {
             EXPECT_EQ(t.m_display.sources, QStringList { "a.png" });
             t.expectTheToolGone();
         } },
     // Takes the grace period (3 s): the tool ignores SIGTERM, so Abort kills
     // it and says so on the progress display.
-    { "AToolThatIgnoresSigtermIsKilledAndTheDisplaySaysSo", 2, 2, true, false,
-        { { "QUILLON_STANDIN_HANG", "ignore-term" } }, 1, Change::Abort, 0, 0, true, 1, 0, 0, { "qlrn_logfile.txt" },
-        [](const ToolFault& t) {
+    { .name = "AToolThatIgnoresSigtermIsKilledAndTheDisplaySaysSo", .inputs = 2, .log = true,
+        .env = { { "QUILLON_STANDIN_HANG", "ignore-term" } }, .atFirstLine = Change::Abort, .aborted = true,
+        .toolRuns = 1, .left = { "qlrn_logfile.txt" },
+        .check = [](const ToolFault& t) {
             EXPECT_EQ(t.m_display.renderLines.last(), kKilledMessage);
             // The sheet was ended by Abort before the kill was reported, and
             // again by the completion after it.
@@ -313,55 +318,56 @@ const Fault kFaults[] = {
     // The first tool run cannot write its result; the second run's task
     // files cannot be written at all, so its tool never starts. Nothing
     // recreates the directory.
-    { "TheOutputDirectoryDisappears", 2, 1, false, false, {}, 1, Change::Remove, 0, 0, false, 1, 0, 0, {},
-        [](const ToolFault& t) {
+    { .name = "TheOutputDirectoryDisappears", .inputs = 2, .frames = 1, .atFirstLine = Change::Remove, .toolRuns = 1,
+        .check = [](const ToolFault& t) {
             EXPECT_FALSE(QFileInfo::exists(t.m_out));
             EXPECT_TRUE(t.m_stdout.filter(QStringLiteral("deleted ")).isEmpty());
             EXPECT_EQ(namesBeside(t), (QStringList { "filters", "gate", "in", "journal.txt" }));
         } },
-    { "TheOutputDirectoryIsReplacedByAFile", 2, 1, false, false, {}, 1, Change::ReplaceByFile, 0, 0, false, -1, 0,
-        0, {},
-        [](const ToolFault& t) {
+    { .name = "TheOutputDirectoryIsReplacedByAFile", .inputs = 2, .frames = 1, .atFirstLine = Change::ReplaceByFile,
+        .check = [](const ToolFault& t) {
             EXPECT_TRUE(readAll(t.m_out).startsWith("a file of the user's"));
             EXPECT_EQ(namesBeside(t), (QStringList { "filters", "gate", "in", "journal.txt", "out" }));
         } },
     // Nothing more can be written there, and nothing removed: the first run's
     // task files stay with the journal that names them for the next run.
-    { "TheOutputDirectoryBecomesReadOnly", 2, 1, false, true, {}, 1, Change::MakeReadOnly, 0, 0, false, -1, 0, 0,
-        { ".quillon", "bth-run-0.ffxml", "controlfile.xml", "notes.txt" }, {} },
+    { .name = "TheOutputDirectoryBecomesReadOnly", .inputs = 2, .frames = 1, .userFile = true,
+        .atFirstLine = Change::MakeReadOnly,
+        .left = { ".quillon", "bth-run-0.ffxml", "controlfile.xml", "notes.txt" } },
     // A file size limit makes every write past it fail, as a full disk does,
     // for the controller and the tool alike: no task file can be written
     // whole (a truncated control file would have been read), none is left.
-    { "WhenNoTaskFileFitsNothingIsLeftHalfWritten", 1, 2, true, true, {}, 2, Change::None, 200, 0, false, 0, 0, 0,
-        { "notes.txt", "qlrn_logfile.txt" },
-        [](const ToolFault& t) { EXPECT_EQ(readAll(t.logPath()), logTitle()); } },
-    { "WhenTheResultDoesNotFitTheTaskFilesAreStillCleanedUp", 0, 1, false, false, {}, 1, Change::None, 32 * 1024, 0,
-        false, 1, 0, 0, {},
-        [](const ToolFault& t) {
+    { .name = "WhenNoTaskFileFitsNothingIsLeftHalfWritten", .inputs = 1, .log = true, .userFile = true, .steps = 2,
+        .fileSizeLimit = 200, .toolRuns = 0, .left = { "notes.txt", "qlrn_logfile.txt" },
+        .check = [](const ToolFault& t) { EXPECT_EQ(readAll(t.logPath()), logTitle()); } },
+    { .name = "WhenTheResultDoesNotFitTheTaskFilesAreStillCleanedUp", .frames = 1, .imageSide = 1024,
+        .fileSizeLimit = 32 * 1024, .toolRuns = 1,
+        .check = [](const ToolFault& t) {
             EXPECT_EQ(t.m_display.renderLines.filter(QStringLiteral("Error: cannot write")).size(), 1);
             EXPECT_EQ(t.m_stdout.filter(QStringLiteral("deleted ")).size(), 2);
-        },
-        1024 },
+        } },
     // A real full file system: a small tmpfs filled while the first tool run
     // waits, so its result, the second run's task files and the log's further
     // chunks all meet ENOSPC.
-    { "TheDiskFillsMidRun", 2, 1, true, true, {}, 1, Change::FillDisk, 0, 256 * 1024, false, 1, 0, 0,
-        { "filler.bin", "notes.txt", "qlrn_logfile.txt" },
-        [](const ToolFault& t) {
+    { .name = "TheDiskFillsMidRun", .inputs = 2, .frames = 1, .log = true, .userFile = true,
+        .atFirstLine = Change::FillDisk, .tmpfsBytes = 256 * 1024, .toolRuns = 1,
+        .left = { "filler.bin", "notes.txt", "qlrn_logfile.txt" },
+        .check = [](const ToolFault& t) {
             EXPECT_EQ(t.m_display.renderLines.filter(QStringLiteral("Error: cannot write")).size(), 1);
             const QByteArray log = readAll(t.logPath());
             EXPECT_TRUE(log.startsWith(logTitle()));
             EXPECT_TRUE(t.m_display.shown.startsWith(log.mid(logTitle().size())));
         } },
-    { "AFullDiskAtStartLeavesNoLogAndNoTaskFiles", 0, 2, true, false, {}, 1, Change::None, 0, 128 * 1024, false, 0,
-        0, 0, { "filler.bin" },
-        [](const ToolFault& t) {
+    { .name = "AFullDiskAtStartLeavesNoLogAndNoTaskFiles", .log = true, .tmpfsBytes = 128 * 1024, .toolRuns = 0,
+        .left = { "filler.bin" },
+        .check = [](const ToolFault& t) {
             EXPECT_EQ(t.m_stdout.filter(QStringLiteral("Error creating logfile ")).size(), 1);
         } },
 };
+// clang-format on
 
-INSTANTIATE_TEST_SUITE_P(
-    Faults, ToolFault, ::testing::ValuesIn(kFaults), [](const auto& info) { return std::string(info.param.name); });
+INSTANTIATE_TEST_SUITE_P(Faults, ToolFault, ::testing::ValuesIn(kFaults),
+    [](const auto& info) { return std::string(info.param.name); });
 
 // ---- Floods of output ------------------------------------------------------
 
@@ -382,7 +388,8 @@ protected:
         ASSERT_TRUE(waitForIdle());
         EXPECT_EQ(m_display.events.last(), QStringLiteral("finished"));
         EXPECT_EQ(batchDirectoryNames(m_out), (QStringList { "NX_p_-1.png", "qlrn_logfile.txt" }));
-        guard.expectNothingLost({ QDir(m_out).filePath(QStringLiteral("NX_p_-1.png")) }, m_display.deletionList);
+        guard.expectNothingLost(
+            { QDir(m_out).filePath(QStringLiteral("NX_p_-1.png")) }, m_display.deletionList);
         // The log: the title, then every shown chunk's bytes, nothing else.
         const QByteArray log = readAll(QDir(m_out).filePath(BatchController::kLogFileName));
         ASSERT_TRUE(log.startsWith(logTitle()));
