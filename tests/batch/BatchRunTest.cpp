@@ -9,8 +9,6 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QTemporaryDir>
-#include <QTest>
-#include <QTimer>
 
 #include <gtest/gtest.h>
 
@@ -33,9 +31,17 @@ protected:
         m_settings.seed = 7;
     }
 
-    bool waitForIdle(int timeoutMs = 60000)
+    // Runs the chain of the given names to its end.
+    void runChain(const QStringList& names)
     {
-        return QTest::qWaitFor([this] { return !m_controller.isRunning(); }, timeoutMs);
+        ASSERT_NO_FATAL_FAILURE(start(chain(names)));
+        ASSERT_TRUE(waitForIdle());
+    }
+
+    QByteArray log() const
+    {
+        QFile file(QDir(m_out).filePath(QStringLiteral("qlrn_logfile.txt")));
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
     }
 
     QStringList deletedLines() const { return m_stdout.filter(QStringLiteral("deleted ")); }
@@ -43,16 +49,9 @@ protected:
 
 TEST_F(BatchRun, OneStepOverTwoInputsDeletesTaskFilesAndKeepsOutputs)
 {
-    input(QStringLiteral("a.png"));
-    input(QStringLiteral("b.png"));
+    useInputs(2);
     const auto before = batchSnapshot(m_in);
-    m_settings.inputMode = InputMode::Directory;
-    m_settings.sourcePath = m_in;
-
-    QString error;
-    ASSERT_TRUE(m_controller.startBatchWithSender({ filter(QStringLiteral("Glow")) }, m_settings, &error))
-        << error.toStdString();
-    ASSERT_TRUE(waitForIdle());
+    runChain({ "Glow" });
 
     EXPECT_EQ(
         batchDirectoryNames(m_out), (QStringList { "p_a-1.png", "p_a-2.png", "p_b-1.png", "p_b-2.png" }));
@@ -75,15 +74,9 @@ TEST_F(BatchRun, OneStepOverTwoInputsDeletesTaskFilesAndKeepsOutputs)
 
 TEST_F(BatchRun, ThreeStepChainKeepsOnlyTheLastStepsOutputs)
 {
-    const QString source = input(QStringLiteral("a.png"));
+    useInputs(1);
     const auto before = batchSnapshot(m_in);
-    m_settings.inputMode = InputMode::File;
-    m_settings.sourcePath = source;
-
-    ASSERT_TRUE(m_controller.startBatchWithSender(
-        { filter(QStringLiteral("One")), filter(QStringLiteral("Two")), filter(QStringLiteral("Three")) },
-        m_settings));
-    ASSERT_TRUE(waitForIdle());
+    runChain({ "One", "Two", "Three" });
 
     EXPECT_EQ(batchDirectoryNames(m_out), (QStringList { "p_p_a-1.png", "p_p_a-2.png" }));
     EXPECT_EQ(m_display.events.filter(QStringLiteral("filter:")),
@@ -101,8 +94,7 @@ TEST_F(BatchRun, NoInputUsesThePrefixThenDropsItAfterTheFirstStep)
     m_settings.outputPrefix = QStringLiteral("demo");
     m_settings.frameCountText = QStringLiteral("3");
 
-    ASSERT_TRUE(m_controller.startBatchWithSender({ filter(QStringLiteral("Solo")) }, m_settings));
-    ASSERT_TRUE(waitForIdle());
+    runChain({ "Solo" });
     EXPECT_EQ(
         batchDirectoryNames(m_out), (QStringList { "NX_demo-1.png", "NX_demo-2.png", "NX_demo-3.png" }));
     EXPECT_EQ(m_display.sources, QStringList { "<no source>" });
@@ -110,9 +102,7 @@ TEST_F(BatchRun, NoInputUsesThePrefixThenDropsItAfterTheFirstStep)
     QDir(m_out).removeRecursively();
     QDir().mkpath(m_out);
     m_display.sources.clear();
-    ASSERT_TRUE(m_controller.startBatchWithSender(
-        { filter(QStringLiteral("First")), filter(QStringLiteral("Second")) }, m_settings));
-    ASSERT_TRUE(waitForIdle());
+    runChain({ "First", "Second" });
     EXPECT_EQ(batchDirectoryNames(m_out), (QStringList { "demo-1.png", "demo-2.png", "demo-3.png" }));
     EXPECT_EQ(m_controller.outputPrefix(), QString());
 }
@@ -139,25 +129,18 @@ TEST_F(BatchRun, LogHoldsTheTitleFollowedByTheTrimmedChunks)
 {
     m_settings.inputMode = InputMode::None;
     m_settings.toolLog = 1;
-    ASSERT_TRUE(m_controller.startBatchWithSender({ filter(QStringLiteral("Logged")) }, m_settings));
-    ASSERT_TRUE(waitForIdle());
+    runChain({ "Logged" });
     EXPECT_FALSE(m_controller.isLogOpen());
-
-    QFile log(QDir(m_out).filePath(QStringLiteral("qlrn_logfile.txt")));
-    ASSERT_TRUE(log.open(QIODevice::ReadOnly));
-    const QByteArray content = log.readAll();
+    const QByteArray content = log();
     ASSERT_FALSE(m_display.renderLines.isEmpty());
     EXPECT_EQ(content, (QStringLiteral("Quillon log") + m_display.renderLines.join(QString())).toUtf8());
     for (const QString& line : m_display.renderLines)
         EXPECT_EQ(line, line.trimmed());
-    log.close();
 
     // A run without logging leaves the old log alone.
     m_settings.toolLog = 0;
-    ASSERT_TRUE(m_controller.startBatchWithSender({ filter(QStringLiteral("Quiet")) }, m_settings));
-    ASSERT_TRUE(waitForIdle());
-    ASSERT_TRUE(log.open(QIODevice::ReadOnly));
-    EXPECT_EQ(log.readAll(), content);
+    runChain({ "Quiet" });
+    EXPECT_EQ(log(), content);
 }
 
 TEST_F(BatchRun, ALogThatCannotBeCreatedIsReportedAndTheRunGoesOn)
@@ -166,8 +149,7 @@ TEST_F(BatchRun, ALogThatCannotBeCreatedIsReportedAndTheRunGoesOn)
     m_settings.toolLog = 1;
     // A directory where the log file should be makes its creation fail.
     ASSERT_TRUE(QDir(m_out).mkdir(QStringLiteral("qlrn_logfile.txt")));
-    ASSERT_TRUE(m_controller.startBatchWithSender({ filter(QStringLiteral("NoLog")) }, m_settings));
-    ASSERT_TRUE(waitForIdle());
+    runChain({ "NoLog" });
     EXPECT_EQ(m_stdout.filter(QStringLiteral("Error creating logfile ")).size(), 1);
     EXPECT_TRUE(batchDirectoryNames(m_out).contains(QStringLiteral("NX_p_-1.png")));
 }
@@ -177,18 +159,14 @@ TEST_F(BatchRun, AToolThatCannotStartIsReportedAndTheRunGoesOn)
     m_settings.inputMode = InputMode::None;
     m_settings.toolLog = 1;
     m_settings.toolPath = m_in; // exists, so it passes the check, but is no program
-    ASSERT_TRUE(m_controller.startBatchWithSender(
-        { filter(QStringLiteral("A")), filter(QStringLiteral("B")) }, m_settings));
-    ASSERT_TRUE(waitForIdle());
+    runChain({ "A", "B" });
     // One run of the first step, then one per (planned) output of it.
     const QStringList failures
         = m_display.renderLines.filter(QStringLiteral("Could not start the render tool: "));
     EXPECT_EQ(failures.size(), 3);
     EXPECT_TRUE(
         m_display.renderLines.first().startsWith(QStringLiteral("Could not start the render tool: ")));
-    QFile log(QDir(m_out).filePath(QStringLiteral("qlrn_logfile.txt")));
-    ASSERT_TRUE(log.open(QIODevice::ReadOnly));
-    EXPECT_TRUE(log.readAll().startsWith("Quillon logCould not start the render tool: "));
+    EXPECT_TRUE(log().startsWith("Quillon logCould not start the render tool: "));
     EXPECT_EQ(m_display.events.last(), QStringLiteral("finished"));
 }
 
@@ -202,8 +180,7 @@ TEST_F(BatchRun, UserFilesAreNeverDeleted)
     m_settings.sourcePath = inside;
     BatchEnvGuard delay("QUILLON_STANDIN_DELAY_MS", "300");
 
-    ASSERT_TRUE(m_controller.startBatchWithSender(
-        { filter(QStringLiteral("Keep")), filter(QStringLiteral("Keep2")) }, m_settings));
+    start(chain({ "Keep", "Keep2" }));
     m_controller.collectForDeletionWithList(
         { inside, outside, m_out, QDir(m_out).filePath(QStringLiteral("../in/elsewhere.png")) });
     EXPECT_TRUE(m_controller.interimFiles().isEmpty());
@@ -222,14 +199,14 @@ TEST_F(BatchRun, MapsAreWrittenIntoTheRecordOfAOneFilterChainOnly)
     m_settings.activateMaps = 1;
     m_settings.mapBoxes = { 1, 0, 0, 0, 1, 0, 0, 0, 0, 0 };
     RecordPtr single = filter(QStringLiteral("Mapped"));
-    ASSERT_TRUE(m_controller.startBatchWithSender({ single }, m_settings));
+    start({ single });
     ASSERT_TRUE(waitForIdle());
     EXPECT_TRUE(single->boolean(key::UseMaps));
     EXPECT_EQ(single->integers(key::Maps), (QList<qint64> { 0, 4 }));
 
     RecordPtr first = filter(QStringLiteral("M1"));
     RecordPtr second = filter(QStringLiteral("M2"));
-    ASSERT_TRUE(m_controller.startBatchWithSender({ first, second }, m_settings));
+    start({ first, second });
     ASSERT_TRUE(waitForIdle());
     EXPECT_FALSE(first->boolean(key::UseMaps, true));
     EXPECT_FALSE(second->boolean(key::UseMaps, true));
@@ -321,9 +298,7 @@ TEST_F(BatchRun, AFailedInputCheckLeavesTheLogWithItsTitle)
     m_settings.toolLog = 1;
     m_settings.inputMode = InputMode::File;
     EXPECT_FALSE(m_controller.startBatchWithSender({ filter(QStringLiteral("T")) }, m_settings));
-    QFile log(QDir(m_out).filePath(QStringLiteral("qlrn_logfile.txt")));
-    ASSERT_TRUE(log.open(QIODevice::ReadOnly));
-    EXPECT_EQ(log.readAll(), QByteArray("Quillon log"));
+    EXPECT_EQ(log(), QByteArray("Quillon log"));
 }
 
 // ---- Inputs ---------------------------------------------------------------
@@ -366,8 +341,7 @@ TEST_F(BatchRun, ADirectoryOfOnlyHiddenFilesRunsOnceWithoutInput)
     m_settings.inputMode = InputMode::Directory;
     m_settings.sourcePath = m_in;
     m_settings.frameCountText = QStringLiteral("1");
-    ASSERT_TRUE(m_controller.startBatchWithSender({ filter(QStringLiteral("Hidden")) }, m_settings));
-    ASSERT_TRUE(waitForIdle());
+    runChain({ "Hidden" });
     EXPECT_EQ(m_display.sources, QStringList { "<no source>" });
     EXPECT_TRUE(QFileInfo::exists(hidden.fileName()));
 }

@@ -21,30 +21,6 @@ QByteArray readBytes(const QString& path)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-void writeBytes(const QString& path, const QByteArray& bytes)
-{
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    ASSERT_EQ(file.write(bytes), bytes.size());
-}
-
-QByteArray xmlPlist(const QByteArray& body)
-{
-    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\">\n" + body + "\n</plist>\n";
-}
-
-QByteArray filterEntry(const QByteArray& name, const QByteArray& params)
-{
-    return "<dict><key>name</key><string>" + name + "</string><key>Components</key><array>" + params
-        + "</array></dict>";
-}
-
-QByteArray paramEntry(const QByteArray& id, const QByteArray& proxyValue)
-{
-    return "<dict><key>CONTROL_ID</key><string>" + id + "</string><key>CONTROL_PROXY</key>" + proxyValue
-        + "<key>ACTIVE</key><integer>0</integer></dict>";
-}
-
 // A chain record as the detail reader builds it: a slider, a check box and
 // the Variations row, plus the keys a run adds.
 RecordPtr makeChainFilter(const QString& name)
@@ -162,78 +138,6 @@ TEST_F(ChainFileTest, OneFilterAddedTwiceOpensAsTwoIndependentRecords)
     read.chain[0]->setInteger(key::ChoosenPreset, 0);
     EXPECT_DOUBLE_EQ(read.chain[1]->list(key::Components)->front()->real(key::STARTVALUE), 0.25);
     EXPECT_EQ(read.chain[1]->integer(key::ChoosenPreset), 2);
-}
-
-TEST_F(ChainFileTest, UnknownCodeKeepsTheFiltersBeforeIt)
-{
-    const QString file = path(QStringLiteral("code7.qlch"));
-    writeBytes(file,
-        xmlPlist("<array>" + filterEntry("First", paramEntry("a", "<integer>2</integer>"))
-            + filterEntry(
-                "Second", paramEntry("b", "<integer>0</integer>") + paramEntry("c", "<integer>7</integer>"))
-            + filterEntry("Third", paramEntry("d", "<integer>1</integer>")) + "</array>"));
-
-    const ChainReadResult read = readChainFile(file);
-    EXPECT_EQ(read.status, ChainReadResult::UnknownCode);
-    ASSERT_EQ(read.chain.size(), 1u);
-    EXPECT_EQ(read.chain.front()->string(key::name), QStringLiteral("First"));
-    EXPECT_EQ(read.chain.front()->list(key::Components)->front()->type(), controlType::kTypeSlider);
-
-    ::testing::internal::CaptureStdout();
-    reportUnknownChainCode();
-    EXPECT_EQ(::testing::internal::GetCapturedStdout(), "Fuckdata in save\n");
-
-    // Codes out of range stop the read as well.
-    for (const char* code : { "-1", "5", "18446744073709551615", "-9223372036854775808" }) {
-        const QByteArray value = "<integer>" + QByteArray(code) + "</integer>";
-        writeBytes(file, xmlPlist("<array>" + filterEntry("x", paramEntry("a", value)) + "</array>"));
-        const ChainReadResult result = readChainFile(file);
-        EXPECT_NE(result.status, ChainReadResult::Ok) << code;
-        EXPECT_TRUE(result.chain.empty()) << code;
-    }
-}
-
-TEST_F(ChainFileTest, FilesOfTheWrongShapeAreRefusedWithAReason)
-{
-    const QByteArray param = "<dict><key>CONTROL_ID</key><string>a</string>";
-    auto withParam = [](const QByteArray& params) {
-        return xmlPlist("<array>" + filterEntry("x", params) + "</array>");
-    };
-    auto withCode = [&](const char* code) { return withParam(paramEntry("a", code)); };
-    const std::vector<std::pair<const char*, QByteArray>> cases = {
-        { "empty file", QByteArray() },
-        { "not a plist", "just some text, no property list\n" },
-        { "cut short", xmlPlist("<array><dict><key>name</key>") },
-        { "root dict", xmlPlist("<dict><key>Components</key><array/></dict>") },
-        { "root string", xmlPlist("<string>chain</string>") },
-        { "entry a string", xmlPlist("<array><string>filter</string></array>") },
-        { "entry an array", xmlPlist("<array><array/></array>") },
-        { "missing Components", xmlPlist("<array><dict><key>name</key><string>x</string></dict></array>") },
-        { "Components a string",
-            xmlPlist("<array><dict><key>Components</key><string>no</string></dict></array>") },
-        { "Components a dict", xmlPlist("<array><dict><key>Components</key><dict/></dict></array>") },
-        { "parameter a string", withParam("<string>p</string>") },
-        { "missing CONTROL_PROXY", withParam(param + "</dict>") },
-        { "code a string", withCode("<string>2</string>") },
-        { "code a real", withCode("<real>2.0</real>") },
-        { "code a boolean", withCode("<true/>") },
-        { "code an array", withCode("<array><integer>2</integer></array>") },
-        { "damage after an unknown code",
-            xmlPlist("<array>" + filterEntry("x", paramEntry("a", "<integer>9</integer>"))
-                + "<string>y</string></array>") },
-        { "good first entry, damaged second",
-            xmlPlist("<array>" + filterEntry("x", paramEntry("a", "<integer>2</integer>"))
-                + "<integer>3</integer></array>") },
-    };
-    const QString file = path(QStringLiteral("damaged.qlch"));
-    for (const auto& [name, bytes] : cases) {
-        SCOPED_TRACE(name);
-        writeBytes(file, bytes);
-        const ChainReadResult read = readChainFile(file);
-        EXPECT_EQ(read.status, ChainReadResult::Refused);
-        EXPECT_TRUE(read.chain.empty());
-        EXPECT_FALSE(read.error.isEmpty());
-    }
 }
 
 TEST_F(ChainFileTest, FailedWriteKeepsThePreviousFile)

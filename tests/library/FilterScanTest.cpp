@@ -3,12 +3,13 @@
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QEventLoop>
 #include <QFile>
 #include <QFileInfo>
 #include <QSet>
 #include <QTemporaryDir>
-#include <QTest>
 #include <QThread>
+#include <QTimer>
 
 #include <gtest/gtest.h>
 
@@ -158,16 +159,19 @@ TEST(FilterFetcher, HandsTheLibraryOverOnceOnTheFetchersThread)
     std::atomic<int> handOvers { 0 };
     std::atomic<QThread*> handOverThread { nullptr };
     std::atomic<std::size_t> size { 0 };
+    QEventLoop loop;
     QObject::connect(fetcher.get(), &FilterFetcher::fetched, [&](const RecordList& filters) {
         handOverThread = QThread::currentThread();
         size = filters.size();
         ++handOvers;
+        QMetaObject::invokeMethod(&loop, &QEventLoop::quit, Qt::QueuedConnection);
     });
     fetcher->moveToThread(&controllerThread);
     QMetaObject::invokeMethod(
         fetcher.get(), [&] { fetcher->launch(kFiltersDir); }, Qt::QueuedConnection);
-
-    const bool handedOver = QTest::qWaitFor([&] { return handOvers > 0; }, 30000);
+    QTimer::singleShot(30000, &loop, &QEventLoop::quit); // a safety net, not a wait
+    loop.exec();
+    const bool handedOver = handOvers > 0;
     FilterFetcher::waitForScans();
     controllerThread.quit();
     controllerThread.wait();
@@ -191,14 +195,19 @@ TEST(FilterFetcher, EveryScanHandsOverItsOwnResultInLaunchOrder)
     writeFile(small.path(), QStringLiteral("Only.ffxml"), definitionNamed(QStringLiteral("Only")));
 
     QList<int> sizes;
+    QEventLoop loop;
     FilterFetcher fetcher;
-    QObject::connect(&fetcher, &FilterFetcher::fetched,
-        [&sizes](const RecordList& filters) { sizes.append(static_cast<int>(filters.size())); });
+    QObject::connect(&fetcher, &FilterFetcher::fetched, [&](const RecordList& filters) {
+        sizes.append(static_cast<int>(filters.size()));
+        if (sizes.size() == 4)
+            loop.quit();
+    });
     fetcher.launch(large.path());
     fetcher.launch(small.path());
     fetcher.launch(small.path());
     fetcher.launch(small.filePath(QStringLiteral("missing")));
-    ASSERT_TRUE(QTest::qWaitFor([&] { return sizes.size() >= 4; }, 30000));
+    QTimer::singleShot(30000, &loop, &QEventLoop::quit); // a safety net, not a wait
+    loop.exec();
     QCoreApplication::processEvents();
     EXPECT_EQ(sizes, (QList<int> { 400, 1, 1, 0 }));
 }

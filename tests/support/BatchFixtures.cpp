@@ -13,37 +13,14 @@ QString writeBatchDefinition(
     const QString& directory, const QString& fileName, const QString& name, const QString& author)
 {
     const QString path = QDir(directory).filePath(fileName);
-    const QString text = QStringLiteral(R"(<?xml version="1.0" encoding="UTF-8"?>
-<Filter>
-  <Information name-en="%1" author="%2" description-en="A test filter."/>
-  <Components>
-    <Result><FilterType value="1"/></Result>
-    <SliderControl id="amount"><Name value-en="Amount"/><DefaultValue value="0.5"/></SliderControl>
-    <CheckboxControl id="invert"><Name value-en="Invert"/></CheckboxControl>
-  </Components>
-  <Presets>
-    <Preset name-en="Default">
-      <Settings variation="1" map_type="0" seamless="false"/>
-      <Controls>
-        <SliderControl id="amount"><Value value="0.500"/></SliderControl>
-        <CheckboxControl id="invert"><Checked value="false"/></CheckboxControl>
-      </Controls>
-    </Preset>
-    <Preset name-en="Strong">
-      <Settings variation="7" map_type="0" seamless="false"/>
-      <Controls>
-        <SliderControl id="amount"><Value value="0.900"/></SliderControl>
-        <CheckboxControl id="invert"><Checked value="true"/></CheckboxControl>
-      </Controls>
-    </Preset>
-  </Presets>
-</Filter>
-)")
-                             .arg(name, author);
+    QFile sample(QStringLiteral(QUILLON_SOURCE_DIR "/tests/support/data/batch-definition.ffxml"));
+    if (!sample.open(QIODevice::ReadOnly))
+        return {};
+    const QByteArray text = sample.readAll().replace("@NAME@", name.toUtf8()).replace("@AUTHOR@", author.toUtf8());
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly))
         return {};
-    file.write(text.toUtf8());
+    file.write(text);
     return file.commit() ? path : QString();
 }
 

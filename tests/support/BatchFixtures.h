@@ -9,8 +9,8 @@
 
 namespace quillon::test {
 
-// Writes a small filter definition (one slider, one check box, two presets)
-// named `name` into `directory` and returns its path.
+// Writes the small filter definition of support/data (one slider, one check
+// box, two presets) named `name` into `directory` and returns its path.
 QString writeBatchDefinition(
     const QString& directory, const QString& fileName, const QString& name, const QString& author);
 

@@ -1,36 +1,10 @@
 #include "support/BatchRunFixture.h"
 
 #include <QDir>
+#include <QEventLoop>
+#include <QTimer>
 
 namespace quillon::test {
-
-void RecordingBatchDisplay::showErrorAlert(const QString& message)
-{
-    alerts.append(message);
-    events.append(QStringLiteral("alert:") + message);
-}
-
-void RecordingBatchDisplay::beginProgressSheet()
-{
-    events.append(QStringLiteral("begin"));
-}
-
-void RecordingBatchDisplay::endProgressSheet()
-{
-    events.append(QStringLiteral("end"));
-    deletionList = m_controller->interimFiles();
-}
-
-void RecordingBatchDisplay::showFilterInfo(const QString& name, const QString& author)
-{
-    events.append(QStringLiteral("filter:%1|%2").arg(name, author));
-}
-
-void RecordingBatchDisplay::showSourceInfo(const QString& source)
-{
-    sources.append(source);
-    events.append(QStringLiteral("source:") + source);
-}
 
 void RecordingBatchDisplay::showRenderInfo(const QString& info)
 {
@@ -42,18 +16,12 @@ void RecordingBatchDisplay::showRenderInfo(const QString& info)
         onRender(info);
 }
 
-void RecordingBatchDisplay::runFinished(bool aborted)
-{
-    events.append(aborted ? QStringLiteral("finished:aborted") : QStringLiteral("finished"));
-}
-
 void BatchRunFixture::SetUp()
 {
     ASSERT_TRUE(m_temp.isValid());
     const QDir root(m_temp.path());
-    ASSERT_TRUE(root.mkpath(QStringLiteral("filters")));
-    ASSERT_TRUE(root.mkpath(QStringLiteral("out")));
-    ASSERT_TRUE(root.mkpath(QStringLiteral("in")));
+    for (const char* name : { "filters", "out", "in" })
+        ASSERT_TRUE(root.mkpath(QLatin1String(name)));
     m_out = root.filePath(QStringLiteral("out"));
     m_in = root.filePath(QStringLiteral("in"));
     m_filters = root.filePath(QStringLiteral("filters"));
@@ -75,11 +43,48 @@ RecordPtr BatchRunFixture::filter(const QString& name)
     return record;
 }
 
+RecordList BatchRunFixture::chain(const QStringList& names)
+{
+    RecordList records;
+    for (const QString& name : names)
+        records.push_back(filter(name));
+    return records;
+}
+
 QString BatchRunFixture::input(const QString& name)
 {
     const QString path = QDir(m_in).filePath(name);
     EXPECT_TRUE(writeBatchInputImage(path));
     return path;
+}
+
+void BatchRunFixture::useInputs(int count)
+{
+    m_settings.sourcePath = input(QStringLiteral("a.png"));
+    m_settings.inputMode = InputMode::File;
+    if (count > 1) {
+        input(QStringLiteral("b.png"));
+        m_settings.inputMode = InputMode::Directory;
+        m_settings.sourcePath = m_in;
+    }
+}
+
+void BatchRunFixture::start(const RecordList& chain)
+{
+    QString error;
+    ASSERT_TRUE(m_controller.startBatchWithSender(chain, m_settings, &error)) << error.toStdString();
+}
+
+bool BatchRunFixture::waitForIdle()
+{
+    if (!m_controller.isRunning())
+        return true;
+    QEventLoop loop;
+    QObject::connect(&m_controller, &BatchController::runFinished, &loop, &QEventLoop::quit);
+    QTimer::singleShot(100000, &loop, &QEventLoop::quit); // a safety net, not a wait
+    if (m_controller.isRunning())
+        loop.exec();
+    return !m_controller.isRunning();
 }
 
 bool BatchRunFixture::isTaskFile(const QString& name)

@@ -42,13 +42,31 @@ public:
     QStringList deletionList;
     std::function<void(const QString&)> onRender;
 
-    void showErrorAlert(const QString& message) override;
-    void beginProgressSheet() override;
-    void endProgressSheet() override;
-    void showFilterInfo(const QString& name, const QString& author) override;
-    void showSourceInfo(const QString& source) override;
+    void showErrorAlert(const QString& message) override
+    {
+        alerts.append(message);
+        events.append(QStringLiteral("alert:") + message);
+    }
+    void beginProgressSheet() override { events.append(QStringLiteral("begin")); }
+    void endProgressSheet() override
+    {
+        events.append(QStringLiteral("end"));
+        deletionList = m_controller->interimFiles();
+    }
+    void showFilterInfo(const QString& name, const QString& author) override
+    {
+        events.append(QStringLiteral("filter:%1|%2").arg(name, author));
+    }
+    void showSourceInfo(const QString& source) override
+    {
+        sources.append(source);
+        events.append(QStringLiteral("source:") + source);
+    }
     void showRenderInfo(const QString& info) override;
-    void runFinished(bool aborted) override;
+    void runFinished(bool aborted) override
+    {
+        events.append(aborted ? QStringLiteral("finished:aborted") : QStringLiteral("finished"));
+    }
     void beep() override { ++beeps; }
 
 private:
@@ -56,14 +74,26 @@ private:
 };
 
 class BatchRunFixture : public ::testing::Test {
-protected:
+public: // table-driven tests check the run's traces from outside
+
     // Every standard output line of the controller goes to m_stdout.
     void SetUp() override;
 
     // A definition named `name` in filters/, as a chain record.
     RecordPtr filter(const QString& name);
+    // A chain of one definition per name.
+    RecordList chain(const QStringList& names);
     // A small image named `name` in in/; returns its path.
     QString input(const QString& name);
+    // in/a.png as the source file (count 1), or in/ holding a.png and b.png
+    // as the source directory (count 2).
+    void useInputs(int count);
+
+    // Starts a run that must be accepted.
+    void start(const RecordList& chain);
+    // Serves events until the run has completed: reports are handled as soon
+    // as they arrive. False when it has not completed within 100 s.
+    bool waitForIdle();
 
     static bool isTaskFile(const QString& name);
     // Task files (control file, run files) still in the output directory.

@@ -20,16 +20,6 @@ namespace quillon::test {
 
 namespace {
 
-QMap<QString, QByteArray> snapshotOf(const QString& root)
-{
-    const QFileInfo info(root);
-    if (info.isFile()) {
-        QFile file(root);
-        return { { root, file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<unreadable>") } };
-    }
-    return batchSnapshot(root);
-}
-
 QString canonicalDirWithSlash(const QString& directory)
 {
     const QString canonical = QFileInfo(directory).canonicalFilePath();
@@ -52,25 +42,29 @@ QString resolvedParentJoined(const QString& path)
 NothingLost::NothingLost(QString outputDir, QStringList inputRoots)
     : m_outputDir(std::move(outputDir))
     , m_inputRoots(std::move(inputRoots))
+    , m_inputs(inputsNow())
+    , m_outputBefore(batchSnapshot(m_outputDir))
+    , m_canonicalOutputDir(canonicalDirWithSlash(m_outputDir))
 {
-    for (const QString& root : std::as_const(m_inputRoots)) {
-        const auto files = snapshotOf(root);
-        for (auto it = files.begin(); it != files.end(); ++it)
-            m_inputs.insert(it.key(), it.value());
+}
+
+QMap<QString, QByteArray> NothingLost::inputsNow() const
+{
+    QMap<QString, QByteArray> inputs;
+    for (const QString& root : m_inputRoots) {
+        QFile file(root);
+        if (QFileInfo(root).isFile())
+            inputs.insert(root, file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<unreadable>"));
+        else
+            inputs.insert(batchSnapshot(root));
     }
-    m_outputBefore = batchSnapshot(m_outputDir);
-    m_canonicalOutputDir = canonicalDirWithSlash(m_outputDir);
+    return inputs;
 }
 
 void NothingLost::expectNothingLost(const QStringList& lastStepOutputs, const QStringList& deletionList) const
 {
     // The user's inputs, byte for byte.
-    QMap<QString, QByteArray> inputsAfter;
-    for (const QString& root : m_inputRoots) {
-        const auto files = snapshotOf(root);
-        for (auto it = files.begin(); it != files.end(); ++it)
-            inputsAfter.insert(it.key(), it.value());
-    }
+    const QMap<QString, QByteArray> inputsAfter = inputsNow();
     EXPECT_EQ(inputsAfter.keys(), m_inputs.keys()) << "the inputs changed";
     for (auto it = m_inputs.begin(); it != m_inputs.end(); ++it)
         EXPECT_TRUE(inputsAfter.value(it.key()) == it.value()) << "input changed: " << it.key().toStdString();

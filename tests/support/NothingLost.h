@@ -29,11 +29,13 @@ public:
     const QString& outputDir() const { return m_outputDir; }
 
 private:
+    QMap<QString, QByteArray> inputsNow() const;
+
     QString m_outputDir;
-    QString m_canonicalOutputDir; // with a trailing slash, taken before the run
     QStringList m_inputRoots;
     QMap<QString, QByteArray> m_inputs;
     QMap<QString, QByteArray> m_outputBefore;
+    QString m_canonicalOutputDir; // with a trailing slash, taken before the run
 };
 
 // Files below `directory` (deep) whose names are those of the temporary

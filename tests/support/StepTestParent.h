@@ -14,7 +14,10 @@ namespace quillon {
 // null, so reports arrive as direct calls on the step's thread.
 class StepTestParent final : public StepParent {
 public:
-    StepTestParent();
+    StepTestParent()
+        : prefix(settings.outputPrefix)
+    {
+    }
 
     const RunSettings& runSettings() const override { return settings; }
     QString outputPrefix() const override { return prefix; }
