@@ -112,6 +112,9 @@ TEST_F(CliPlan, ProgressReportAndQuietOutput)
         = shown.out.section(QStringLiteral("\r\033[K[3/4] 75% "), 1).section(QLatin1Char('\r'), 0, 0);
     EXPECT_TRUE(third.contains(QStringLiteral(" elapsed, about "))) << shown.out.toStdString();
 
+    // --verbose lists the plan before the run.
+    EXPECT_TRUE(run(baseFlags() + QStringList { "--verbose", "--prefix", "v" })
+                    .out.contains(QStringLiteral("plan: 1 tool runs, 2 outputs\n")));
     const CliResult quiet = run(baseFlags() + QStringList { "--quiet", "--prefix", "q" });
     EXPECT_EQ(quiet.exitCode, 0);
     EXPECT_TRUE(quiet.out.isEmpty()) << quiet.out.toStdString();
