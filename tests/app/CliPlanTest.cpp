@@ -2,7 +2,6 @@
 // writes; the plan's checks refuse or ask before anything is written; the
 // exit code and the last line tell what became of the outputs.
 
-#include "support/BatchFixtures.h"
 #include "support/CliFixture.h"
 #include "support/NothingLost.h"
 
@@ -10,25 +9,17 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 
-#include <gtest/gtest.h>
-
 namespace quillon {
 namespace {
 
-using test::batchDirectoryNames;
-using test::batchSnapshot;
-using test::CliResult;
-using test::journalEntries;
-using test::kTool;
-using test::writeBatchInputImage;
-using CliPlan = test::CliFixture;
+using namespace test;
+using CliPlan = CliFixture;
 
 TEST_F(CliPlan, ADryRunListsExactlyTheFilesTheRunWrites)
 {
     for (const char* name : { "a.png", "b.png" })
         ASSERT_TRUE(writeBatchInputImage(m_in + QLatin1Char('/') + QLatin1String(name)));
-    const QString second = test::writeBatchDefinition(
-        m_temp.path(), QStringLiteral("second.ffxml"), QStringLiteral("Second"), {});
+    const QString second = writeDefinition(QStringLiteral("second.ffxml"), QStringLiteral("Second"));
     const QStringList flags { "--filter", m_definition, second, "--tool", kTool, "--output", m_out,
         "--input-dir", m_in, "--frames", "2", "--seed", "9", "--format", "PNG" };
 
@@ -42,12 +33,7 @@ TEST_F(CliPlan, ADryRunListsExactlyTheFilesTheRunWrites)
     EXPECT_TRUE(batchDirectoryNames(m_out).isEmpty());
 
     const QString journal = m_temp.path() + QStringLiteral("/journal");
-    QProcess process;
-    start(process, flags, { { "QUILLON_STANDIN_JOURNAL", journal } });
-    const CliResult real = finish(process);
-    EXPECT_EQ(real.exitCode, 0) << real.err.toStdString();
-    EXPECT_TRUE(real.err.contains(QStringLiteral("4 written, 0 missing, 0 not run")))
-        << real.err.toStdString();
+    expectExit(run(flags, { { "QUILLON_STANDIN_JOURNAL", journal } }), 0, "4 written, 0 missing, 0 not run");
     EXPECT_EQ(journalEntries(journal, QStringLiteral("wrote")), planned);
     QStringList kept;
     for (const QString& path : planned.mid(4))
@@ -57,39 +43,29 @@ TEST_F(CliPlan, ADryRunListsExactlyTheFilesTheRunWrites)
 
 TEST_F(CliPlan, ThePlanIsCheckedBeforeAnythingIsWritten)
 {
-    ASSERT_TRUE(writeBatchInputImage(m_in + QStringLiteral("/photo.png")));
-    const QStringList one = baseFlags() + QStringList { "--input", m_in + "/photo.png", "--frames", "1" };
-    const QString second = test::writeBatchDefinition(
-        m_temp.path(), QStringLiteral("second.ffxml"), QStringLiteral("Second"), {});
-    const QStringList chained { "--filter", m_definition, second, "--tool", kTool, "--output", m_out,
-        "--input", m_in + "/photo.png", "--frames", "1", "--format", "PNG" };
+    const QString photo = m_in + QStringLiteral("/photo.png");
+    ASSERT_TRUE(writeBatchInputImage(photo));
+    const QStringList one = baseFlags() + QStringList { "--input", photo, "--frames", "1" };
+    const QString second = writeDefinition(QStringLiteral("second.ffxml"), QStringLiteral("Second"));
 
     // Two inputs that give one name.
-    QFile::copy(m_in + QStringLiteral("/photo.png"), m_in + QStringLiteral("/photo.jpg"));
-    const CliResult collide = run(baseFlags() + QStringList { "--input-dir", m_in, "--frames", "1" });
-    EXPECT_EQ(collide.exitCode, 2);
-    EXPECT_TRUE(
-        collide.err.contains(QStringLiteral("Outputs would overwrite each other: my-exportphoto-1.png")))
-        << collide.err.toStdString();
+    QFile::copy(photo, m_in + QStringLiteral("/photo.jpg"));
+    expectExit(run(baseFlags() + QStringList { "--input-dir", m_in, "--frames", "1" }), 2,
+        "Outputs would overwrite each other: my-exportphoto-1.png");
     QFile::remove(m_in + QStringLiteral("/photo.jpg"));
     EXPECT_TRUE(batchDirectoryNames(m_out).isEmpty());
 
     // A user's file where an interim output would go, and one where a final one would.
     writeFile(QStringLiteral("out/my-exportphoto_0-1.png"), "mine");
-    const CliResult interim = run(chained);
-    EXPECT_EQ(interim.exitCode, 2);
-    EXPECT_TRUE(interim.err.contains(
-        QStringLiteral("holds files this run would overwrite and delete: my-exportphoto_0-1.png")))
-        << interim.err.toStdString();
+    expectExit(run({ "--filter", m_definition, second, "--tool", kTool, "--output", m_out, "--input", photo,
+                   "--frames", "1", "--format", "PNG" }),
+        2, "holds files this run would overwrite and delete: my-exportphoto_0-1.png");
     QFile::remove(m_out + QStringLiteral("/my-exportphoto_0-1.png"));
 
     writeFile(QStringLiteral("out/my-exportphoto-1.png"), "mine");
     const auto before = batchSnapshot(m_out);
     EXPECT_EQ(run(one + QStringList { "--existing", "stop" }).exitCode, 2);
-    const CliResult skipped = run(one + QStringList { "--existing", "skip" });
-    EXPECT_EQ(skipped.exitCode, 0);
-    EXPECT_TRUE(skipped.err.contains(QStringLiteral("0 written, 0 missing, 1 not run")))
-        << skipped.err.toStdString();
+    expectExit(run(one + QStringList { "--existing", "skip" }), 0, "0 written, 0 missing, 1 not run");
     EXPECT_EQ(batchSnapshot(m_out), before);
     const CliResult replaced = run(one);
     EXPECT_EQ(replaced.exitCode, 0);
@@ -97,34 +73,25 @@ TEST_F(CliPlan, ThePlanIsCheckedBeforeAnythingIsWritten)
     EXPECT_NE(batchSnapshot(m_out), before);
 
     // Outputs inside the input directory: said, and the run goes on.
-    const CliResult inside
-        = run(baseFlags() + QStringList { "--input-dir", m_in, "--output", m_in + "/", "--frames", "1" });
-    EXPECT_EQ(inside.exitCode, 0) << inside.err.toStdString();
-    EXPECT_TRUE(inside.err.contains(QStringLiteral("inside the input directory")))
-        << inside.err.toStdString();
+    expectExit(
+        run(baseFlags() + QStringList { "--input-dir", m_in, "--output", m_in + "/", "--frames", "1" }), 0,
+        "inside the input directory");
 }
 
 TEST_F(CliPlan, AToolThatWritesNothingEndsTheRunWithExitThree)
 {
-    QProcess process;
-    start(process, baseFlags(), { { "QUILLON_STANDIN_CRASH", "1" } });
-    const CliResult result = finish(process);
-    EXPECT_EQ(result.exitCode, 3);
-    EXPECT_TRUE(result.err.contains(QStringLiteral("0 written, 2 missing, 0 not run")))
-        << result.err.toStdString();
+    expectExit(run(baseFlags(), { { "QUILLON_STANDIN_CRASH", "1" } }), 3, "0 written, 2 missing, 0 not run");
 }
 
 TEST_F(CliPlan, ProgressReportAndQuietOutput)
 {
     const QString report = m_temp.path() + QStringLiteral("/report.json");
     const QStringList flags = baseFlags() + QStringList { "--frames", "4", "--report", report };
-    const QMap<QString, QString> slow { { "QUILLON_STANDIN_DELAY_MS", "100" } };
+    const Env slow { { "QUILLON_STANDIN_DELAY_MS", "100" } };
 
     // Into a pipe: plain lines; on a terminal (a pseudo-terminal from
     // script(1)): one line rewritten in place.
-    QProcess piped;
-    start(piped, flags, slow);
-    const CliResult plain = finish(piped);
+    const CliResult plain = run(flags, slow);
     EXPECT_EQ(plain.exitCode, 0);
     EXPECT_TRUE(plain.out.contains(QStringLiteral("[4/4] 100% "))) << plain.err.toStdString();
     EXPECT_FALSE(plain.out.contains(QLatin1Char('\r')));
@@ -138,16 +105,16 @@ TEST_F(CliPlan, ProgressReportAndQuietOutput)
     for (const QString& flag : flags + QStringList { "--prefix", "t" })
         command.append(QLatin1Char('\'') + flag + QLatin1Char('\''));
     QProcess tty;
-    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    env.insert(QStringLiteral("QUILLON_STANDIN_DELAY_MS"), QStringLiteral("100"));
-    tty.setProcessEnvironment(env);
-    tty.start(QStringLiteral("script"), { "-qec", command.join(QLatin1Char(' ')), "/dev/null" });
+    start(tty, { "-qec", command.join(QLatin1Char(' ')), "/dev/null" }, slow, QStringLiteral("script"));
     const CliResult shown = finish(tty);
     EXPECT_EQ(shown.exitCode, 0);
     const QString third
         = shown.out.section(QStringLiteral("\r\033[K[3/4] 75% "), 1).section(QLatin1Char('\r'), 0, 0);
     EXPECT_TRUE(third.contains(QStringLiteral(" elapsed, about "))) << shown.out.toStdString();
 
+    // --verbose lists the plan before the run.
+    EXPECT_TRUE(run(baseFlags() + QStringList { "--verbose", "--prefix", "v" })
+                    .out.contains(QStringLiteral("plan: 1 tool runs, 2 outputs\n")));
     const CliResult quiet = run(baseFlags() + QStringList { "--quiet", "--prefix", "q" });
     EXPECT_EQ(quiet.exitCode, 0);
     EXPECT_TRUE(quiet.out.isEmpty()) << quiet.out.toStdString();

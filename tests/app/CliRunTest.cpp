@@ -1,26 +1,19 @@
-// quillon-cli as a child process: exit codes, outputs, clean-up, signals.
+// quillon-cli as a child process: exit codes, messages, outputs, chain
+// files, several tool processes at once.
 
 #include "chain/ChainFile.h"
-#include "support/BatchFixtures.h"
 #include "support/CliFixture.h"
 
-#include <QDir>
-#include <QFile>
-#include <QProcess>
-#include <QTemporaryDir>
+#include <QFileInfo>
 
-#include <gtest/gtest.h>
+#include <fcntl.h>
+#include <unistd.h>
 
 namespace quillon {
 namespace {
 
-using test::batchDirectoryNames;
-using test::batchSnapshot;
-using test::writeBatchInputImage;
-
-using test::CliResult;
-using test::kTool;
-using CliRun = test::CliFixture;
+using namespace test;
+using CliRun = CliFixture;
 
 TEST_F(CliRun, ACompletedRunLeavesOnlyTheOutputsAndSavesAChainThatRunsAgain)
 {
@@ -32,10 +25,10 @@ TEST_F(CliRun, ACompletedRunLeavesOnlyTheOutputsAndSavesAChainThatRunsAgain)
     EXPECT_EQ(result.status, QProcess::NormalExit);
     ASSERT_EQ(result.exitCode, 0) << result.err.toStdString();
     EXPECT_EQ(batchDirectoryNames(m_out), (QStringList { "p_a-1.png", "p_a-2.png", "qlrn_logfile.txt" }));
-    EXPECT_TRUE(result.out.contains(QStringLiteral("Filter: Glow (Quillon Tests)")));
-    EXPECT_TRUE(result.out.contains(QStringLiteral("Source: a.png")));
-    EXPECT_TRUE(result.out.contains(
-        QStringLiteral("deleted ") + QDir(m_out).filePath(QStringLiteral("controlfile.xml"))));
+    for (const QString& line :
+        { QStringLiteral("Filter: Glow (Quillon Tests)"), QStringLiteral("Source: a.png"),
+            "deleted " + QDir(m_out).filePath(QStringLiteral("controlfile.xml")) })
+        EXPECT_TRUE(result.out.contains(line)) << line.toStdString();
     // The chain is saved after the run.
     EXPECT_TRUE(
         result.out.section(QStringLiteral("Source: a.png"), 1).contains(QStringLiteral("Saveres=true")));
@@ -46,7 +39,6 @@ TEST_F(CliRun, ACompletedRunLeavesOnlyTheOutputsAndSavesAChainThatRunsAgain)
     ASSERT_EQ(read.chain.size(), 1u);
     EXPECT_EQ(read.chain.front()->string(key::name), QStringLiteral("Glow"));
     EXPECT_FALSE(read.chain.front()->boolean(key::UseMaps, true));
-
     QDir(m_out).removeRecursively();
     QDir().mkpath(m_out);
     const CliResult again = run({ "--chain", chainPath, "--tool", kTool, "--output", m_out, "--format", "PNG",
@@ -57,8 +49,7 @@ TEST_F(CliRun, ACompletedRunLeavesOnlyTheOutputsAndSavesAChainThatRunsAgain)
 
 TEST_F(CliRun, TwoDefinitionsWithoutInputChainTheirOutputs)
 {
-    const QString second = test::writeBatchDefinition(
-        m_temp.path(), QStringLiteral("edge.ffxml"), QStringLiteral("Edge"), QStringLiteral("Quillon Tests"));
+    const QString second = writeDefinition(QStringLiteral("edge.ffxml"), QStringLiteral("Edge"));
     const CliResult result = run({ "--filter", m_definition, second, "--tool", kTool, "--output", m_out,
         "--format", "PNG", "--frames", "2", "--prefix", "demo" });
     EXPECT_EQ(result.exitCode, 0) << result.err.toStdString();
@@ -66,12 +57,20 @@ TEST_F(CliRun, TwoDefinitionsWithoutInputChainTheirOutputs)
     EXPECT_TRUE(result.out.contains(QStringLiteral("Source: <no source>")));
 }
 
-TEST_F(CliRun, FollowsTheCommandLineConventions)
+TEST_F(CliRun, RefusalsSayWhyWriteNothingAndFollowTheCommandLineConventions)
 {
     // The stand-in tool on PATH under a bare name of its own.
     const QString bin = QDir(m_temp.path()).filePath(QStringLiteral("bin"));
     ASSERT_TRUE(QDir().mkpath(bin) && QFile::link(kTool, bin + QStringLiteral("/standin-render")));
+    const Env path { { "PATH", bin + QLatin1Char(':') + qEnvironmentVariable("PATH") } };
     const QString fresh = QDir(m_temp.path()).filePath(QStringLiteral("new/deep"));
+    const QString missing = m_temp.path() + QStringLiteral("/missing.ffxml");
+    const QString notXml = writeFile(QStringLiteral("broken.ffxml"), "<Filter>\n<Presets>\n</Filter>\n");
+    const QString notFilter = writeFile(QStringLiteral("other.ffxml"), "<Other/>\n");
+    const QByteArray oddName = QFile::encodeName(m_in) + "/caf\xe9.png"; // Latin-1, not UTF-8
+    const int fd = ::open(oddName.constData(), O_WRONLY | O_CREAT | O_EXCL, 0644);
+    ASSERT_GE(fd, 0);
+    ::close(fd);
     const auto oneFrame = [this](const QStringList& more) {
         return QStringList { "--filter", m_definition, "--format", "PNG", "--frames", "1" } + more;
     };
@@ -86,8 +85,13 @@ TEST_F(CliRun, FollowsTheCommandLineConventions)
         { { "-h" }, 0, "130  aborted", "" },
         { { "--help" }, 0, "--mkdir", "" },
         { { "-V" }, 0, "quillon-cli " QUILLON_VERSION, "" },
-        { { "--filter", m_temp.path() + "/missing.ffxml" }, 2, "",
-            "quillon-cli: Not a usable filter definition" },
+        { { "--filter", missing }, 2, "",
+            "quillon-cli: Not a usable filter definition: " + missing + " (it does not exist)" },
+        { { "--filter", notXml }, 2, "", "(it is not XML: " },
+        { { "--filter", notFilter }, 2, "", "(its root element is Other, not Filter)" },
+        { baseFlags() + QStringList { "--prefix", "/../../x" }, 2, "",
+            "The file name prefix cannot contain a slash" },
+        { baseFlags() + QStringList { "--input-dir", m_in }, 2, "", "render tool: caf\\xe9.png" },
         { oneFrame({ "--tool", kTool, "--output", fresh }), 2, "", "quillon-cli: No output path selected" },
         { oneFrame({ "--tool", "no-such-tool", "--output", m_out }), 2, "",
             "quillon-cli: no-such-tool: render tool not found on PATH" },
@@ -95,11 +99,9 @@ TEST_F(CliRun, FollowsTheCommandLineConventions)
             "" },
     };
     for (const auto& c : cases) {
+        const auto before = batchSnapshot(m_temp.path());
         QProcess process;
-        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-        env.insert(QStringLiteral("PATH"), bin + QLatin1Char(':') + env.value(QStringLiteral("PATH")));
-        process.setProcessEnvironment(env);
-        process.start(QStringLiteral(QUILLON_CLI_PATH), c.flags);
+        start(process, c.flags, path);
         const CliResult result = finish(process);
         const std::string what = c.flags.join(' ').toStdString() + "\n" + result.err.toStdString();
         EXPECT_EQ(result.exitCode, c.exitCode) << what;
@@ -107,38 +109,79 @@ TEST_F(CliRun, FollowsTheCommandLineConventions)
         EXPECT_TRUE(result.err.contains(c.err)) << what;
         for (const QString& line : result.err.split(QLatin1Char('\n'), Qt::SkipEmptyParts))
             EXPECT_TRUE(line.startsWith(QStringLiteral("quillon-cli: "))) << what;
+        if (c.exitCode == 2) { // refused: nothing written
+            EXPECT_EQ(batchSnapshot(m_temp.path()), before) << what;
+        }
     }
     EXPECT_EQ(batchDirectoryNames(fresh), QStringList { "NX_my-export-1.png" });
     EXPECT_TRUE(batchDirectoryNames(m_out).isEmpty());
+
+    // Such a name given on the command line is refused as well (a shell
+    // passes the bytes as they are).
+    QProcess shell;
+    start(shell,
+        { "-c",
+            "exec \"$0\" --filter \"$1\" --tool \"$2\" --output \"$3\" --input \"$4/$(printf "
+            "'caf\\351.png')\"",
+            QStringLiteral(QUILLON_CLI_PATH), m_definition, kTool, m_out, m_in },
+        {}, QStringLiteral("/bin/sh"));
+    expectExit(finish(shell), 2, "caf\\xe9.png is not valid UTF-8");
+    EXPECT_TRUE(batchDirectoryNames(m_out).isEmpty());
+    ::unlink(oddName.constData()); // QTemporaryDir cannot see it
 }
 
 TEST_F(CliRun, AnUnknownParameterKindInTheChainFileIsReportedAndNothingRuns)
 {
-    const auto filter = [this](const char* code) {
-        return "<dict><key>name</key><string>Glow</string><key>path</key><string>" + m_definition.toUtf8()
-            + "</string><key>Components</key><array><dict><key>CONTROL_ID</key><string>##@@##</string>"
-            + "<key>CONTROL_PROXY</key><integer>" + code + "</integer><key>ACTIVE</key><integer>0</integer>"
-            + "</dict></array></dict>";
-    };
-    const QByteArray head = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\">\n";
     const QStringList runFlags { "--tool", kTool, "--output", m_out, "--prefix", "c_" };
-
-    const QString unknownChain = writeFile(
-        QStringLiteral("unknown.qlch"), head + "<array>" + filter("4") + filter("7") + "</array></plist>\n");
-    const CliResult stopped = run(QStringList { "--chain", unknownChain } + runFlags);
-    EXPECT_EQ(stopped.exitCode, 2);
+    const CliResult stopped = run(QStringList { "--chain", writeDataFile("unknown-kind.qlch") } + runFlags);
+    expectExit(stopped, 2, "unknown parameter kind");
     EXPECT_TRUE(stopped.out.contains(QStringLiteral("Fuckdata in save\n"))) << stopped.out.toStdString();
-    EXPECT_TRUE(stopped.err.contains(QStringLiteral("unknown parameter kind"))) << stopped.err.toStdString();
-    EXPECT_TRUE(batchDirectoryNames(m_out).isEmpty());
 
     // A file that is no chain at all is refused with its reason, without the unknown-kind line.
-    const QString notAChain = writeFile(QStringLiteral("dict.qlch"), head + filter("4") + "</plist>\n");
-    const CliResult refused = run(QStringList { "--chain", notAChain } + runFlags);
-    EXPECT_EQ(refused.exitCode, 2);
+    const CliResult refused = run(QStringList { "--chain", writeDataFile("not-a-chain.qlch") } + runFlags);
+    expectExit(refused, 2, "is not a filter chain file");
     EXPECT_FALSE(refused.out.contains(QStringLiteral("Fuckdata in save")));
-    EXPECT_TRUE(refused.err.contains(QStringLiteral("is not a filter chain file")))
-        << refused.err.toStdString();
     EXPECT_TRUE(batchDirectoryNames(m_out).isEmpty());
+}
+
+TEST_F(CliRun, ThreeToolSlotsWriteWhatOneWrites)
+{
+    for (const char* name : { "a.png", "b.png", "c.png" })
+        ASSERT_TRUE(writeBatchInputImage(m_in + QLatin1Char('/') + QLatin1String(name)));
+    const QString second = writeDefinition(QStringLiteral("second.ffxml"), QStringLiteral("Second"));
+    // File name -> bytes of every file below `directory`.
+    const auto byName = [](const QString& directory) {
+        QMap<QString, QByteArray> files;
+        const auto snapshot = batchSnapshot(directory);
+        for (auto it = snapshot.cbegin(); it != snapshot.cend(); ++it)
+            files.insert(QFileInfo(it.key()).fileName(), it.value());
+        return files;
+    };
+    int dirs = 0;
+    for (const QStringList& chain : { QStringList { "--filter", m_definition, second },
+             QStringList { "--filter", m_definition, "--maps", "base,alpha,normal" } }) {
+        QMap<QString, QByteArray> outputs[2], runFiles[2]; // one slot, three
+        for (const int slot : { 0, 1 }) {
+            const QString out = m_temp.path() + QStringLiteral("/out%1").arg(++dirs);
+            const QString keep = m_temp.path() + QStringLiteral("/keep%1").arg(dirs);
+            ASSERT_TRUE(QDir().mkpath(out) && QDir().mkpath(keep));
+            const CliResult result = run(chain
+                    + QStringList { "--tool", kTool, "--output", out, "--input-dir", m_in, "--frames", "2",
+                        "--seed", "7", "--format", "PNG", "--jobs", slot ? "3" : "1" },
+                { { "QUILLON_STANDIN_KEEP", keep } });
+            ASSERT_EQ(result.exitCode, 0) << result.err.toStdString();
+            outputs[slot] = byName(out);
+            runFiles[slot] = byName(keep);
+            // Nothing of the slots stays: no task file, no folder.
+            for (const QString& name : batchDirectoryNames(out))
+                EXPECT_TRUE(name.endsWith(QLatin1String(".png"))) << name.toStdString();
+        }
+        EXPECT_EQ(outputs[0].keys(), outputs[1].keys());
+        EXPECT_TRUE(outputs[0] == outputs[1]);
+        // One run file per task, interim outputs' tasks included.
+        EXPECT_GE(runFiles[0].size(), outputs[0].size());
+        EXPECT_TRUE(runFiles[0] == runFiles[1]);
+    }
 }
 
 } // namespace

@@ -2,8 +2,7 @@
 #include "app/DemoProfile.h"
 
 #include <QDir>
-#include <QFile>
-#include <QSet>
+#include <QFileInfo>
 #include <QStandardPaths>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
@@ -18,35 +17,7 @@ protected:
     QTemporaryDir m_dir;
 };
 
-TEST_F(PreferencesTest, ResetSavesTheFactoryValuesToDisk)
-{
-    {
-        Preferences prefs(storePath());
-        EXPECT_FALSE(prefs.stringForKey(pref::PREF_RESET));
-        prefs.prefsReset();
-    }
-    // A fresh store object reads what the reset saved (the window's first
-    // launch shows every value).
-    Preferences prefs(storePath());
-    EXPECT_EQ(prefs.stringForKey(pref::PREF_RESET), QStringLiteral("YES"));
-    EXPECT_EQ(prefs.integerForKey(pref::NUM_FRAMES), 10);
-    EXPECT_EQ(prefs.stringForKey(pref::EXPORT_FORMAT), QStringLiteral("JPEG"));
-    // The empty paths are present: start-up takes the "stored" branch.
-    for (const QString& key : { pref::TOOL_PATH, pref::FILTERS_PATH, pref::OUTPUT_DIR, pref::INPUT_PATH })
-        EXPECT_EQ(prefs.stringForKey(key), QString()) << key.toStdString();
-    // A reset never chooses the source type or the frame suffix.
-    EXPECT_FALSE(prefs.contains(pref::INPUT_MODE));
-    EXPECT_FALSE(prefs.contains(pref::OUTPUT_SUFFIX));
-}
-
-TEST_F(PreferencesTest, TheUsersStoreIsTheNativeFileInTheUsersConfigLocation)
-{
-    const Preferences prefs; // only looked at, never written
-    const QString config = QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation);
-    EXPECT_EQ(prefs.fileName(), QDir(config).filePath(QStringLiteral("Quillon/Quillon.conf")));
-}
-
-TEST_F(PreferencesTest, TypedGettersReadTextAndNumbersAlike)
+TEST_F(PreferencesTest, GettersReadTextAndNumbersAlikeAndSetKeepsTheTablesType)
 {
     Preferences prefs(storePath());
     prefs.setInteger(pref::NUM_FRAMES, 10);
@@ -56,28 +27,25 @@ TEST_F(PreferencesTest, TypedGettersReadTextAndNumbersAlike)
     EXPECT_FALSE(prefs.stringForKey(pref::INPUT_MODE));
     EXPECT_EQ(prefs.integerForKey(pref::INPUT_MODE), 0);
     EXPECT_TRUE(prefs.sync());
-
     Preferences reread(storePath());
     EXPECT_EQ(reread.stringForKey(pref::NUM_FRAMES), QStringLiteral("10"));
     EXPECT_EQ(reread.integerForKey(pref::NUM_FRAMES), 10);
     EXPECT_EQ(reread.integerForKey(pref::OUTPUT_SUFFIX), 1);
-}
 
-TEST_F(PreferencesTest, ValueFallsBackToTheTableAndSetKeepsTheTablesType)
-{
-    Preferences prefs(storePath());
     // Nothing stored: the reset value, or nothing for a key without one.
-    EXPECT_EQ(prefs.value(pref::JPEG_QUALITY), QVariant(qint64(80)));
-    EXPECT_EQ(prefs.value(pref::OUT_PREFIX), QVariant(QStringLiteral("my-export")));
-    EXPECT_FALSE(prefs.value(pref::INPUT_MODE).isValid());
-
-    EXPECT_TRUE(prefs.set(pref::JPEG_QUALITY, QStringLiteral("55")));
-    EXPECT_FALSE(prefs.set(pref::JPEG_QUALITY, QStringLiteral("high")));
-    EXPECT_FALSE(prefs.set(QStringLiteral("NO_SUCH_KEY"), 1));
-    EXPECT_TRUE(prefs.set(pref::SET_WIDTH, 640));
-    EXPECT_EQ(prefs.value(pref::JPEG_QUALITY), QVariant(qint64(55)));
-    EXPECT_EQ(prefs.value(pref::SET_WIDTH), QVariant(QStringLiteral("640")));
-    EXPECT_FALSE(prefs.contains(QStringLiteral("NO_SUCH_KEY")));
+    EXPECT_EQ(reread.value(pref::JPEG_QUALITY), QVariant(qint64(80)));
+    EXPECT_EQ(reread.value(pref::OUT_PREFIX), QVariant(QStringLiteral("my-export")));
+    EXPECT_FALSE(reread.value(pref::INPUT_MODE).isValid());
+    EXPECT_TRUE(reread.set(pref::JPEG_QUALITY, QStringLiteral("55")));
+    EXPECT_FALSE(reread.set(pref::JPEG_QUALITY, QStringLiteral("high")));
+    EXPECT_FALSE(reread.set(QStringLiteral("NO_SUCH_KEY"), 1));
+    EXPECT_TRUE(reread.set(pref::SET_WIDTH, 640));
+    EXPECT_EQ(reread.value(pref::JPEG_QUALITY), QVariant(qint64(55)));
+    EXPECT_EQ(reread.value(pref::SET_WIDTH), QVariant(QStringLiteral("640")));
+    EXPECT_FALSE(reread.contains(QStringLiteral("NO_SUCH_KEY")));
+    // The user's own store is the native file in the user's config location.
+    const QString config = QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation);
+    EXPECT_EQ(Preferences().fileName(), QDir(config).filePath(QStringLiteral("Quillon/Quillon.conf")));
 }
 
 TEST_F(PreferencesTest, DemoProfilePointsAtItsOwnStoreAndCreatesTheOutputFolder)
@@ -87,7 +55,6 @@ TEST_F(PreferencesTest, DemoProfilePointsAtItsOwnStoreAndCreatesTheOutputFolder)
     locations.toolPath = m_dir.filePath(QStringLiteral("tool"));
     locations.outputDir = m_dir.filePath(QStringLiteral("out/demo"));
     locations.settingsFile = m_dir.filePath(QStringLiteral("config/demo.conf"));
-
     QString error;
     auto prefs = openDemoPreferences(locations, &error);
     ASSERT_TRUE(prefs) << error.toStdString();
@@ -106,14 +73,12 @@ TEST_F(PreferencesTest, DemoProfilePointsAtItsOwnStoreAndCreatesTheOutputFolder)
     ASSERT_TRUE(again);
     EXPECT_EQ(again->stringForKey(pref::SET_WIDTH), QStringLiteral("321"));
     EXPECT_EQ(again->stringForKey(pref::TOOL_PATH), locations.toolPath);
-}
 
-TEST_F(PreferencesTest, DemoLocationsFindTheBuildTreesSampleFiltersAndStandIn)
-{
-    const DemoLocations locations = findDemoLocations(m_dir.path());
-    EXPECT_TRUE(QFileInfo(locations.filtersDir).isDir()) << locations.filtersDir.toStdString();
-    EXPECT_TRUE(QFileInfo(locations.toolPath).isExecutable()) << locations.toolPath.toStdString();
-    EXPECT_TRUE(locations.settingsFile.endsWith(QStringLiteral("Quillon/demo.conf")));
+    // Found in the build tree: the sample filters and the stand-in tool.
+    const DemoLocations found = findDemoLocations(m_dir.path());
+    EXPECT_TRUE(QFileInfo(found.filtersDir).isDir()) << found.filtersDir.toStdString();
+    EXPECT_TRUE(QFileInfo(found.toolPath).isExecutable()) << found.toolPath.toStdString();
+    EXPECT_TRUE(found.settingsFile.endsWith(QStringLiteral("Quillon/demo.conf")));
 }
 
 } // namespace

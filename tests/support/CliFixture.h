@@ -23,6 +23,7 @@ struct CliResult {
 };
 
 inline const QString kTool = QStringLiteral(QUILLON_STANDIN_PATH);
+using Env = QMap<QString, QString>;
 
 class CliFixture : public ::testing::Test {
 protected:
@@ -32,9 +33,14 @@ protected:
         ASSERT_TRUE(root.mkpath(QStringLiteral("out")) && root.mkpath(QStringLiteral("in")));
         m_out = root.filePath(QStringLiteral("out"));
         m_in = root.filePath(QStringLiteral("in"));
-        m_definition = test::writeBatchDefinition(m_temp.path(), QStringLiteral("glow.ffxml"),
-            QStringLiteral("Glow"), QStringLiteral("Quillon Tests"));
+        m_definition = writeDefinition(
+            QStringLiteral("glow.ffxml"), QStringLiteral("Glow"), QStringLiteral("Quillon Tests"));
         ASSERT_FALSE(m_definition.isEmpty());
+    }
+
+    QString writeDefinition(const QString& file, const QString& name, const QString& author = {}) const
+    {
+        return writeBatchDefinition(m_temp.path(), file, name, author);
     }
 
     QStringList baseFlags() const
@@ -43,40 +49,46 @@ protected:
             "2", "--seed", "3" };
     }
 
+    // The bound only ends a run that hangs.
     static CliResult finish(QProcess& process)
     {
-        EXPECT_TRUE(process.waitForFinished(90000));
+        EXPECT_TRUE(process.waitForFinished(120000));
         return { process.exitCode(), process.exitStatus(), QString::fromUtf8(process.readAllStandardOutput()),
             QString::fromUtf8(process.readAllStandardError()) };
     }
 
-    static CliResult run(const QStringList& flags)
-    {
-        QProcess process;
-        process.start(QStringLiteral(QUILLON_CLI_PATH), flags);
-        return finish(process);
-    }
-
-    // Starts quillon-cli with `variables` added to the environment.
-    static void start(
-        QProcess& process, const QStringList& flags, const QMap<QString, QString>& variables = {})
+    // Starts `program` (quillon-cli unless given) with `variables` added to the environment.
+    static void start(QProcess& process, const QStringList& flags, const Env& variables = {},
+        const QString& program = QStringLiteral(QUILLON_CLI_PATH))
     {
         QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
         for (auto it = variables.cbegin(); it != variables.cend(); ++it)
             env.insert(it.key(), it.value());
         process.setProcessEnvironment(env);
-        process.start(QStringLiteral(QUILLON_CLI_PATH), flags);
+        process.start(program, flags);
     }
 
-    // Reads the process's standard output until it holds `text`; returns
-    // what was read.
-    static QByteArray readUntil(QProcess& process, const QByteArray& text)
+    static CliResult run(const QStringList& flags, const Env& variables = {})
+    {
+        QProcess process;
+        start(process, flags, variables);
+        return finish(process);
+    }
+
+    // The run ended with `code`, its standard error holding `message`.
+    static void expectExit(const CliResult& result, int code, const QString& message = {})
+    {
+        EXPECT_EQ(result.exitCode, code) << result.err.toStdString();
+        EXPECT_TRUE(result.err.contains(message)) << result.err.toStdString();
+    }
+
+    // Reads the process's standard output until it holds `text`.
+    static void readUntil(QProcess& process, const QByteArray& text)
     {
         QByteArray seen;
-        while (!seen.contains(text) && process.waitForReadyRead(30000))
+        while (!seen.contains(text) && process.waitForReadyRead(120000))
             seen += process.readAllStandardOutput();
         EXPECT_TRUE(seen.contains(text)) << seen.toStdString();
-        return seen;
     }
 
     QString writeFile(const QString& name, const QByteArray& bytes) const
@@ -85,6 +97,15 @@ protected:
         QFile file(path);
         EXPECT_TRUE(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
         return path;
+    }
+
+    // A file of tests/app/data written into the tree, the fixture's filter
+    // definition where it says @DEFINITION@.
+    QString writeDataFile(const QString& name) const
+    {
+        QFile data(QStringLiteral(QUILLON_SOURCE_DIR "/tests/app/data/") + name);
+        EXPECT_TRUE(data.open(QIODevice::ReadOnly)) << name.toStdString();
+        return writeFile(name, data.readAll().replace("@DEFINITION@", m_definition.toUtf8()));
     }
 
     QTemporaryDir m_temp;

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+// Window tests get a QApplication on the offscreen platform (unless one is
+// set); core tests get a QCoreApplication for their event loops and threads.
 #ifdef QUILLON_TEST_WIDGETS
 #include <QApplication>
 using TestApplication = QApplication;
@@ -8,8 +10,6 @@ using TestApplication = QApplication;
 using TestApplication = QCoreApplication;
 #endif
 
-// Window tests get a QApplication on the offscreen platform (unless one is
-// set); core tests get a QCoreApplication for their event loops and threads.
 int main(int argc, char** argv)
 {
 #ifdef QUILLON_TEST_WIDGETS

@@ -1,15 +1,23 @@
+// The Settings page: what it shows at first, what it stores and when, and
+// what reaches the run settings.
+
 #include "support/WindowFixture.h"
 
 #include "run/RunSettings.h"
 
 #include <QAction>
-#include <QPushButton>
 
 namespace quillon::test {
 namespace {
 
 class SettingsPaneTest : public SettingsWindowTest {
 protected:
+    void SetUp() override
+    {
+        SettingsWindowTest::SetUp();
+        delegate().applicationDidFinishLaunching();
+    }
+
     QTabWidget* formats() { return widget<QTabWidget>("formatTabControl"); }
     QString formatIdentifier() { return formats()->currentWidget()->property("identifier").toString(); }
     void selectFormat(const QString& identifier)
@@ -23,8 +31,6 @@ protected:
 
 TEST_F(SettingsPaneTest, FirstLaunchWritesTheFactoryValuesAndShowsThem)
 {
-    delegate().applicationDidFinishLaunching();
-
     const auto saved = savedStore();
     EXPECT_EQ(saved->stringForKey(pref::PREF_RESET), QStringLiteral("YES"));
     for (const PreferenceKey& row : Preferences::table())
@@ -32,24 +38,16 @@ TEST_F(SettingsPaneTest, FirstLaunchWritesTheFactoryValuesAndShowsThem)
     // The start-up pass applied source type and suffix, storing both.
     EXPECT_EQ(saved->stringForKey(pref::INPUT_MODE), QStringLiteral("IMAGE"));
     EXPECT_EQ(saved->stringForKey(pref::OUTPUT_SUFFIX), QStringLiteral("0"));
-
-    const std::pair<const char*, const char*> fields[]
-        = { { "imageWidthField", "600" }, { "imageHeightField", "600" }, { "numberOfFramesField", "10" },
-              { "maxFramesField", "999" }, { "outputFilenamePrefixField", "my-export" },
-              { "f_jpgQualityField", "80" }, { "renderToolPathField", "" }, { "filtersPathField", "" },
-              { "outputDirectoryPathField", "" }, { "sourcePathField", "not set" } };
-    for (const auto& [name, text] : fields)
-        EXPECT_EQ(field(name)->text(), QString::fromLatin1(text)) << name;
-    EXPECT_EQ(widget<QSlider>("f_jpgQualitySlider")->value(), 80);
+    EXPECT_EQ(shown({ "imageWidthField", "imageHeightField", "numberOfFramesField", "maxFramesField",
+                  "outputFilenamePrefixField", "f_jpgQualityField", "f_jpgQualitySlider",
+                  "renderToolPathField", "filtersPathField", "outputDirectoryPathField", "sourcePathField" }),
+        (QStringList { "600", "600", "10", "999", "my-export", "80", "80", "", "", "", "not set" }));
     EXPECT_EQ(formatIdentifier(), QStringLiteral("JPEG"));
-
     EXPECT_FALSE(field("imageWidthField")->isEnabled());
 }
 
 TEST_F(SettingsPaneTest, EveryChangeIsStoredAtOnceAndComesBackAfterARestart)
 {
-    delegate().applicationDidFinishLaunching();
-
     box("ditherCB")->click();
     box("antiAliasCB")->click();
     typeInto("imageWidthField", QStringLiteral("1024"));
@@ -57,7 +55,6 @@ TEST_F(SettingsPaneTest, EveryChangeIsStoredAtOnceAndComesBackAfterARestart)
     typeInto("outputFilenamePrefixField", QStringLiteral("night-sky"));
     EXPECT_EQ(savedStore()->integerForKey(pref::CB_DITHER), 1);
     EXPECT_EQ(savedStore()->stringForKey(pref::OUT_PREFIX), QStringLiteral("night-sky"));
-
     choose(popup("sourceTypePopup"), 1);
     choose(popup("sourceTypePopup"), 2); // no input is not remembered
     EXPECT_EQ(savedStore()->stringForKey(pref::INPUT_MODE), QStringLiteral("DIR"));
@@ -71,43 +68,36 @@ TEST_F(SettingsPaneTest, EveryChangeIsStoredAtOnceAndComesBackAfterARestart)
     prefs().sync();
 
     relaunch();
-
-    EXPECT_TRUE(box("ditherCB")->isChecked());
-    EXPECT_FALSE(box("antiAliasCB")->isChecked());
-    EXPECT_EQ(field("imageWidthField")->text(), QStringLiteral("1024"));
-    EXPECT_EQ(field("numberOfFramesField")->text(), QStringLiteral("12"));
-    EXPECT_EQ(field("outputFilenamePrefixField")->text(), QStringLiteral("night-sky"));
-    EXPECT_EQ(popup("sourceTypePopup")->currentIndex(), 1);
-    EXPECT_EQ(popup("outputFilenameSuffixPopup")->currentIndex(), 1);
-    EXPECT_EQ(field("maxFramesField")->text(), QStringLiteral("9999"));
-    EXPECT_TRUE(radio("f_pngBitDepth16RB")->isChecked());
-    EXPECT_TRUE(radio("f_tiffCompressionDeflateRB")->isChecked());
-    EXPECT_EQ(delegate().captureRunSettings().tiffCompression, 2);
-    EXPECT_TRUE(box("f_tgaFlipOrderCB")->isChecked());
-    EXPECT_EQ(formatIdentifier(), QStringLiteral("TIFF"));
-    EXPECT_EQ(widget<QSlider>("f_jpgQualitySlider")->value(), 55);
     // The input itself is never restored.
-    EXPECT_EQ(field("sourcePathField")->text(), QStringLiteral("not set"));
+    EXPECT_EQ(shown({ "ditherCB", "antiAliasCB", "imageWidthField", "numberOfFramesField",
+                  "outputFilenamePrefixField", "sourceTypePopup", "outputFilenameSuffixPopup",
+                  "maxFramesField", "f_pngBitDepth16RB", "f_tiffCompressionDeflateRB", "f_tgaFlipOrderCB",
+                  "f_jpgQualitySlider", "sourcePathField" }),
+        (QStringList {
+            "on", "off", "1024", "12", "night-sky", "1", "1", "9999", "on", "on", "on", "55", "not set" }));
+    EXPECT_EQ(delegate().captureRunSettings().tiffCompression, 2);
+    EXPECT_EQ(formatIdentifier(), QStringLiteral("TIFF"));
 }
 
 TEST_F(SettingsPaneTest, ResetCommandRestoresFactoryValuesButKeepsSourceTypeAndSuffix)
 {
+    closeDelegate();
     {
         Preferences configured(storePath());
         configured.prefsReset();
-        configured.setString(pref::TOOL_PATH, QStringLiteral("/opt/tool"));
-        configured.setString(pref::FILTERS_PATH, m_dir.path());
-        configured.setString(pref::OUTPUT_DIR, m_dir.path());
-        configured.setString(pref::INPUT_MODE, QStringLiteral("DIR"));
-        configured.setString(pref::OUTPUT_SUFFIX, QStringLiteral("2"));
-        configured.setString(pref::SET_WIDTH, QStringLiteral("77"));
+        for (const auto& [key, value] : { std::pair(pref::TOOL_PATH, QStringLiteral("/opt/tool")),
+                 std::pair(pref::FILTERS_PATH, m_dir.path()), std::pair(pref::OUTPUT_DIR, m_dir.path()),
+                 std::pair(pref::INPUT_MODE, QStringLiteral("DIR")),
+                 std::pair(pref::OUTPUT_SUFFIX, QStringLiteral("2")),
+                 std::pair(pref::SET_WIDTH, QStringLiteral("77")) })
+            configured.setString(key, value);
         configured.setInteger(pref::JPEG_QUALITY, 12);
         configured.setInteger(pref::PNG_BITDEPTH, 7); // outside the group
         configured.sync();
     }
-    delegate().applicationDidFinishLaunching();
-    EXPECT_EQ(field("renderToolPathField")->text(), QStringLiteral("/opt/tool"));
-    EXPECT_FALSE(radio("f_pngBitDepth8RB")->isChecked() || radio("f_pngBitDepth16RB")->isChecked());
+    relaunch();
+    EXPECT_EQ(shown({ "renderToolPathField", "f_pngBitDepth8RB", "f_pngBitDepth16RB" }),
+        (QStringList { "/opt/tool", "off", "off" }));
     EXPECT_EQ(delegate().captureRunSettings().pngBitDepth, 7);
 
     QAction* reset = delegate().window()->findChild<QAction*>(QStringLiteral("actionResetPreferences"));
@@ -120,21 +110,17 @@ TEST_F(SettingsPaneTest, ResetCommandRestoresFactoryValuesButKeepsSourceTypeAndS
     EXPECT_EQ(saved->stringForKey(pref::TOOL_PATH), QString());
     EXPECT_EQ(saved->stringForKey(pref::INPUT_MODE), QStringLiteral("DIR"));
     EXPECT_EQ(saved->stringForKey(pref::OUTPUT_SUFFIX), QStringLiteral("2"));
-    for (const char* name : { "renderToolPathField", "filtersPathField", "outputDirectoryPathField" })
-        EXPECT_EQ(field(name)->text(), QString()) << name;
+    EXPECT_EQ(shown({ "renderToolPathField", "filtersPathField", "outputDirectoryPathField",
+                  "sourceTypePopup", "outputFilenameSuffixPopup", "imageWidthField", "f_jpgQualitySlider" }),
+        (QStringList { "", "", "", "1", "2", "600", "80" }));
     const SettingsPane* pane = delegate().settingsPane();
     EXPECT_TRUE(pane->toolPath().isEmpty() && pane->filterPath().isEmpty() && pane->outputPath().isEmpty());
-    EXPECT_EQ(popup("sourceTypePopup")->currentIndex(), 1);
-    EXPECT_EQ(popup("outputFilenameSuffixPopup")->currentIndex(), 2);
-    EXPECT_EQ(field("imageWidthField")->text(), QStringLiteral("600"));
-    EXPECT_EQ(widget<QSlider>("f_jpgQualitySlider")->value(), 80);
     // Without a Filters directory there is nothing to add.
     EXPECT_FALSE(widget<QPushButton>("addFilterButton")->isEnabled());
 }
 
 TEST_F(SettingsPaneTest, RadioGroupsStoreTheirCodesForTheRun)
 {
-    delegate().applicationDidFinishLaunching();
     const struct {
         const char* button;
         QString key;
@@ -159,25 +145,18 @@ TEST_F(SettingsPaneTest, RadioGroupsStoreTheirCodesForTheRun)
         EXPECT_EQ(delegate().captureRunSettings().*row.setting, row.code);
         EXPECT_EQ(savedStore()->integerForKey(row.key), row.code);
     }
-    EXPECT_FALSE(radio("f_tiffBitDepth24RB")->isChecked());
-    EXPECT_FALSE(radio("f_pngCompressionFastRB")->isChecked());
+    EXPECT_EQ(shown({ "f_tiffBitDepth24RB", "f_pngCompressionFastRB" }), (QStringList { "off", "off" }));
 }
 
 TEST_F(SettingsPaneTest, LetterStyleCapsTheFrameCountAtTwentyFive)
 {
-    delegate().applicationDidFinishLaunching();
     field("numberOfFramesField")->setText(QStringLiteral("30"));
-
     choose(popup("outputFilenameSuffixPopup"), 2);
-    EXPECT_EQ(field("numberOfFramesField")->text(), QStringLiteral("25"));
-    EXPECT_EQ(field("maxFramesField")->text(), QStringLiteral("25"));
+    EXPECT_EQ(shown({ "numberOfFramesField", "maxFramesField" }), (QStringList { "25", "25" }));
     EXPECT_EQ(delegate().settingsPane()->frameMaxValue(), 25);
     EXPECT_EQ(savedStore()->stringForKey(pref::OUTPUT_SUFFIX), QStringLiteral("2"));
-
     choose(popup("outputFilenameSuffixPopup"), 0);
-    EXPECT_EQ(field("maxFramesField")->text(), QStringLiteral("999"));
-    EXPECT_EQ(field("numberOfFramesField")->text(), QStringLiteral("25"));
-
+    EXPECT_EQ(shown({ "numberOfFramesField", "maxFramesField" }), (QStringList { "25", "999" }));
     choose(popup("outputFilenameSuffixPopup"), 1);
     EXPECT_EQ(field("maxFramesField")->text(), QStringLiteral("9999"));
     EXPECT_EQ(delegate().captureRunSettings().nameStyle, FrameStyle::FourDigit);
@@ -185,23 +164,20 @@ TEST_F(SettingsPaneTest, LetterStyleCapsTheFrameCountAtTwentyFive)
 
 TEST_F(SettingsPaneTest, SourceTypeChangesForgetTheInputAndSwitchTheControls)
 {
-    delegate().applicationDidFinishLaunching();
     const FileDialogs& dialogs = FileDialogs::instance();
     choose(popup("sourceTypePopup"), 1);
-    FileDialogs::instance().setNextFileName(m_dir.path());
-    widget<QPushButton>("locateSourceButton")->click();
+    locate("locateSourceButton", m_dir.path());
     EXPECT_EQ(
         dialogs.lastRequest().message, QStringLiteral("Quillon needs you to locate an input directory"));
     EXPECT_TRUE(dialogs.lastRequest().canChooseDirectories);
     EXPECT_EQ(field("sourcePathField")->text(), m_dir.path());
     EXPECT_EQ(savedStore()->stringForKey(pref::INPUT_PATH), m_dir.path());
     // Clearing shows an empty field and leaves the stored input alone.
-    widget<QPushButton>("clearSourceButton")->click();
+    click("clearSourceButton");
     EXPECT_EQ(field("sourcePathField")->text(), QString());
     EXPECT_TRUE(delegate().settingsPane()->sourcePath().isEmpty());
     EXPECT_EQ(savedStore()->stringForKey(pref::INPUT_PATH), m_dir.path());
-    FileDialogs::instance().setNextFileName(m_dir.path());
-    widget<QPushButton>("locateSourceButton")->click();
+    locate("locateSourceButton", m_dir.path());
 
     choose(popup("sourceTypePopup"), 2);
     EXPECT_EQ(savedStore()->stringForKey(pref::INPUT_MODE), QStringLiteral("DIR"));
@@ -209,8 +185,7 @@ TEST_F(SettingsPaneTest, SourceTypeChangesForgetTheInputAndSwitchTheControls)
     EXPECT_EQ(field("sourcePathField")->text(), QStringLiteral("not set"));
     for (const char* name : { "sourcePathField", "locateSourceButton", "clearSourceButton" })
         EXPECT_TRUE(widget<QWidget>(name)->isHidden()) << name;
-    EXPECT_TRUE(field("imageWidthField")->isEnabled());
-    EXPECT_TRUE(field("imageHeightField")->isEnabled());
+    EXPECT_TRUE(field("imageWidthField")->isEnabled() && field("imageHeightField")->isEnabled());
     EXPECT_EQ(delegate().captureRunSettings().inputMode, InputMode::None);
 
     choose(popup("sourceTypePopup"), 0);
@@ -221,12 +196,7 @@ TEST_F(SettingsPaneTest, SourceTypeChangesForgetTheInputAndSwitchTheControls)
 
 TEST_F(SettingsPaneTest, LocateCommandsStoreTheChoice)
 {
-    delegate().applicationDidFinishLaunching();
     const QString tool = m_dir.filePath(QStringLiteral("render-tool"));
-    const auto locate = [this](const char* button, const QString& answer) {
-        FileDialogs::instance().setNextFileName(answer);
-        widget<QPushButton>(button)->click();
-    };
     locate("locateRenderToolButton", tool);
     locate("locateRenderToolButton", QString()); // cancelled
     EXPECT_EQ(delegate().settingsPane()->toolPath(), tool);
@@ -240,7 +210,6 @@ TEST_F(SettingsPaneTest, LocateCommandsStoreTheChoice)
 
 TEST_F(SettingsPaneTest, ExportControlsAreStoredAndReachTheRunSettings)
 {
-    delegate().applicationDidFinishLaunching();
     QStringList identifiers;
     for (int i = 0; i < formats()->count(); ++i)
         identifiers.append(formats()->widget(i)->property("identifier").toString());
@@ -262,9 +231,8 @@ TEST_F(SettingsPaneTest, ExportControlsAreStoredAndReachTheRunSettings)
     const RunSettings settings = delegate().captureRunSettings();
     EXPECT_EQ(settings.format, QStringLiteral("EXR"));
     EXPECT_EQ(settings.jpegQualityText, QStringLiteral("150"));
-    EXPECT_EQ(settings.pngIncludeTrans, 1);
-    EXPECT_EQ(settings.tiffFloatFormat, 1);
-    EXPECT_EQ(settings.jpegFullPrecision, 0);
+    EXPECT_EQ(std::tuple(settings.pngIncludeTrans, settings.tiffFloatFormat, settings.jpegFullPrecision),
+        std::tuple(1, 1, 0));
 }
 
 } // namespace

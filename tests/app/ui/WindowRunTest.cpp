@@ -1,197 +1,146 @@
+// Runs and previews started from the window with the stand-in tool: the
+// progress sheet, the status line, the results sheet and the files left.
+
 #include "support/WindowFixture.h"
 
+#include "app/ui/ChainPreview.h"
+#include "app/ui/LatestThumbnail.h"
+#include "app/ui/MainWindow.h"
 #include "app/ui/ProgressSheet.h"
+#include "app/ui/ResultsSheet.h"
 #include "batch/BatchController.h"
-#include "support/BatchFixtures.h"
 
 #include <QAction>
-#include <QDir>
-#include <QFile>
-#include <QLabel>
-#include <QMainWindow>
-#include <QPushButton>
+#include <QListView>
 #include <QSignalSpy>
 #include <QStatusBar>
-#include <QTableView>
 #include <QTableWidget>
 #include <QTimer>
-
-#include <functional>
 
 namespace quillon::test {
 namespace {
 
-constexpr int kRunTimeoutMs = 60000;
+// Every value of every filter and parameter record of a chain.
+QList<QMap<QString, QVariant>> recordValues(const RecordList& chain)
+{
+    QList<QMap<QString, QVariant>> values;
+    for (const RecordPtr& filter : chain) {
+        values.append(filter->values());
+        for (const RecordPtr& parameter : *filter->list(key::Components))
+            values.append(parameter->values());
+    }
+    return values;
+}
 
 class WindowRunTest : public SettingsWindowTest {
 protected:
     void SetUp() override
     {
         SettingsWindowTest::SetUp();
-        ASSERT_TRUE(QDir().mkpath(filtersDir()));
-        ASSERT_TRUE(QDir().mkpath(outputDir()));
-        for (const QString& name : { QStringLiteral("Glow"), QStringLiteral("Rust") })
-            writeBatchDefinition(
-                filtersDir(), name + QStringLiteral(".ffxml"), name, QStringLiteral("Window Test"));
+        writeLibrary({ QStringLiteral("Glow"), QStringLiteral("Rust") });
         delegate().applicationDidFinishLaunching();
     }
 
-    QString filtersDir() const { return m_dir.filePath(QStringLiteral("filters")); }
-    QString outputDir() const { return m_dir.filePath(QStringLiteral("out")); }
-
-    void locate(const char* button, const QString& path)
+    ProgressSheet* sheet() { return delegate().progressSheet(); }
+    QString status() { return delegate().window()->statusBar()->currentMessage(); }
+    // Starts the run and waits until `ready` holds with its first tool run going.
+    template <class Ready> void startUntil(Ready ready)
     {
-        FileDialogs::instance().setNextFileName(path);
-        widget<QPushButton>(button)->click();
+        click("startButton");
+        ASSERT_TRUE(sheet()->isVisible()) << alerts().join(QStringLiteral("; ")).toStdString();
+        ASSERT_TRUE(waitFor([&] { return sheet()->toolRunsStarted() >= 1 && ready(); }));
     }
-
-    // Scans the Filters directory and adds the library's first `count`
-    // filters to the chain through the add sheet.
-    void buildChain(int count)
+    void expectNoTaskFilesLeft()
     {
-        locate("locateFiltersButton", filtersDir());
-        QTRY_VERIFY_WITH_TIMEOUT(delegate().library() && delegate().library()->size() == 2, 10000);
-        auto* library = widget<QTableView>("addFilterList");
-        for (int row = 0; row < count; ++row) {
-            library->clearSelection();
-            library->selectRow(row);
-            delegate().chainPanel()->addFilterToListWithSender();
-        }
-        ASSERT_EQ(static_cast<int>(delegate().chain().size()), count);
+        EXPECT_EQ(
+            QDir(outputDir()).entryList({ QStringLiteral("controlfile.xml"), QStringLiteral("bth-run-*") }),
+            QStringList());
     }
-
-    // Everything but the chain set for a run without input.
-    void prepareRunWithoutInput(const QString& frames)
-    {
-        locate("locateRenderToolButton", QStringLiteral(QUILLON_STANDIN_PATH));
-        locate("locateOutputButton", outputDir());
-        choose(popup("sourceTypePopup"), 2);
-        field("outputFilenamePrefixField")->setText(QStringLiteral("win"));
-        field("numberOfFramesField")->setText(frames);
-        widget<QTabWidget>("formatTabControl")->setCurrentIndex(1); // PNG
-    }
-
-    QStringList taskFilesLeft() const
-    {
-        return QDir(outputDir())
-            .entryList({ QStringLiteral("controlfile.xml"), QStringLiteral("bth-run-*") }, QDir::Files);
-    }
-
-    // Starts and, once the tool runs and `ready` holds, aborts: the sheet
-    // goes at once. Notes the running 0.1 s animation timer.
-    void startAndAbort(const std::function<bool()>& ready = [] { return true; })
-    {
-        widget<QPushButton>("startButton")->click();
-        ASSERT_TRUE(delegate().progressSheet()->isVisible())
-            << alerts().join(QStringLiteral("; ")).toStdString();
-        QTRY_VERIFY_WITH_TIMEOUT(
-            delegate().progressSheet()->toolRunsStarted() >= 1 && ready(), kRunTimeoutMs);
-        for (QTimer* timer : delegate().progressSheet()->findChildren<QTimer*>()) {
-            if (timer->isActive() && timer->interval() == 100)
-                m_animation = timer;
-        }
-        ASSERT_NE(m_animation, nullptr) << "no 0.1 s animation timer running";
-        delegate().progressSheet()->findChild<QPushButton*>(QStringLiteral("abortButton"))->click();
-        EXPECT_FALSE(delegate().progressSheet()->isVisible());
-    }
-
-    QTimer* m_animation = nullptr;
 };
 
-TEST_F(WindowRunTest, AFullRunCompletesClosesTheSheetAndDeletesTheInterimFiles)
+TEST_F(WindowRunTest, AFullRunDeletesItsInterimFilesAndShowsEveryOutputInTheResults)
 {
-    // Slow enough tool runs for the animation to tick.
-    BatchEnvGuard delay("QUILLON_STANDIN_DELAY_MS", "150");
-    buildChain(2);
-    prepareRunWithoutInput(QStringLiteral("3"));
+    BatchEnvGuard delay("QUILLON_STANDIN_DELAY_MS", "150"); // time for the animation to tick
+    prepareRun(2, QStringLiteral("3"), QStringLiteral("res"));
     box("toollogCB")->click();
-
     QSignalSpy finished(delegate().batchController(), &BatchController::runFinished);
-    widget<QPushButton>("startButton")->click();
+    click("startButton");
     EXPECT_TRUE(alerts().isEmpty()) << alerts().join(QStringLiteral("; ")).toStdString();
-    EXPECT_TRUE(delegate().progressSheet()->isVisible());
-    EXPECT_EQ(delegate().progressSheet()->windowModality(), Qt::WindowModal);
+    EXPECT_TRUE(sheet()->isVisible());
+    EXPECT_EQ(sheet()->windowModality(), Qt::WindowModal);
     // The first step once without input, the second once per frame.
-    EXPECT_EQ(delegate().progressSheet()->toolRunsPlanned(), 4);
+    EXPECT_EQ(sheet()->toolRunsPlanned(), 4);
 
-    QTRY_COMPARE_WITH_TIMEOUT(finished.count(), 1, kRunTimeoutMs);
+    ASSERT_TRUE(waitFor([&] { return finished.count() == 1; }));
     EXPECT_FALSE(finished.first().first().toBool());
-    EXPECT_FALSE(delegate().progressSheet()->isVisible());
-    EXPECT_EQ(delegate().progressSheet()->toolRunsStarted(), 4);
-    EXPECT_EQ(delegate().progressSheet()->stepsStarted(), 2);
-    EXPECT_EQ(delegate().window()->statusBar()->currentMessage(), QStringLiteral("Run finished."));
-
-    EXPECT_TRUE(taskFilesLeft().isEmpty()) << taskFilesLeft().join(QLatin1Char(' ')).toStdString();
-    const QStringList images = QDir(outputDir()).entryList({ QStringLiteral("*.png") }, QDir::Files);
+    EXPECT_FALSE(sheet()->isVisible());
+    EXPECT_EQ(sheet()->toolRunsStarted(), 4);
+    EXPECT_EQ(sheet()->stepsStarted(), 2);
+    EXPECT_EQ(status(), QStringLiteral("Run finished."));
+    expectNoTaskFilesLeft();
     // Only the last step's images stay; the first step's were its inputs.
-    EXPECT_EQ(images.size(), 3) << images.join(QLatin1Char(' ')).toStdString();
-
+    EXPECT_EQ(batchDirectoryNames(outputDir()),
+        (QStringList { "qlrn_logfile.txt", "res-1.png", "res-2.png", "res-3.png" }));
     QFile log(QDir(outputDir()).filePath(QStringLiteral("qlrn_logfile.txt")));
     ASSERT_TRUE(log.open(QIODevice::ReadOnly));
     EXPECT_TRUE(log.readAll().startsWith("Quillon log"));
+
+    auto* thumbnail = sheet()->findChild<LatestThumbnail*>(QStringLiteral("prThumbnail"));
+    ASSERT_NE(thumbnail, nullptr);
+    ASSERT_TRUE(waitFor([thumbnail] { return !thumbnail->pixmap().isNull(); }));
+    EXPECT_LE(thumbnail->pixmap().width(), 256);
+
+    ResultsSheet* results = delegate().resultsSheet();
+    EXPECT_EQ(results->objectName(), QStringLiteral("resultsSheet"));
+    EXPECT_TRUE(results->isVisible());
+    auto* view = results->findChild<QListView*>(QStringLiteral("resultsView"));
+    ASSERT_NE(view, nullptr);
+    ASSERT_EQ(view->model()->rowCount(), 3);
+    EXPECT_EQ(view->model()->index(0, 0).data().toString(), QStringLiteral("res-1.png\nwritten"));
+    ASSERT_TRUE(waitFor([results] { return results->model()->decodesFinished() == 3; }));
+    // A double-click opens the output, the button the folder.
+    const QRect second = view->visualRect(view->model()->index(1, 0));
+    QTest::mouseClick(view->viewport(), Qt::LeftButton, {}, second.center());
+    QTest::mouseDClick(view->viewport(), Qt::LeftButton, {}, second.center());
+    results->findChild<QPushButton*>(QStringLiteral("openOutputFolderButton"))->click();
+    EXPECT_EQ(m_openedUrls,
+        QList<QUrl>({ QUrl::fromLocalFile(view->model()->index(1, 0).data(ResultsModel::PathRole).toString()),
+            QUrl::fromLocalFile(outputDir()) }));
 }
 
-TEST_F(WindowRunTest, AToolThatHadToBeKilledIsNamedInTheStatusLine)
-{
-    BatchEnvGuard hang("QUILLON_STANDIN_HANG", "ignore-term");
-    buildChain(1);
-    prepareRunWithoutInput(QStringLiteral("1"));
-    QSignalSpy finished(delegate().batchController(), &BatchController::runFinished);
-    // The tool ignores SIGTERM from before its first line: abort once it shows.
-    const auto* progress = delegate().progressSheet()->findChild<QLabel*>(QStringLiteral("prProgress"));
-    startAndAbort([progress] { return progress->text().contains(QLatin1String("stand-in")); });
-    QTRY_COMPARE_WITH_TIMEOUT(finished.count(), 1, kRunTimeoutMs);
-    EXPECT_EQ(delegate().window()->statusBar()->currentMessage(),
-        QStringLiteral("Run aborted. The render tool did not stop; it was killed."));
-    EXPECT_TRUE(taskFilesLeft().isEmpty()) << taskFilesLeft().join(QLatin1Char(' ')).toStdString();
-}
-
-TEST_F(WindowRunTest, TheAnimationSwingsBackAndForthUntilAnAbortWindsTheRunDown)
+TEST_F(WindowRunTest, TheAnimationSwingsUntilQuittingAsksFirstAndAbortsTheRun)
 {
     // Tool runs long enough for eleven ticks; the abort ends them early.
     BatchEnvGuard delay("QUILLON_STANDIN_DELAY_MS", "30000");
-    buildChain(1);
-    prepareRunWithoutInput(QStringLiteral("2"));
-    QSignalSpy frames(delegate().progressSheet(), &ProgressSheet::animationFrameShown);
+    prepareRun(1, QStringLiteral("2"), QStringLiteral("win"));
+    QSignalSpy frames(sheet(), &ProgressSheet::animationFrameShown);
     QSignalSpy finished(delegate().batchController(), &BatchController::runFinished);
-    startAndAbort([&frames] { return frames.count() >= 11; });
-
+    startUntil([&frames] { return frames.count() >= 11; });
+    QTimer* animation = nullptr;
+    for (QTimer* timer : sheet()->findChildren<QTimer*>())
+        animation = timer->isActive() && timer->interval() == 100 ? timer : animation;
+    ASSERT_NE(animation, nullptr) << "no 0.1 s animation timer running";
     QList<int> shown;
     for (int i = 0; i < 11; ++i)
         shown.append(frames.at(i).first().toInt());
     EXPECT_EQ(shown, (QList<int> { 0, 1, 2, 3, 4, 5, 4, 3, 2, 1, 0 }));
 
-    QTRY_COMPARE_WITH_TIMEOUT(finished.count(), 1, kRunTimeoutMs);
-    EXPECT_TRUE(finished.first().first().toBool());
-    EXPECT_FALSE(delegate().batchController()->isRunning());
-    EXPECT_FALSE(m_animation->isActive());
-    EXPECT_TRUE(taskFilesLeft().isEmpty()) << taskFilesLeft().join(QLatin1Char(' ')).toStdString();
-}
-
-TEST_F(WindowRunTest, QuittingDuringARunAsksFirstAndAbortsTheRun)
-{
-    BatchEnvGuard delay("QUILLON_STANDIN_DELAY_MS", "30000");
-    buildChain(1);
-    prepareRunWithoutInput(QStringLiteral("2"));
-    QSignalSpy finished(delegate().batchController(), &BatchController::runFinished);
-    widget<QPushButton>("startButton")->click();
-    QTRY_VERIFY_WITH_TIMEOUT(delegate().progressSheet()->toolRunsStarted() >= 1, kRunTimeoutMs);
-
     EXPECT_FALSE(delegate().window()->close()); // answered No
     EXPECT_TRUE(delegate().batchController()->isRunning());
     MessageBoxes::instance().setNextAnswer(true);
     EXPECT_TRUE(delegate().window()->close());
-    QTRY_COMPARE_WITH_TIMEOUT(finished.count(), 1, kRunTimeoutMs);
+    ASSERT_TRUE(waitFor([&] { return finished.count() == 1; }));
     EXPECT_TRUE(finished.first().first().toBool());
+    EXPECT_FALSE(delegate().batchController()->isRunning());
+    EXPECT_FALSE(animation->isActive());
+    expectNoTaskFilesLeft();
 }
 
 TEST_F(WindowRunTest, ImagesAreCountedAsTheyComeAndExistingOutputsAreAskedAbout)
 {
     BatchEnvGuard delay("QUILLON_STANDIN_DELAY_MS", "400");
-    buildChain(1);
-    prepareRunWithoutInput(QStringLiteral("3"));
+    prepareRun(1, QStringLiteral("3"), QStringLiteral("win"));
     QSignalSpy finished(delegate().batchController(), &BatchController::runFinished);
-    ProgressSheet* sheet = delegate().progressSheet();
 
     // The plan first: three outputs, nothing written.
     delegate().window()->findChild<QAction*>(QStringLiteral("actionPreviewRun"))->trigger();
@@ -203,26 +152,49 @@ TEST_F(WindowRunTest, ImagesAreCountedAsTheyComeAndExistingOutputsAreAskedAbout)
     EXPECT_TRUE(QDir(outputDir()).isEmpty());
 
     // One tool run renders all three frames; the bar counts each image.
-    widget<QPushButton>("startButton")->click();
-    QTRY_VERIFY_WITH_TIMEOUT(sheet->imagesShown() >= 1 && finished.isEmpty(), kRunTimeoutMs);
-    EXPECT_EQ(sheet->toolRunsStarted(), 1);
-    QTRY_COMPARE_WITH_TIMEOUT(finished.count(), 1, kRunTimeoutMs);
-    EXPECT_EQ(sheet->imagesShown(), 3);
+    startUntil([&] { return sheet()->imagesShown() >= 1 && finished.isEmpty(); });
+    EXPECT_EQ(sheet()->toolRunsStarted(), 1);
+    ASSERT_TRUE(waitFor([&] { return finished.count() == 1; }));
+    EXPECT_EQ(sheet()->imagesShown(), 3);
     ASSERT_FALSE(alerts().isEmpty());
     EXPECT_TRUE(alerts().last().startsWith(QStringLiteral("3 written, 0 missing, 0 not run")))
         << alerts().last().toStdString();
 
     // The outputs exist now: Cancel starts nothing, Skip renders nothing.
     MessageBoxes::instance().setNextExistingAnswer(ExistingOutputs::Cancel);
-    widget<QPushButton>("startButton")->click();
+    click("startButton");
     EXPECT_TRUE(alerts().last().startsWith(QStringLiteral("3 of the planned outputs exist already")));
-    EXPECT_FALSE(sheet->isVisible());
+    EXPECT_FALSE(sheet()->isVisible());
     MessageBoxes::instance().setNextExistingAnswer(ExistingOutputs::Skip);
-    widget<QPushButton>("startButton")->click();
-    QTRY_COMPARE_WITH_TIMEOUT(finished.count(), 2, kRunTimeoutMs);
+    click("startButton");
+    ASSERT_TRUE(waitFor([&] { return finished.count() == 2; }));
     EXPECT_TRUE(alerts().last().startsWith(QStringLiteral("0 written, 0 missing, 3 not run")))
         << alerts().last().toStdString();
     MessageBoxes::instance().setNextExistingAnswer(ExistingOutputs::Replace);
+}
+
+TEST_F(WindowRunTest, APreviewShowsFrameOneAndLeavesTheOutputFolderAndTheRecordsAlone)
+{
+    prepareRun(2, QStringLiteral("3"), QStringLiteral("win"));
+    const QList<QMap<QString, QVariant>> before = recordValues(delegate().chain());
+    ChainPreview* preview = delegate().window()->chainPreview();
+    QSignalSpy ended(preview, &ChainPreview::previewFinished);
+    click("previewButton");
+    EXPECT_TRUE(preview->isRunning());
+    ASSERT_TRUE(waitFor([&] { return ended.count() == 1; }));
+    EXPECT_TRUE(ended.first().first().toBool()) << preview->statusLine()->text().toStdString();
+    ASSERT_TRUE(waitFor([this] { return !widget<LatestThumbnail>("previewImage")->pixmap().isNull(); }));
+    EXPECT_TRUE(preview->statusLine()->text().startsWith(QStringLiteral("Frame 1 in ")));
+    EXPECT_TRUE(QDir(outputDir()).isEmpty());
+    EXPECT_TRUE(recordValues(delegate().chain()) == before);
+
+    // A slow one is cancelled.
+    BatchEnvGuard delay("QUILLON_STANDIN_DELAY_MS", "30000");
+    click("previewButton");
+    click("previewCancelButton");
+    ASSERT_TRUE(waitFor([&] { return ended.count() == 2; }));
+    EXPECT_FALSE(ended.last().first().toBool());
+    EXPECT_EQ(preview->statusLine()->text(), QStringLiteral("Preview cancelled."));
 }
 
 } // namespace

@@ -5,19 +5,14 @@
 
 #include "chain/ChainFile.h"
 #include "run/RunSettings.h"
-#include "support/BatchFixtures.h"
 
 #include <QAction>
 #include <QApplication>
-#include <QDir>
 #include <QDropEvent>
-#include <QFile>
 #include <QLabel>
 #include <QMimeData>
-#include <QPushButton>
 #include <QSplitter>
 #include <QStatusBar>
-#include <QTableView>
 
 namespace quillon::test {
 namespace {
@@ -27,31 +22,15 @@ protected:
     void SetUp() override
     {
         SettingsWindowTest::SetUp();
-        ASSERT_TRUE(QDir().mkpath(filtersDir()));
-        for (const QString& name : { QStringLiteral("Blur"), QStringLiteral("Glow"), QStringLiteral("Rust") })
-            writeBatchDefinition(filtersDir(), name + QStringLiteral(".ffxml"), name, QStringLiteral("Ann"));
-        launch();
-    }
-
-    void launch()
-    {
+        writeLibrary({ QStringLiteral("Blur"), QStringLiteral("Glow"), QStringLiteral("Rust") });
         delegate().applicationDidFinishLaunching();
         delegate().window()->show();
         QApplication::setActiveWindow(delegate().window());
     }
 
-    QString filtersDir() const { return m_dir.filePath(QStringLiteral("filters")); }
-
-    void readLibrary()
-    {
-        FileDialogs::instance().setNextFileName(filtersDir());
-        widget<QPushButton>("locateFiltersButton")->click();
-        QTRY_VERIFY_WITH_TIMEOUT(delegate().library() && delegate().library()->size() == 3, 10000);
-    }
-
     QTableView* openSheet()
     {
-        widget<QPushButton>("addFilterButton")->click();
+        click("addFilterButton");
         return widget<QTableView>("addFilterList");
     }
 
@@ -84,7 +63,7 @@ TEST_F(WindowUsabilityTest, AddWaitsForAFiltersDirectoryAndTheSheetSearchesAndAd
     EXPECT_FALSE(add->isEnabled());
     EXPECT_FALSE(add->toolTip().isEmpty()) << "a hint says what is missing";
     EXPECT_FALSE(widget<QLabel>("addFilterHint")->isHidden());
-    readLibrary();
+    readLibrary(3);
     EXPECT_TRUE(add->isEnabled());
     EXPECT_TRUE(widget<QLabel>("addFilterHint")->isHidden());
 
@@ -108,7 +87,7 @@ TEST_F(WindowUsabilityTest, AddWaitsForAFiltersDirectoryAndTheSheetSearchesAndAd
 TEST_F(WindowUsabilityTest, TabLeavesTheTablesAndUnlabelledControlsHaveAccessibleNames)
 {
     // Two filters, the first selected: both tables have a row to move to.
-    readLibrary();
+    readLibrary(3);
     QTableView* sheet = openSheet();
     sheet->selectAll();
     QTest::keyClick(sheet, Qt::Key_Return);
@@ -130,9 +109,9 @@ TEST_F(WindowUsabilityTest, TabLeavesTheTablesAndUnlabelledControlsHaveAccessibl
 
 TEST_F(WindowUsabilityTest, TheWindowFitsA1280By720ScreenAndKeepsItsLayoutAndChain)
 {
-    readLibrary();
+    readLibrary(3);
     openSheet()->selectRow(2);
-    widget<QPushButton>("addBaseFiltersButton")->click();
+    click("addBaseFiltersButton");
     QMainWindow* window = delegate().window();
     // A title bar and a panel take some 60 pixels of the 720.
     EXPECT_LE(window->minimumSizeHint().width(), 1280);
@@ -204,7 +183,7 @@ TEST_F(WindowUsabilityTest, HelpMenuOpensTheGuideAndThePageOrSaysWhatFailed)
         alerts().last().startsWith(QStringLiteral("Quillon ") + QCoreApplication::applicationVersion()));
 
     delegate().window()->statusBar()->showMessage(QStringLiteral("Run finished."));
-    widget<QPushButton>("startButton")->click(); // refused by a check
+    click("startButton"); // refused by a check
     EXPECT_EQ(status(), QString()) << "a run starting clears the last outcome";
 }
 

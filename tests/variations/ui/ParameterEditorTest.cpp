@@ -18,18 +18,16 @@ class ParameterEditorTest : public ::testing::Test {
 protected:
     void SetUp() override
     {
-        const auto add = [this](controlType kind, const QString& name) {
-            RecordPtr row = makeParameterRecord(kind, name.toLower());
-            row->setString(key::CONTROL_NAME, name);
+        for (const auto& [kind, name] :
+            { std::pair(controlType::kTypeSlider, "Glow"), std::pair(controlType::kTypeIntSlider, "Radius"),
+                std::pair(controlType::kTypeAngle, "Angle"),
+                std::pair(controlType::kTypeCheckbox, "Invert") }) {
+            RecordPtr row = makeParameterRecord(kind, QString::fromLatin1(name).toLower());
+            row->setString(key::CONTROL_NAME, QString::fromLatin1(name));
             m_params->push_back(row);
-            return row;
-        };
-        add(controlType::kTypeSlider, QStringLiteral("Glow"));
-        const RecordPtr radius = add(controlType::kTypeIntSlider, QStringLiteral("Radius"));
-        radius->setInteger(key::CONTROL_MAX, 255);
-        radius->setInteger(key::MAXVALUE, 255);
-        add(controlType::kTypeAngle, QStringLiteral("Angle"));
-        add(controlType::kTypeCheckbox, QStringLiteral("Invert"));
+        }
+        (*m_params)[IntRow]->setInteger(key::CONTROL_MAX, 255);
+        (*m_params)[IntRow]->setInteger(key::MAXVALUE, 255);
         m_params->push_back(makeParameterRecord(controlType::kTypeVariations, {}));
         m_editor.setParams(m_params);
     }
@@ -45,11 +43,14 @@ protected:
     const Record& param(int row) const { return *(*m_params)[static_cast<size_t>(row)]; }
     QGroupBox* editor() { return widget<QGroupBox>("filterParamGroup"); }
     QString paramCell(int row, int column) { return m_editor.model()->index(row, column).data().toString(); }
-    void selectRow(int row) { m_editor.table()->selectRow(row); }
-    void setActive(int row, bool on)
+    QString text(const char* field) { return widget<QLineEdit>(field)->text(); }
+    int tab() { return widget<QTabWidget>("filterParamTabView")->currentIndex(); }
+    // Selects the row, active or not.
+    void select(int row, bool active)
     {
         m_editor.model()->setData(
-            m_editor.model()->index(row, 0), on ? Qt::Checked : Qt::Unchecked, Qt::CheckStateRole);
+            m_editor.model()->index(row, 0), active ? Qt::Checked : Qt::Unchecked, Qt::CheckStateRole);
+        m_editor.table()->selectRow(row);
     }
     void typeInto(const char* name, const QString& text)
     {
@@ -63,59 +64,53 @@ protected:
         QAbstractItemModelTester::FailureReportingMode::Fatal };
 };
 
-TEST_F(ParameterEditorTest, TableShowsKindNameModeAndRange)
+TEST_F(ParameterEditorTest, TableShowsActiveKindNameModeAndRange)
 {
-    ASSERT_EQ(widget<QTableView>("filterParamList")->model()->rowCount(), 5);
-    const QStringList expected[] = { { "[Slider] Glow", "[Random] 0 - 1" },
-        { "[IntSlider] Radius", "[Random] 1 - 255" }, { "[Angle] Angle", "[Random] 0 - 360" },
-        { "[Checkbox] Invert", "[Random] 0 - 1" }, { "[Variation] Variations", "[Random] 1 - 30000" } };
-    for (int row = SliderRow; row <= VariationRow; ++row) {
-        EXPECT_EQ(paramCell(row, 1), expected[row][0]);
-        EXPECT_EQ(paramCell(row, 2), expected[row][1]);
-    }
-    const QAbstractItemModel* model = widget<QTableView>("filterParamList")->model();
-    EXPECT_EQ(model->index(SliderRow, 0).data(Qt::CheckStateRole).toInt(), Qt::Unchecked);
-    EXPECT_EQ(model->index(VariationRow, 0).data(Qt::CheckStateRole).toInt(), Qt::Checked);
+    QStringList rows;
+    for (int row = 0; row < widget<QTableView>("filterParamList")->model()->rowCount(); ++row)
+        rows.append(QString::number(m_editor.model()->index(row, 0).data(Qt::CheckStateRole).toInt())
+            + QLatin1Char(' ') + paramCell(row, 1) + QLatin1Char(' ') + paramCell(row, 2));
+    EXPECT_EQ(rows,
+        (QStringList { "0 [Slider] Glow [Random] 0 - 1", "0 [IntSlider] Radius [Random] 1 - 255",
+            "0 [Angle] Angle [Random] 0 - 360", "0 [Checkbox] Invert [Random] 0 - 1",
+            "2 [Variation] Variations [Random] 1 - 30000" }));
 }
 
 TEST_F(ParameterEditorTest, EditorShowsOnlyForAnActiveRowAndNamesIt)
 {
-    selectRow(AngleRow);
+    m_editor.table()->selectRow(AngleRow);
     EXPECT_TRUE(editor()->isHidden());
-    setActive(AngleRow, true);
+    select(AngleRow, true);
     EXPECT_FALSE(editor()->isHidden());
     EXPECT_EQ(param(AngleRow).integer(key::ACTIVE), 1);
     EXPECT_EQ(editor()->title(), "Variation of Angle over the frames");
-    EXPECT_EQ(widget<QTabWidget>("filterParamTabView")->currentIndex(), 2);
-    EXPECT_EQ(widget<QLineEdit>("fpFloatSliderFromField")->text(), "0.0");
-    EXPECT_EQ(widget<QLineEdit>("fpFloatSliderToField")->text(), "360.0");
-    setActive(AngleRow, false);
+    EXPECT_EQ(tab(), 2);
+    EXPECT_EQ(text("fpFloatSliderFromField") + " " + text("fpFloatSliderToField"), "0.0 360.0");
+    select(AngleRow, false);
     EXPECT_TRUE(editor()->isHidden());
 
-    selectRow(VariationRow);
+    m_editor.table()->selectRow(VariationRow);
     EXPECT_FALSE(editor()->isHidden());
     EXPECT_EQ(editor()->title(), "Variation of Variations over the frames");
-    EXPECT_EQ(widget<QTabWidget>("filterParamTabView")->currentIndex(), 3);
-    EXPECT_EQ(widget<QLineEdit>("fpVariationToField")->text(), "30000");
+    EXPECT_EQ(tab(), 3);
+    EXPECT_EQ(text("fpVariationToField"), "30000");
 }
 
 TEST_F(ParameterEditorTest, IntegerSlidersMirrorAndBoundEachOther)
 {
-    setActive(IntRow, true);
-    selectRow(IntRow);
+    select(IntRow, true);
     auto* from = widget<QSlider>("fpIntSliderFromSlider");
     auto* to = widget<QSlider>("fpIntSliderToSlider");
     EXPECT_EQ(from->maximum(), 255);
     EXPECT_EQ(to->minimum(), 1);
 
     from->setValue(40);
-    EXPECT_EQ(widget<QLineEdit>("fpIntSliderFromField")->text(), "40");
+    EXPECT_EQ(text("fpIntSliderFromField"), "40");
     EXPECT_EQ(to->minimum(), 40);
     EXPECT_EQ(param(IntRow).integer(key::MINVALUE), 40);
     EXPECT_EQ(param(IntRow).integer(key::STARTVALUE), 40);
-
     to->setValue(60);
-    EXPECT_EQ(widget<QLineEdit>("fpIntSliderToField")->text(), "60");
+    EXPECT_EQ(text("fpIntSliderToField"), "60");
     EXPECT_EQ(from->maximum(), 60);
     EXPECT_EQ(paramCell(IntRow, 2), "[Random] 40 - 60");
 
@@ -128,46 +123,40 @@ TEST_F(ParameterEditorTest, IntegerSlidersMirrorAndBoundEachOther)
     typeInto("fpIntSliderToField", QStringLiteral("999"));
     EXPECT_EQ(to->value(), 255);
     EXPECT_EQ(param(IntRow).integer(key::MAXVALUE), 255);
-
     widget<QComboBox>("fpIntSliderModePopup")->setCurrentIndex(1);
     EXPECT_EQ(paramCell(IntRow, 2), "[Sweep] 50 - 255");
 }
 
 TEST_F(ParameterEditorTest, RealSlidersWorkInThousandths)
 {
-    setActive(SliderRow, true);
-    selectRow(SliderRow);
-    EXPECT_EQ(widget<QLineEdit>("fpFloatSliderToField")->text(), "1.0");
-
+    select(SliderRow, true);
+    EXPECT_EQ(text("fpFloatSliderToField"), "1.0");
     typeInto("fpFloatSliderFromField", QStringLiteral("0.25"));
     EXPECT_EQ(widget<QSlider>("fpFloatSliderFromSlider")->value(), 250);
     EXPECT_DOUBLE_EQ(param(SliderRow).real(key::MINVALUE), 0.25);
     EXPECT_TRUE(param(SliderRow).holdsReal(key::MINVALUE));
-
     widget<QSlider>("fpFloatSliderToSlider")->setValue(500);
-    EXPECT_EQ(widget<QLineEdit>("fpFloatSliderToField")->text(), "0.5");
+    EXPECT_EQ(text("fpFloatSliderToField"), "0.5");
     EXPECT_EQ(widget<QSlider>("fpFloatSliderFromSlider")->maximum(), 500);
     EXPECT_EQ(paramCell(SliderRow, 2), "[Random] 0.25 - 0.5");
 
-    setActive(AngleRow, true);
-    selectRow(AngleRow);
+    select(AngleRow, true);
     widget<QSlider>("fpFloatSliderToSlider")->setValue(359999);
-    EXPECT_EQ(widget<QLineEdit>("fpFloatSliderToField")->text(), "359.999");
+    EXPECT_EQ(text("fpFloatSliderToField"), "359.999");
     EXPECT_EQ(paramCell(AngleRow, 2), "[Random] 0 - 360");
 }
 
-TEST_F(ParameterEditorTest, ModeChanges)
+TEST_F(ParameterEditorTest, ModeChangesRestartAtFrom)
 {
-    setActive(CheckRow, true);
-    selectRow(CheckRow);
-    EXPECT_EQ(widget<QTabWidget>("filterParamTabView")->currentIndex(), 0);
+    select(CheckRow, true);
+    EXPECT_EQ(tab(), 0);
     widget<QComboBox>("fpCheckboxModePopup")->setCurrentIndex(1);
     EXPECT_EQ(paramCell(CheckRow, 2), "[Toggle] 0 - 1");
     EXPECT_EQ(param(CheckRow).integer(key::STARTVALUE), 0);
     EXPECT_EQ(param(CheckRow).integer(key::POPSTATE), 1);
 
     // A new mode restarts at From, though a run has advanced the value.
-    selectRow(VariationRow);
+    m_editor.table()->selectRow(VariationRow);
     widget<QSlider>("fpVariationFromSlider")->setValue(10);
     (*m_params)[VariationRow]->setInteger(key::STARTVALUE, 14);
     widget<QComboBox>("fpVariationModePopup")->setCurrentIndex(1);

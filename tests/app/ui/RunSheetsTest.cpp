@@ -1,11 +1,17 @@
+// The progress and results sheets on their own, fed as a run feeds them.
+
 #include "app/ui/ProgressSheet.h"
+#include "app/ui/ResultsSheet.h"
 #include "app/ui/WindowBatchDisplay.h"
 
+#include <QAbstractItemModelTester>
 #include <QLabel>
 #include <QMainWindow>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
 #include <gtest/gtest.h>
 
 namespace quillon {
@@ -15,18 +21,27 @@ TEST(ProgressSheetTest, PlannedToolRunsFollowTheChain)
 {
     // The first step runs once per input (or once without); every later step
     // once per image the step before rendered.
-    EXPECT_EQ(ProgressSheet::plannedToolRuns(0, 1, 10), 1);
-    EXPECT_EQ(ProgressSheet::plannedToolRuns(4, 1, 10), 4);
-    EXPECT_EQ(ProgressSheet::plannedToolRuns(0, 2, 3), 1 + 3);
-    EXPECT_EQ(ProgressSheet::plannedToolRuns(2, 3, 5), 2 + 2 * 10);
-    EXPECT_EQ(ProgressSheet::plannedToolRuns(1, 2, 0), 2);
-    EXPECT_EQ(ProgressSheet::plannedToolRuns(3, 0, 10), 0);
+    const struct {
+        int inputs, steps, frames, runs;
+    } cases[] = { { 0, 1, 10, 1 }, { 4, 1, 10, 4 }, { 0, 2, 3, 1 + 3 }, { 2, 3, 5, 2 + 2 * 10 },
+        { 1, 2, 0, 2 }, { 3, 0, 10, 0 } };
+    for (const auto& c : cases)
+        EXPECT_EQ(ProgressSheet::plannedToolRuns(c.inputs, c.steps, c.frames), c.runs) << c.inputs << c.steps;
 }
 
 class ProgressSheetWindowTest : public ::testing::Test {
 protected:
     QLabel* label(const char* name) const { return m_sheet->findChild<QLabel*>(QString::fromLatin1(name)); }
     QProgressBar* bar() const { return m_sheet->findChild<QProgressBar*>(QStringLiteral("prRunProgress")); }
+    // Filter, author, source, tool output and step as shown.
+    QStringList shown() const
+    {
+        QStringList texts;
+        for (const char* name :
+            { "psFilterField", "prAuthorField", "prSourceField", "prProgress", "prStepField" })
+            texts.append(label(name)->text());
+        return texts;
+    }
 
     QMainWindow m_window;
     ProgressSheet* m_sheet = new ProgressSheet(&m_window);
@@ -46,11 +61,8 @@ TEST_F(ProgressSheetWindowTest, ShowsReportsAndCountsToolRunsAgainstThePlan)
     m_sheet->showFilterInfo(QStringLiteral("Soft Glow"), QStringLiteral("Quillon Samples"));
     m_sheet->showSourceInfo(QStringLiteral("<no source>"));
     m_sheet->showRenderInfo(QStringLiteral("rendering 1 of 3"));
-    EXPECT_EQ(label("psFilterField")->text(), QStringLiteral("Soft Glow"));
-    EXPECT_EQ(label("prAuthorField")->text(), QStringLiteral("Quillon Samples"));
-    EXPECT_EQ(label("prSourceField")->text(), QStringLiteral("<no source>"));
-    EXPECT_EQ(label("prProgress")->text(), QStringLiteral("rendering 1 of 3"));
-    EXPECT_EQ(label("prStepField")->text(), QStringLiteral("1 of 3"));
+    EXPECT_EQ(shown(),
+        (QStringList { "Soft Glow", "Quillon Samples", "<no source>", "rendering 1 of 3", "1 of 3" }));
     EXPECT_EQ(bar()->value(), 0); // the first run is still going
 
     m_sheet->showFilterInfo(QStringLiteral("Vignette"), QStringLiteral("Quillon Samples"));
@@ -65,17 +77,12 @@ TEST_F(ProgressSheetWindowTest, ShowsReportsAndCountsToolRunsAgainstThePlan)
     m_sheet->endRun(); // a second end is harmless
     EXPECT_EQ(label("psFilterField")->text(), QStringLiteral("Vignette"));
 
-    // A new run counts from the first filter again.
+    // A new run counts from the first filter again; more runs than planned
+    // stretch the bar.
     m_sheet->beginRun(1);
     EXPECT_EQ(m_sheet->stepsStarted(), 0);
     m_sheet->showFilterInfo(QStringLiteral("Stone Wall"), QStringLiteral("Quillon Samples"));
     EXPECT_EQ(label("prStepField")->text(), QStringLiteral("1 of 3"));
-    m_sheet->endRun();
-}
-
-TEST_F(ProgressSheetWindowTest, MoreRunsThanPlannedStretchTheBar)
-{
-    m_sheet->beginRun(1);
     for (int i = 0; i < 3; ++i)
         m_sheet->showSourceInfo(QStringLiteral("x"));
     EXPECT_EQ(bar()->maximum(), 3);
@@ -107,14 +114,12 @@ TEST_F(ProgressSheetWindowTest, AbortButtonAndEscapeBothAskForAnAbort)
 
 TEST(ProgressTail, ShortOutputIsShownWholeAndLongOutputByItsLastLines)
 {
-    EXPECT_EQ(WindowBatchDisplay::tailForDisplay(QStringLiteral("Rendering task 1/2")),
-        QStringLiteral("Rendering task 1/2"));
-    EXPECT_EQ(WindowBatchDisplay::tailForDisplay(QStringLiteral("a\nb\nc\nd")), QStringLiteral("a\nb\nc\nd"));
-    EXPECT_EQ(
-        WindowBatchDisplay::tailForDisplay(QStringLiteral("a\nb\nc\nd\ne\nf")), QStringLiteral("c\nd\ne\nf"));
     const QString longLine = QString(2000, QLatin1Char('x')) + QStringLiteral("end");
-    EXPECT_EQ(
-        WindowBatchDisplay::tailForDisplay(longLine), longLine.right(WindowBatchDisplay::kShownCharacters));
+    const std::pair<QString, QString> cases[] = { { "Rendering task 1/2", "Rendering task 1/2" },
+        { "a\nb\nc\nd", "a\nb\nc\nd" }, { "a\nb\nc\nd\ne\nf", "c\nd\ne\nf" },
+        { longLine, longLine.right(WindowBatchDisplay::kShownCharacters) } };
+    for (const auto& [output, tail] : cases)
+        EXPECT_EQ(WindowBatchDisplay::tailForDisplay(output), tail);
     // A character outside the BMP is never cut in half.
     QString pairs;
     for (int i = 0; i < 1000; ++i)
@@ -125,6 +130,50 @@ TEST(ProgressTail, ShortOutputIsShownWholeAndLongOutputByItsLastLines)
     EXPECT_FALSE(shownPairs.at(0).isLowSurrogate());
     EXPECT_EQ(shownPairs.size(), WindowBatchDisplay::kShownCharacters - 1);
     EXPECT_TRUE(pairs.endsWith(shownPairs));
+}
+
+TEST(WindowBatchDisplayTest, HowARunEndedGoesToTheStatusLineWithWhatCameAfterAnAbort)
+{
+    QMainWindow window;
+    QStringList status;
+    WindowBatchDisplay display(
+        new ProgressSheet(&window), {}, [&status](const QString& s) { status.append(s); });
+    display.beginProgressSheet();
+    display.showRenderInfo(QStringLiteral("Rendering task 1/1"));
+    display.runFinished(false);
+    // Abort closes the sheet; the last line reported while the run winds
+    // down (a tool that had to be killed) is added, for that run only.
+    display.beginProgressSheet();
+    display.endProgressSheet();
+    display.showRenderInfo(
+        QStringLiteral("Rendering task 1/2\nThe render tool did not stop; it was killed.\n"));
+    display.runFinished(true);
+    display.beginProgressSheet();
+    display.endProgressSheet();
+    display.runFinished(true);
+    EXPECT_EQ(status,
+        (QStringList {
+            "Run finished.", "Run aborted. The render tool did not stop; it was killed.", "Run aborted." }));
+}
+
+TEST(ResultsSheetTest, ThousandsOfOutputsDecodeOnlyWhatIsShownAndMissingOnesSaySo)
+{
+    QTemporaryDir dir;
+    ResultsSheet sheet;
+    QAbstractItemModelTester tester(sheet.model());
+    QList<ResultItem> items;
+    for (int i = 0; i < 5000; ++i)
+        items.append({ dir.filePath(QStringLiteral("gone-%1.png").arg(i)), OutputStatus::Written });
+    items[1].status = OutputStatus::Missing;
+    items[2].status = OutputStatus::NotRun;
+    sheet.showResults(QStringLiteral("summary"), dir.path(), items);
+    const auto text = [&sheet](int row) { return sheet.model()->index(row).data().toString(); };
+    EXPECT_EQ(text(1), QStringLiteral("gone-1.png\nmissing"));
+    EXPECT_EQ(text(2), QStringLiteral("gone-2.png\nnot run"));
+    // The first decode finds the file gone.
+    EXPECT_TRUE(
+        QTest::qWaitFor([&] { return text(0) == QStringLiteral("gone-0.png\nwritten, missing"); }, 60000));
+    EXPECT_LT(sheet.model()->decodesRequested(), 200);
 }
 
 } // namespace
