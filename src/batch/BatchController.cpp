@@ -172,31 +172,32 @@ bool BatchController::checkInputs(QString* error)
     m_settings.outputPath = absolutePath(m_settings.outputPath);
     m_settings.sourcePath = absolutePath(m_settings.sourcePath);
     m_canonicalOutputDir = QFileInfo(m_settings.outputPath).canonicalFilePath();
+    // The whole run, computed before anything of it is written. Listing a
+    // folder of tens of thousands of inputs, planning their outputs and
+    // looking at each final output take a while, so they run aside, on
+    // copies of the records.
+    StartPlan start;
     if (m_part) {
         // A part of a bundled run: its inputs and plan are those the bundle
         // fixed.
-        m_inputs.clear();
         for (const PlannedToolRun& run : std::as_const(m_part->plan->toolRuns)) {
             if (run.step == 0 && !run.input.isEmpty())
-                m_inputs.append(run.input);
+                start.inputs.append(run.input);
         }
-        m_plan = m_part->plan;
-        m_settings.seed = m_plan->seed;
-        const QString refusal = planRefusal(*m_plan);
-        return refusal.isEmpty() || failCheck(refusal, error);
+        start.plan = m_part->plan;
+        m_settings.seed = start.plan->seed;
+        checkStartPlan(start);
+    } else {
+        if (!m_settings.seed)
+            m_settings.seed = std::random_device()() | (quint64(std::random_device()()) << 32);
+        runAside([&start, chain = copyChain(m_chain), settings = m_settings, givenSource] {
+            start = planStart(chain, settings, givenSource);
+        });
     }
-    if (!m_settings.seed)
-        m_settings.seed = std::random_device()() | (quint64(std::random_device()()) << 32);
-
-    // The whole run, computed before anything of it is written. Listing a
-    // folder of tens of thousands of inputs and planning their outputs take
-    // a while, so both run aside, on copies of the records.
-    StartPlan start;
-    runAside([&start, chain = copyChain(m_chain), settings = m_settings, givenSource] {
-        start = planStart(chain, settings, givenSource);
-    });
     m_inputs = std::move(start.inputs);
     m_plan = std::move(start.plan);
+    m_existingFinals = std::move(start.existingFinals);
+    m_finalBefore = std::move(start.finalsBefore);
     if (!start.refusal.isEmpty())
         return failCheck(start.refusal, error);
     return true;
@@ -277,7 +278,7 @@ bool BatchController::startBatchWithSender(
         if (m_display && !m_display->confirmWarning(warning))
             return failCheck(QString(), error, false);
     }
-    if (const QStringList existing = existingFinalOutputs(*m_plan); !existing.isEmpty()) {
+    if (const QStringList existing = std::exchange(m_existingFinals, {}); !existing.isEmpty()) {
         switch (m_display ? m_display->askExistingOutputs(existing) : ExistingOutputs::Replace) {
         case ExistingOutputs::Cancel:
             return failCheck(QStringLiteral("%1 of the planned outputs exist already: %2")
@@ -292,9 +293,6 @@ bool BatchController::startBatchWithSender(
         }
     }
 
-    m_finalBefore.clear();
-    for (const QString& path : m_plan->finalOutputs())
-        m_finalBefore.insert(path, regularFileIdentity(path));
     m_imagesDone = 0;
     m_imagesPlanned = 0;
     for (const PlannedToolRun& run : std::as_const(m_plan->toolRuns)) {

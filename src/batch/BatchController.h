@@ -206,6 +206,7 @@ private:
     QStringList m_inputs; // collected at Start, handed to the first step
     std::shared_ptr<RunPlan> m_plan;
     QHash<QString, FileIdentity> m_finalBefore; // planned final outputs at Start
+    QStringList m_existingFinals; // those of them that exist already
     QList<ToolRunOutcome> m_toolRunOutcomes; // by plan position; under m_outcomeMutex
     mutable QMutex m_outcomeMutex;
     QElapsedTimer m_clock;

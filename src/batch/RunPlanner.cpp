@@ -133,8 +133,18 @@ StartPlan planStart(const RecordList& chain, const RunSettings& settings, const 
         start.inputs = std::move(listing.paths);
     }
     start.plan = std::make_shared<RunPlan>(planRun(chain, settings, start.inputs, settings.seed.value_or(0)));
-    start.refusal = planRefusal(*start.plan);
+    checkStartPlan(start);
     return start;
+}
+
+void checkStartPlan(StartPlan& start)
+{
+    start.refusal = planRefusal(*start.plan);
+    if (!start.refusal.isEmpty())
+        return;
+    start.existingFinals = existingFinalOutputs(*start.plan);
+    for (const QString& path : start.plan->finalOutputs())
+        start.finalsBefore.insert(path, regularFileIdentity(path));
 }
 
 } // namespace quillon

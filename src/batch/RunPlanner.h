@@ -2,6 +2,9 @@
 
 #include "library/Record.h"
 #include "run/RunPlan.h"
+#include "run/SafeFile.h"
+
+#include <QHash>
 
 #include <QString>
 #include <QStringList>
@@ -37,7 +40,12 @@ struct StartPlan {
     QStringList inputs;
     std::shared_ptr<RunPlan> plan;
     QString refusal; // why the run cannot go; empty when it can
+    QStringList existingFinals; // planned final outputs that exist already
+    QHash<QString, FileIdentity> finalsBefore; // every planned final output as it is now
 };
 StartPlan planStart(const RecordList& chain, const RunSettings& settings, const QString& source);
+// The checks of planStart on a plan made elsewhere: fills in the refusal,
+// the existing final outputs and their state.
+void checkStartPlan(StartPlan& start);
 
 } // namespace quillon
