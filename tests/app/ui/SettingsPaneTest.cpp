@@ -32,7 +32,6 @@ protected:
 TEST_F(SettingsPaneTest, FirstLaunchWritesTheFactoryValuesAndShowsThem)
 {
     const auto saved = savedStore();
-    EXPECT_EQ(saved->stringForKey(pref::PREF_RESET), QStringLiteral("YES"));
     for (const PreferenceKey& row : Preferences::table())
         EXPECT_TRUE(!row.resetValue || saved->contains(row.key)) << row.key.toStdString();
     // The start-up pass applied source type and suffix, storing both.
