@@ -12,18 +12,6 @@ CliParseResult parse(const QStringList& flags, CliOptions* options, QString* err
     return parseCliArguments(QStringList { QStringLiteral("quillon-cli") } + flags, options, error);
 }
 
-TEST(CliOptions, FewFlagsGiveTheFactoryDefaultsAndNoInput)
-{
-    CliOptions options;
-    ASSERT_EQ(parse({}, &options), CliParseResult::UsageError);
-    ASSERT_EQ(parse({ "--log" }, &options), CliParseResult::Run);
-    const RunSettings& s = options.settings;
-    EXPECT_EQ(s.inputMode, InputMode::None);
-    EXPECT_EQ(QStringList({ s.outputPrefix, s.format }), QStringList({ "my-export", "JPEG" }));
-    EXPECT_EQ(s.activateMaps, 0);
-    EXPECT_FALSE(s.seed.has_value());
-}
-
 TEST(CliOptions, FlagsFillTheRunSettings)
 {
     CliOptions options;
@@ -72,9 +60,6 @@ TEST(CliOptions, UnusableFlagsAreUsageErrors)
 
 TEST(CliOptions, HelpStatesTheFlagsAndTheDefaultsTheyStartFrom)
 {
-    CliOptions options;
-    EXPECT_EQ(parse({ "--help" }, &options), CliParseResult::Help);
-    EXPECT_EQ(parse({ "--version" }, &options), CliParseResult::Version);
     const RunSettings defaults;
     const QString help = cliHelpText().simplified();
     // The input directory listing takes subdirectories too.

@@ -78,11 +78,6 @@ TEST_F(CliPlan, ThePlanIsCheckedBeforeAnythingIsWritten)
         "inside the input directory");
 }
 
-TEST_F(CliPlan, AToolThatWritesNothingEndsTheRunWithExitThree)
-{
-    expectExit(run(baseFlags(), { { "QUILLON_STANDIN_CRASH", "1" } }), 3, "0 written, 2 missing, 0 not run");
-}
-
 TEST_F(CliPlan, ProgressReportAndQuietOutput)
 {
     const QString report = m_temp.path() + QStringLiteral("/report.json");

@@ -1,7 +1,6 @@
 // quillon-cli as a child process: exit codes, messages, outputs, chain
 // files, several tool processes at once.
 
-#include "chain/ChainFile.h"
 #include "support/CliFixture.h"
 
 #include <QFileInfo>
@@ -34,27 +33,12 @@ TEST_F(CliRun, ACompletedRunLeavesOnlyTheOutputsAndSavesAChainThatRunsAgain)
         result.out.section(QStringLiteral("Source: a.png"), 1).contains(QStringLiteral("Saveres=true")));
     EXPECT_EQ(batchSnapshot(m_in), before);
 
-    const ChainReadResult read = readChainFile(chainPath);
-    ASSERT_EQ(read.status, ChainReadResult::Ok) << read.error.toStdString();
-    ASSERT_EQ(read.chain.size(), 1u);
-    EXPECT_EQ(read.chain.front()->string(key::name), QStringLiteral("Glow"));
-    EXPECT_FALSE(read.chain.front()->boolean(key::UseMaps, true));
     QDir(m_out).removeRecursively();
     QDir().mkpath(m_out);
     const CliResult again = run({ "--chain", chainPath, "--tool", kTool, "--output", m_out, "--format", "PNG",
         "--frames", "1", "--prefix", "c_" });
     EXPECT_EQ(again.exitCode, 0) << again.err.toStdString();
     EXPECT_EQ(batchDirectoryNames(m_out), QStringList { "NX_c_-1.png" });
-}
-
-TEST_F(CliRun, TwoDefinitionsWithoutInputChainTheirOutputs)
-{
-    const QString second = writeDefinition(QStringLiteral("edge.ffxml"), QStringLiteral("Edge"));
-    const CliResult result = run({ "--filter", m_definition, second, "--tool", kTool, "--output", m_out,
-        "--format", "PNG", "--frames", "2", "--prefix", "demo" });
-    EXPECT_EQ(result.exitCode, 0) << result.err.toStdString();
-    EXPECT_EQ(batchDirectoryNames(m_out), (QStringList { "demo-1.png", "demo-2.png" }));
-    EXPECT_TRUE(result.out.contains(QStringLiteral("Source: <no source>")));
 }
 
 TEST_F(CliRun, RefusalsSayWhyWriteNothingAndFollowTheCommandLineConventions)

@@ -7,6 +7,8 @@
 #include "support/NothingLost.h"
 
 #include <QFileInfo>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QTest>
 
 #include <cerrno>
@@ -57,20 +59,6 @@ TEST_F(CliSafety, LinksAtTheRunsFileNamesAreReplacedAndTheirTargetsKept)
         (QStringList { "NX_my-export-1.png", "NX_my-export-2.png", "qlrn_logfile.txt" }));
 }
 
-TEST_F(CliSafety, AUserFileWithAnInterimNameSurvivesACrashingTool)
-{
-    ASSERT_TRUE(writeBatchInputImage(m_in + QStringLiteral("/img1.png")));
-    const QString second = writeDefinition(QStringLiteral("second.ffxml"), QStringLiteral("Second"));
-    const QByteArray userBytes = "not an image, but the user's";
-    QFile user(writeFile(QStringLiteral("out/my-exportimg1_0-1.png"), userBytes));
-    run({ "--filter", m_definition, second, "--tool", kTool, "--output", m_out, "--input", m_in + "/img1.png",
-            "--frames", "1", "--format", "PNG" },
-        { { "QUILLON_STANDIN_CRASH", "1" } });
-    ASSERT_TRUE(user.open(QIODevice::ReadOnly));
-    EXPECT_EQ(user.readAll(), userBytes);
-    EXPECT_EQ(batchDirectoryNames(m_out), QStringList { "my-exportimg1_0-1.png" });
-}
-
 TEST_F(CliSafety, OneRunAtATimePerOutputDirectory)
 {
     const QString gate = m_temp.path() + QStringLiteral("/gate");
@@ -93,7 +81,8 @@ TEST_F(CliSafety, HangupAbortsAndAKilledRunIsCleanedUpByTheNext)
     const QString gate = m_temp.path() + QStringLiteral("/gate");
     const QString journal = m_temp.path() + QStringLiteral("/journal");
     const Env env { { "QUILLON_STANDIN_GATE", gate }, { "QUILLON_STANDIN_JOURNAL", journal } };
-    const QStringList flags = baseFlags() + QStringList { "--frames", "3" };
+    const QString report = m_temp.path() + QStringLiteral("/report.json");
+    const QStringList flags = baseFlags() + QStringList { "--frames", "3", "--report", report };
 
     for (const int signal : { SIGHUP, SIGTERM, SIGQUIT, SIGKILL }) {
         QFile::remove(journal);
@@ -108,6 +97,12 @@ TEST_F(CliSafety, HangupAbortsAndAKilledRunIsCleanedUpByTheNext)
         if (signal != SIGKILL) {
             EXPECT_EQ(result.exitCode, 130) << signal;
             EXPECT_TRUE(batchDirectoryNames(m_out).isEmpty()) << signal;
+            // An abort is not a failed tool run.
+            QFile file(report);
+            ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+            const QJsonObject root = QJsonDocument::fromJson(file.readAll()).object();
+            EXPECT_EQ(root["failedToolRuns"].toInt(), 0) << signal;
+            EXPECT_EQ(root["plan"]["toolRuns"][0]["end"].toString(), QStringLiteral("aborted")) << signal;
         }
     }
     // Only a killed run leaves its task files, and the next run removes them.

@@ -66,20 +66,5 @@ TEST_F(CliToolStatus, EveryToolRunEndIsInTheExitCodeTheReportAndTheClosingLines)
     }
 }
 
-TEST_F(CliToolStatus, AnAbortIsNotAFailedToolRun)
-{
-    const QString report = QDir(m_temp.path()).filePath(QStringLiteral("report.json"));
-    QProcess process;
-    start(process, baseFlags() + QStringList { "--report", report }, { { "QUILLON_STANDIN_HANG", "1" } });
-    readUntil(process, "Quillon stand-in render tool");
-    ::kill(static_cast<pid_t>(process.processId()), SIGTERM);
-    EXPECT_EQ(finish(process).exitCode, 130);
-    QFile file(report);
-    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-    const QJsonObject root = QJsonDocument::fromJson(file.readAll()).object();
-    EXPECT_EQ(root["failedToolRuns"].toInt(), 0);
-    EXPECT_EQ(root["plan"]["toolRuns"][0]["end"].toString(), QStringLiteral("aborted"));
-}
-
 } // namespace
 } // namespace quillon

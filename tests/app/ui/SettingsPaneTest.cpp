@@ -32,7 +32,6 @@ protected:
 TEST_F(SettingsPaneTest, FirstLaunchWritesTheFactoryValuesAndShowsThem)
 {
     const auto saved = savedStore();
-    EXPECT_EQ(saved->stringForKey(pref::PREF_RESET), QStringLiteral("YES"));
     for (const PreferenceKey& row : Preferences::table())
         EXPECT_TRUE(!row.resetValue || saved->contains(row.key)) << row.key.toStdString();
     // The start-up pass applied source type and suffix, storing both.
@@ -92,13 +91,9 @@ TEST_F(SettingsPaneTest, ResetCommandRestoresFactoryValuesButKeepsSourceTypeAndS
                  std::pair(pref::SET_WIDTH, QStringLiteral("77")) })
             configured.setString(key, value);
         configured.setInteger(pref::JPEG_QUALITY, 12);
-        configured.setInteger(pref::PNG_BITDEPTH, 7); // outside the group
         configured.sync();
     }
     relaunch();
-    EXPECT_EQ(shown({ "renderToolPathField", "f_pngBitDepth8RB", "f_pngBitDepth16RB" }),
-        (QStringList { "/opt/tool", "off", "off" }));
-    EXPECT_EQ(delegate().captureRunSettings().pngBitDepth, 7);
 
     QAction* reset = delegate().window()->findChild<QAction*>(QStringLiteral("actionResetPreferences"));
     reset->trigger(); // answered No: nothing changes
@@ -113,8 +108,6 @@ TEST_F(SettingsPaneTest, ResetCommandRestoresFactoryValuesButKeepsSourceTypeAndS
     EXPECT_EQ(shown({ "renderToolPathField", "filtersPathField", "outputDirectoryPathField",
                   "sourceTypePopup", "outputFilenameSuffixPopup", "imageWidthField", "f_jpgQualitySlider" }),
         (QStringList { "", "", "", "1", "2", "600", "80" }));
-    const SettingsPane* pane = delegate().settingsPane();
-    EXPECT_TRUE(pane->toolPath().isEmpty() && pane->filterPath().isEmpty() && pane->outputPath().isEmpty());
     // Without a Filters directory there is nothing to add.
     EXPECT_FALSE(widget<QPushButton>("addFilterButton")->isEnabled());
 }
@@ -127,14 +120,10 @@ TEST_F(SettingsPaneTest, RadioGroupsStoreTheirCodesForTheRun)
         int code;
         int RunSettings::*setting;
     } rows[] = {
-        { "f_tiffBitDepth24RB", pref::TIFF_BITDEPTH, 2, &RunSettings::tiffBitDepth },
         { "f_tiffBitDepth16RB", pref::TIFF_BITDEPTH, 1, &RunSettings::tiffBitDepth },
         { "f_tgaBitDepth32RB", pref::TGA_BITDEPTH, 1, &RunSettings::tgaBitDepth },
-        { "f_tgaBitDepth24RB", pref::TGA_BITDEPTH, 0, &RunSettings::tgaBitDepth },
-        { "f_pngCompressionFastRB", pref::PNG_COMPRESSION, 1, &RunSettings::pngCompression },
         { "f_pngCompressionBestRB", pref::PNG_COMPRESSION, 2, &RunSettings::pngCompression },
         { "f_tiffCompressionLZWRB", pref::TIFF_COMPRESSION, 1, &RunSettings::tiffCompression },
-        { "f_pngBitDepth16RB", pref::PNG_BITDEPTH, 1, &RunSettings::pngBitDepth },
         { "f_pngBitDepth8RB", pref::PNG_BITDEPTH, 0, &RunSettings::pngBitDepth },
     };
     for (const auto& row : rows) {
@@ -192,20 +181,6 @@ TEST_F(SettingsPaneTest, SourceTypeChangesForgetTheInputAndSwitchTheControls)
     EXPECT_EQ(savedStore()->stringForKey(pref::INPUT_MODE), QStringLiteral("IMAGE"));
     EXPECT_FALSE(field("sourcePathField")->isHidden());
     EXPECT_FALSE(field("imageWidthField")->isEnabled());
-}
-
-TEST_F(SettingsPaneTest, LocateCommandsStoreTheChoice)
-{
-    const QString tool = m_dir.filePath(QStringLiteral("render-tool"));
-    locate("locateRenderToolButton", tool);
-    locate("locateRenderToolButton", QString()); // cancelled
-    EXPECT_EQ(delegate().settingsPane()->toolPath(), tool);
-    EXPECT_EQ(savedStore()->stringForKey(pref::TOOL_PATH), tool);
-    locate("locateFiltersButton", m_dir.path());
-    EXPECT_EQ(savedStore()->stringForKey(pref::FILTERS_PATH), m_dir.path());
-    locate("locateOutputButton", m_dir.path());
-    EXPECT_EQ(savedStore()->stringForKey(pref::OUTPUT_DIR), m_dir.path());
-    EXPECT_EQ(field("outputDirectoryPathField")->text(), m_dir.path());
 }
 
 TEST_F(SettingsPaneTest, ExportControlsAreStoredAndReachTheRunSettings)

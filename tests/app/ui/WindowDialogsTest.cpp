@@ -96,8 +96,10 @@ TEST_F(WindowDialogsTest, WhatADialogAcceptsBecomesTheSettingOrTheChainFile)
     EXPECT_EQ(savedStore()->stringForKey(pref::TOOL_PATH), tool);
     // With nothing typed, the directory shown is the choice.
     answerDialog("locateOutputButton", acceptIn(m_dir.path()));
-    EXPECT_EQ(QFileInfo(delegate().settingsPane()->outputPath()).canonicalFilePath(),
-        QFileInfo(m_dir.path()).canonicalFilePath());
+    answerDialog("locateFiltersButton", acceptIn(m_dir.path()));
+    for (const QString& key : { pref::OUTPUT_DIR, pref::FILTERS_PATH })
+        EXPECT_EQ(QFileInfo(savedStore()->stringForKey(key).value_or(QString())).canonicalFilePath(),
+            QFileInfo(m_dir.path()).canonicalFilePath());
 
     // The save dialog adds the extension to the name typed.
     testing::internal::CaptureStdout();

@@ -130,10 +130,6 @@ TEST_F(WindowUsabilityTest, TheWindowFitsA1280By720ScreenAndKeepsItsLayoutAndCha
 
 TEST_F(WindowUsabilityTest, TypedPathsAndDroppedFilesBecomeTheSettingsOrTheChain)
 {
-    typeInto("renderToolPathField", QStringLiteral("/opt/render/tool"));
-    EXPECT_EQ(delegate().settingsPane()->toolPath(), QStringLiteral("/opt/render/tool"));
-    EXPECT_EQ(savedStore()->stringForKey(pref::TOOL_PATH), QStringLiteral("/opt/render/tool"));
-
     const QString image = m_dir.filePath(QStringLiteral("in.png"));
     ASSERT_TRUE(writeBatchInputImage(image));
     EXPECT_TRUE(drop(image));
