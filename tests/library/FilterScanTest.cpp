@@ -135,22 +135,6 @@ TEST(FilterScan, KeepsUsableDefinitionsSortedByCodePoints)
     EXPECT_TRUE(codePointLessThan(QStringLiteral("ab"), QStringLiteral("abc")));
 }
 
-TEST(FilterScan, SampleLibraryLoadsSortedWithEveryFilterUsable)
-{
-    const RecordList library = scanFilterDirectory(kFiltersDir);
-    ASSERT_EQ(names(library),
-        (QStringList { QStringLiteral("Alpha Fade"), QStringLiteral("Blur"), QStringLiteral("Emboss Edges"),
-            QStringLiteral("Oil Paint"), QStringLiteral("Rusty Metal"), QStringLiteral("Soft Glow"),
-            QStringLiteral("Stone Wall"), QStringLiteral("Vignette"), QStringLiteral("Zebra Stripes"),
-            QStringLiteral("blur lite") }));
-    for (const RecordPtr& filter : library) {
-        SCOPED_TRACE(filter->string(key::name).toStdString());
-        ASSERT_TRUE(loadXMLInfoWithFilterdata(filter));
-        EXPECT_EQ(filter->list(key::Components)->back()->type(), controlType::kTypeVariations);
-        EXPECT_GE(presetCount(*filter), 1);
-    }
-}
-
 TEST(FilterFetcher, HandsTheLibraryOverOnceOnTheFetchersThread)
 {
     QThread controllerThread;
