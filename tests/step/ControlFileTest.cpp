@@ -120,11 +120,7 @@ TEST_F(ControlFile, GlobalSettingsFollowTheSwitchesAndChoices)
         s.tgaIncludeTrans = allOn ? -1 : 1;
         pugi::xml_document doc;
         const pugi::xml_node global = makeStep(filter, true, true, 0)->createGlobalSettings(doc);
-        const char* name = allOn ? "global-settings-all-on.txt" : "global-settings-all-off.txt";
-        if (qEnvironmentVariableIsSet("QUILLON_WRITE_GOLDEN"))
-            writeText(QStringLiteral(QUILLON_SOURCE_DIR "/tests/step/golden/") + QLatin1String(name),
-                dumpTree(global).toUtf8());
-        EXPECT_EQ(dumpTree(global), QString::fromUtf8(golden(name)));
+        expectGolden(allOn ? "global-settings-all-on.txt" : "global-settings-all-off.txt", dumpTree(global));
     }
 }
 

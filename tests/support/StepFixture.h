@@ -37,6 +37,15 @@ inline QByteArray golden(const char* name)
     return readText(QStringLiteral(QUILLON_SOURCE_DIR "/tests/step/golden/") + QLatin1String(name));
 }
 
+// Compares `actual` with a listing of tests/step/golden; QUILLON_WRITE_GOLDEN=1
+// rewrites the listing instead (review the diff before committing it).
+inline void expectGolden(const char* name, const QString& actual)
+{
+    if (qEnvironmentVariableIsSet("QUILLON_WRITE_GOLDEN"))
+        writeText(QStringLiteral(QUILLON_SOURCE_DIR "/tests/step/golden/") + QLatin1String(name), actual.toUtf8());
+    EXPECT_EQ(actual, QString::fromUtf8(golden(name)));
+}
+
 // One line per element: indentation, name, then the attributes in document
 // order. Text content is shown as text="...".
 inline QString dumpTree(pugi::xml_node node, int depth = 0)
