@@ -120,9 +120,5 @@ TEST(DetailReader, ReadingAgainGivesFreshComponentsAndResetsThePreset)
     EXPECT_EQ(filter->integer(key::ChoosenPreset), 0);
     // The old list is left as it was, for whoever still holds it.
     EXPECT_EQ(first->front()->integer(key::ACTIVE), 1);
-
-    Record withoutPath;
-    EXPECT_FALSE(loadXMLInfoWithFilterdata(withoutPath));
-    EXPECT_TRUE(withoutPath.isEmpty());
     EXPECT_FALSE(loadXMLInfoWithFilterdata(RecordPtr()));
 }
