@@ -12,7 +12,7 @@
 
 #include <gtest/gtest.h>
 
-#include <functional>
+#include <optional>
 #include <unistd.h>
 
 namespace quillon {
@@ -47,29 +47,20 @@ protected:
     QStringList deletedLines() const { return m_stdout.filter(QStringLiteral("deleted ")); }
 };
 
+// One input through quillon-cli is in CliRun.ACompletedRunLeavesOnlyTheOutputsAndSavesAChainThatRunsAgain.
 TEST_F(BatchRun, OneStepOverTwoInputsDeletesTaskFilesAndKeepsOutputs)
 {
     useInputs(2);
-    const auto before = batchSnapshot(m_in);
     runChain({ "Glow" });
 
     EXPECT_EQ(
         batchDirectoryNames(m_out), (QStringList { "p_a-1.png", "p_a-2.png", "p_b-1.png", "p_b-2.png" }));
-    EXPECT_EQ(m_display.events.first(), QStringLiteral("begin"));
-    EXPECT_EQ(m_display.events.at(1), QStringLiteral("filter:Glow|Quillon Tests"));
     EXPECT_EQ(m_display.sources, (QStringList { "a.png", "b.png" }));
-    EXPECT_EQ(m_display.events.last(), QStringLiteral("finished"));
     // Both tool runs used the same control file path; it is removed once.
     const QString control = QDir(m_out).filePath(QStringLiteral("controlfile.xml"));
     EXPECT_EQ(deletedLines().count(QStringLiteral("deleted ") + control), 1);
-    EXPECT_GE(deletedLines().size(), 2);
-    for (const QString& line : deletedLines())
-        EXPECT_TRUE(isTaskFile(QFileInfo(line.mid(8)).fileName())) << line.toStdString();
     EXPECT_TRUE(m_controller.interimFiles().isEmpty());
-    EXPECT_EQ(batchSnapshot(m_in), before);
-    // The tool's output reached the display and standard output.
-    EXPECT_FALSE(m_display.renderLines.isEmpty());
-    EXPECT_TRUE(m_stdout.contains(m_display.renderLines.first()));
+    EXPECT_TRUE(m_stdout.contains(m_display.renderLines.value(0)));
 }
 
 TEST_F(BatchRun, ThreeStepChainKeepsOnlyTheLastStepsOutputs)
@@ -86,25 +77,6 @@ TEST_F(BatchRun, ThreeStepChainKeepsOnlyTheLastStepsOutputs)
     EXPECT_EQ(m_display.sources,
         (QStringList { "a.png", "p_a_0-1.png", "p_a_0-2.png", "p_p_a-1_1-1.png", "p_p_a-2_1-1.png" }));
     EXPECT_EQ(batchSnapshot(m_in), before);
-}
-
-TEST_F(BatchRun, NoInputUsesThePrefixThenDropsItAfterTheFirstStep)
-{
-    m_settings.inputMode = InputMode::None;
-    m_settings.outputPrefix = QStringLiteral("demo");
-    m_settings.frameCountText = QStringLiteral("3");
-
-    runChain({ "Solo" });
-    EXPECT_EQ(
-        batchDirectoryNames(m_out), (QStringList { "NX_demo-1.png", "NX_demo-2.png", "NX_demo-3.png" }));
-    EXPECT_EQ(m_display.sources, QStringList { "<no source>" });
-
-    QDir(m_out).removeRecursively();
-    QDir().mkpath(m_out);
-    m_display.sources.clear();
-    runChain({ "First", "Second" });
-    EXPECT_EQ(batchDirectoryNames(m_out), (QStringList { "demo-1.png", "demo-2.png", "demo-3.png" }));
-    EXPECT_EQ(m_controller.outputPrefix(), QString());
 }
 
 TEST_F(BatchRun, StartIsRefusedWhileARunOrItsWindDownIsGoing)
@@ -188,8 +160,7 @@ TEST_F(BatchRun, UserFilesAreNeverDeleted)
 
     EXPECT_TRUE(QFileInfo::exists(inside));
     EXPECT_TRUE(QFileInfo::exists(outside));
-    EXPECT_TRUE(taskFilesLeft().isEmpty());
-    EXPECT_TRUE(batchDirectoryNames(m_out).contains(QStringLiteral("p_p_mine-1.png")));
+    EXPECT_EQ(batchDirectoryNames(m_out), (QStringList { "mine.png", "p_p_mine-1.png", "p_p_mine-2.png" }));
 }
 
 TEST_F(BatchRun, MapsAreWrittenIntoTheRecordOfAOneFilterChainOnly)
@@ -224,53 +195,40 @@ TEST_F(BatchRun, EveryFailedCheckShowsItsMessageAndStartsNothing)
 
     struct Case {
         const char* message;
-        std::function<void(RunSettings&)> change;
         bool emptyChain = false;
+        std::optional<QString> tool = {}, output = {};
+        std::optional<InputMode> mode = {};
+        std::optional<QString> source = {}, prefix = {}, frames = {};
     };
-    const std::vector<Case> cases = {
-        { "No filters in the queue", [](RunSettings& s) { s = RunSettings(); }, true },
-        { "No Batchrender tool selected",
-            [](RunSettings& s) { s.toolPath = QStringLiteral("/nonexistent/tool"); } },
-        { "No Batchrender tool selected", [](RunSettings& s) { s.toolPath.clear(); } },
-        { "No output path selected", [](RunSettings& s) { s.outputPath.clear(); } },
-        { "No output path selected", [&](RunSettings& s) { s.outputPath = file; } },
-        { "No output path selected",
-            [&](RunSettings& s) { s.outputPath = m_out + QStringLiteral("/missing"); } },
-        { "Input file does not exist", [](RunSettings& s) { s.inputMode = InputMode::File; } },
-        { "Input file does not exist",
-            [&](RunSettings& s) {
-                s.inputMode = InputMode::File;
-                s.sourcePath = m_in + QStringLiteral("/missing.png");
-            } },
-        { "Input directory does not exist", [](RunSettings& s) { s.inputMode = InputMode::Directory; } },
-        { "Input directory does not exist",
-            [&](RunSettings& s) {
-                s.inputMode = InputMode::Directory;
-                s.sourcePath = file;
-            } },
-        { "Input directory empty",
-            [&](RunSettings& s) {
-                s.inputMode = InputMode::Directory;
-                s.sourcePath = empty;
-            } },
-        { "No filename gives (file prefix when running without input)",
-            [](RunSettings& s) {
-                s.inputMode = InputMode::None;
-                s.outputPrefix.clear();
-            } },
-        { "Number of frames must not be negative",
-            [](RunSettings& s) {
-                s.inputMode = InputMode::None;
-                s.frameCountText = QStringLiteral("-3");
-            } },
+    using enum InputMode;
+    // clang-format off: a row per failed check
+    const Case cases[] = {
+        { .message = "No filters in the queue", .emptyChain = true },
+        { .message = "No Batchrender tool selected", .tool = "/nonexistent/tool" },
+        { .message = "No Batchrender tool selected", .tool = "" },
+        { .message = "No output path selected", .output = "" },
+        { .message = "No output path selected", .output = file },
+        { .message = "No output path selected", .output = m_out + "/missing" },
+        { .message = "Input file does not exist", .mode = File },
+        { .message = "Input file does not exist", .mode = File, .source = m_in + "/missing.png" },
+        { .message = "Input directory does not exist", .mode = Directory },
+        { .message = "Input directory does not exist", .mode = Directory, .source = file },
+        { .message = "Input directory empty", .mode = Directory, .source = empty },
+        { .message = "No filename gives (file prefix when running without input)", .mode = None, .prefix = "" },
+        { .message = "Number of frames must not be negative", .mode = None, .frames = "-3" },
     };
+    // clang-format on
     for (const Case& c : cases) {
-        RunSettings settings = m_settings;
-        c.change(settings);
+        RunSettings s = m_settings;
+        s.toolPath = c.tool.value_or(s.toolPath);
+        s.outputPath = c.output.value_or(s.outputPath);
+        s.inputMode = c.mode.value_or(s.inputMode);
+        s.sourcePath = c.source.value_or(s.sourcePath);
+        s.outputPrefix = c.prefix.value_or(s.outputPrefix);
+        s.frameCountText = c.frames.value_or(s.frameCountText);
         m_display.alerts.clear();
         QString error;
-        EXPECT_FALSE(
-            m_controller.startBatchWithSender(c.emptyChain ? RecordList() : chain, settings, &error));
+        EXPECT_FALSE(m_controller.startBatchWithSender(c.emptyChain ? RecordList() : chain, s, &error));
         EXPECT_EQ(error, QString::fromLatin1(c.message));
         EXPECT_EQ(m_display.alerts, QStringList { QString::fromLatin1(c.message) });
         EXPECT_FALSE(m_controller.isRunning());
@@ -291,14 +249,6 @@ TEST_F(BatchRun, AnUnreadableInputDirectoryCannotBeScanned)
     EXPECT_FALSE(m_controller.startBatchWithSender({ filter(QStringLiteral("Scan")) }, m_settings, &error));
     QFile::setPermissions(m_in, QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
     EXPECT_EQ(error, QStringLiteral("Error scanning input directory"));
-}
-
-TEST_F(BatchRun, AFailedInputCheckLeavesTheLogWithItsTitle)
-{
-    m_settings.toolLog = 1;
-    m_settings.inputMode = InputMode::File;
-    EXPECT_FALSE(m_controller.startBatchWithSender({ filter(QStringLiteral("T")) }, m_settings));
-    EXPECT_EQ(log(), QByteArray("Quillon log"));
 }
 
 // ---- Inputs ---------------------------------------------------------------

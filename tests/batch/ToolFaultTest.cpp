@@ -256,12 +256,6 @@ QStringList namesBeside(const ToolFault& t)
 
 // clang-format off: a row per fault, its fields packed
 const Fault kFaults[] = {
-    { .name = "ACrashingToolEndsItsRunAndTheBatchGoesOn", .inputs = 2, .userFile = true,
-        .env = { { "QUILLON_STANDIN_CRASH", "1" } }, .toolRuns = 2, .left = { "notes.txt" },
-        .check = [](const ToolFault& t) { EXPECT_EQ(t.m_display.sources, (QStringList { "a.png", "b.png" })); } },
-    { .name = "WhatACrashingToolWroteInTheLastStepIsKept", .inputs = 1, .frames = 3,
-        .env = { { "QUILLON_STANDIN_CRASH_AFTER", "2" } }, .toolRuns = 1, .written = 2, .lastWritten = 2,
-        .left = { "p_a-1.png", "p_a-2.png" } },
     // The first step's run has two tasks and dies after the first; each run
     // of the second step has one task and completes it.
     { .name = "ACrashInTheSecondStepKeepsItsOutputsAndDeletesOnlyInterimFiles", .inputs = 1, .userFile = true,

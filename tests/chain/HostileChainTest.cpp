@@ -130,6 +130,9 @@ TEST(HostileChain, WrongTypesEverywhereGiveRecordsThatStillWork)
         const ChainReadResult again = readChainFile(copy);
         ASSERT_EQ(again.status, ChainReadResult::Ok) << again.error.toStdString();
         EXPECT_EQ(again.chain.front()->keys(), filter.keys());
+        // Each kind is written back as its own code.
+        for (std::size_t i = 0; i < params->size(); ++i)
+            EXPECT_EQ(again.chain.front()->list(key::Components)->at(i)->type(), kinds[i]);
     }
 }
 

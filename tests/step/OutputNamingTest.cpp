@@ -5,7 +5,8 @@ using namespace quillon::steptest;
 
 using OutputNaming = StepTest;
 
-// The chain positions of a first and inner step are covered by the control file tests.
+// The names of a first and inner step of a longer chain show in the batch
+// run tests (BatchRun.ThreeStepChainKeepsOnlyTheLastStepsOutputs).
 TEST_F(OutputNaming, PrefixBaseChainPositionAndFrame)
 {
     host.prefix = QStringLiteral("p_");

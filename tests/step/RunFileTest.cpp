@@ -168,24 +168,3 @@ TEST_F(RunFile, CommentsAndInstructionsOfTheDefinitionAreKept)
     EXPECT_EQ(runFile.count("<!-- tuned -->"), 1);
     EXPECT_EQ(countNodes(out(QStringLiteral("bth-run-0.ffxml")), "/Filter/Presets/*"), 1);
 }
-
-TEST(PresetHelpers, MovesEveryChildInOrderAndReportsAMissingPresets)
-{
-    pugi::xml_document doc;
-    ASSERT_TRUE(
-        doc.load_string("<F><Presets><P a=\"1\"><Settings/><Extra x=\"y\"/><Controls/></P></Presets></F>"));
-    pugi::xml_node preset = doc.child("F").child("Presets").child("P");
-    filterProcessObject::setPresetWithPreset(
-        filterProcessObject::makeDefaultPresetFromPreset(preset), doc.child("F"));
-    EXPECT_EQ(dumpTree(doc),
-        QStringLiteral(
-            "F\n  Presets\n    DefaultPreset\n      Settings\n      Extra x=\"y\"\n      Controls\n"));
-
-    ASSERT_TRUE(doc.load_string("<F><Other><P/></Other></F>"));
-    pugi::xml_node wrapped
-        = filterProcessObject::makeDefaultPresetFromPreset(doc.child("F").child("Other").child("P"));
-    testing::internal::CaptureStdout();
-    filterProcessObject::setPresetWithPreset(wrapped, doc.child("F"));
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "Replace preset failed!\n");
-    EXPECT_EQ(dumpTree(doc.child("F")), QStringLiteral("Other\n  P\n"));
-}

@@ -87,19 +87,4 @@ bool BatchRunFixture::waitForIdle()
     return !m_controller.isRunning();
 }
 
-bool BatchRunFixture::isTaskFile(const QString& name)
-{
-    return name == QLatin1String("controlfile.xml") || name.endsWith(QLatin1String(".ffxml"));
-}
-
-QStringList BatchRunFixture::taskFilesLeft() const
-{
-    QStringList left;
-    for (const QString& name : batchDirectoryNames(m_out)) {
-        if (isTaskFile(name))
-            left.append(name);
-    }
-    return left;
-}
-
 } // namespace quillon::test

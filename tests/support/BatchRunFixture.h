@@ -95,10 +95,6 @@ public: // table-driven tests check the run's traces from outside
     // as they arrive. False when it has not completed within 100 s.
     bool waitForIdle();
 
-    static bool isTaskFile(const QString& name);
-    // Task files (control file, run files) still in the output directory.
-    QStringList taskFilesLeft() const;
-
     QTemporaryDir m_temp;
     QString m_out;
     QString m_in;

@@ -3,6 +3,7 @@
 // Shared fixtures of the step tests: a filter definition of our own, the
 // records that go with it, and a readable dump of XML trees.
 
+#include "library/DefinitionReader.h"
 #include "library/Record.h"
 #include "step/FilterProcessObject.h"
 #include "support/StepTestParent.h"
@@ -15,6 +16,7 @@
 #include <pugixml.hpp>
 
 #include <memory>
+
 
 namespace quillon::steptest {
 
@@ -35,6 +37,15 @@ inline QByteArray readText(const QString& path)
 inline QByteArray golden(const char* name)
 {
     return readText(QStringLiteral(QUILLON_SOURCE_DIR "/tests/step/golden/") + QLatin1String(name));
+}
+
+// Compares `actual` with a listing of tests/step/golden; QUILLON_WRITE_GOLDEN=1
+// rewrites the listing instead (review the diff before committing it).
+inline void expectGolden(const char* name, const QString& actual)
+{
+    if (qEnvironmentVariableIsSet("QUILLON_WRITE_GOLDEN"))
+        writeText(QStringLiteral(QUILLON_SOURCE_DIR "/tests/step/golden/") + QLatin1String(name), actual.toUtf8());
+    EXPECT_EQ(actual, QString::fromUtf8(golden(name)));
 }
 
 // One line per element: indentation, name, then the attributes in document
@@ -117,21 +128,10 @@ protected:
         ASSERT_TRUE(QFile::copy(
             QStringLiteral(QUILLON_SOURCE_DIR "/tests/step/golden/stone-glow.ffxml"), definitionPath));
 
-        auto list = std::make_shared<RecordList>();
-        list->push_back(makeParameterRecord(controlType::kTypeSlider, QStringLiteral("glow_amount")));
-        list->push_back(makeParameterRecord(controlType::kTypeIntSlider, QStringLiteral("radius")));
-        list->back()->setInteger(key::MAXVALUE, 255);
-        list->push_back(makeParameterRecord(controlType::kTypeAngle, QStringLiteral("angle")));
-        list->push_back(makeParameterRecord(controlType::kTypeCheckbox, QStringLiteral("invert")));
-        list->push_back(generateVariationsSettings());
-        list->back()->setInteger(key::ACTIVE, 0);
         filter = Record::create();
-        filter->setString(key::name, QStringLiteral("Stone Glow"));
-        filter->setString(key::author, QStringLiteral("Quillon Tests"));
         filter->setString(key::path, definitionPath);
-        filter->setList(key::Components, list);
-        filter->setInteger(key::ChoosenPreset, 0);
-
+        ASSERT_TRUE(loadXMLInfoWithFilterdata(filter));
+        filter->list(key::Components)->back()->setInteger(key::ACTIVE, 0);
         host.settings.format = QStringLiteral("PNG");
         host.settings.nameStyle = FrameStyle::FourDigit;
         host.settings.frameCountText = QStringLiteral("2");
