@@ -8,7 +8,6 @@
 #include <QFileInfo>
 #include <QLoggingCategory>
 
-#include <QEventLoop>
 
 #include <cstdio>
 #include <utility>
@@ -190,15 +189,7 @@ int CliRun::exec(const QStringList& arguments)
             consoleLine(lcPlan(), QStringLiteral("plan: ") + line);
     }
 
-    QEventLoop loop;
-    connect(&controller, &BatchController::runFinished, &loop, &QEventLoop::quit);
-    connect(this, &CliRun::abortRequested, &controller, &BatchController::abortProcessWithSender);
-    if (m_interrupted.load())
-        controller.abortProcessWithSender();
-    if (controller.isRunning())
-        loop.exec();
-
-    display.finishProgress();
+    waitForRun(controller, display);
     if (display.replaced > 0)
         consoleLine(lcFiles(), QStringLiteral("replaced %1 existing files").arg(display.replaced));
     writeError(controller.outcomeLine());
