@@ -123,7 +123,7 @@ TEST_F(WindowRunTest, TheAnimationSwingsUntilQuittingAsksFirstAndAbortsTheRun)
     expectNoTaskFilesLeft();
 }
 
-TEST_F(WindowRunTest, ImagesAreCountedAsTheyComeAndExistingOutputsAreAskedAbout)
+TEST_F(WindowRunTest, ImagesAreCountedAndThePlanChecksAskOrRefuse)
 {
     BatchEnvGuard delay("QUILLON_STANDIN_DELAY_MS", "400");
     prepareRun(1, QStringLiteral("3"), QStringLiteral("win"));
@@ -158,6 +158,25 @@ TEST_F(WindowRunTest, ImagesAreCountedAsTheyComeAndExistingOutputsAreAskedAbout)
     EXPECT_TRUE(alerts().last().startsWith(QStringLiteral("0 written, 0 missing, 3 not run")))
         << alerts().last().toStdString();
     MessageBoxes::instance().setNextExistingAnswer(ExistingOutputs::Replace);
+
+    // A source folder holding the output folder and two images of one name:
+    // refused with the name; with one of them gone, the user is warned that
+    // the outputs would become inputs, and No starts nothing.
+    const QString photos = m_dir.filePath(QStringLiteral("photos"));
+    ASSERT_TRUE(QDir().mkpath(photos + QStringLiteral("/out")));
+    for (const char* name : { "/photo.png", "/photo.jpg" })
+        ASSERT_TRUE(QFile(photos + QLatin1String(name)).open(QIODevice::WriteOnly));
+    locate("locateOutputButton", photos + QStringLiteral("/out"));
+    choose(popup("sourceTypePopup"), 1);
+    typeInto("sourcePathField", photos);
+    click("startButton");
+    EXPECT_TRUE(alerts().last().startsWith(QStringLiteral("Outputs would overwrite each other: ")))
+        << alerts().last().toStdString();
+    ASSERT_TRUE(QFile::remove(photos + QStringLiteral("/photo.jpg")));
+    click("startButton");
+    EXPECT_TRUE(alerts().last().contains(QStringLiteral("inside the input directory"))) << alerts().last().toStdString();
+    EXPECT_FALSE(sheet()->isVisible());
+    EXPECT_EQ(finished.count(), 2);
 }
 
 TEST_F(WindowRunTest, APreviewShowsFrameOneAndLeavesTheOutputFolderAndTheRecordsAlone)
