@@ -89,7 +89,11 @@ TEST_F(CliSafety, HangupAbortsAndAKilledRunIsCleanedUpByTheNext)
         QProcess process;
         start(process, flags, env);
         readUntil(process, kToolStarted);
-        ::kill(static_cast<pid_t>(process.processId()), signal);
+        // A process that has already ended has id 0, and kill(0) would
+        // signal this test's whole process group.
+        const auto pid = static_cast<pid_t>(process.processId());
+        ASSERT_GT(pid, 0) << signal;
+        ::kill(pid, signal);
         const CliResult result = finish(process);
         const qint64 tool = journalEntries(journal, QStringLiteral("pid")).value(0).toLongLong();
         // The tool never outlives the command line, however it ends.
