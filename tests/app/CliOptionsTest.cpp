@@ -58,19 +58,5 @@ TEST(CliOptions, UnusableFlagsAreUsageErrors)
     }
 }
 
-TEST(CliOptions, HelpStatesTheFlagsAndTheDefaultsTheyStartFrom)
-{
-    const RunSettings defaults;
-    const QString help = cliHelpText().simplified();
-    // The input directory listing takes subdirectories too.
-    for (const QString& text : { QStringLiteral("--save-chain"), QStringLiteral("plain (default)"),
-             QStringLiteral("files and subdirectories") })
-        EXPECT_TRUE(help.contains(text)) << text.toStdString();
-    for (const QString& value : { defaults.frameCountText, defaults.widthText, defaults.outputPrefix,
-             defaults.format, defaults.jpegQualityText })
-        EXPECT_TRUE(help.contains(QStringLiteral("(default %1)").arg(value))) << value.toStdString();
-    EXPECT_FALSE(help.contains(QStringLiteral("hidden entries skipped")));
-}
-
 } // namespace
 } // namespace quillon

@@ -6,8 +6,6 @@
 #include "support/NothingLost.h"
 
 #include <QFileInfo>
-#include <QJsonDocument>
-#include <QJsonObject>
 
 namespace quillon {
 namespace {
@@ -90,9 +88,7 @@ TEST_F(CliPlan, ProgressReportAndQuietOutput)
     EXPECT_EQ(plain.exitCode, 0);
     EXPECT_TRUE(plain.out.contains(QStringLiteral("[4/4] 100% "))) << plain.err.toStdString();
     EXPECT_FALSE(plain.out.contains(QLatin1Char('\r')));
-    QFile json(report);
-    ASSERT_TRUE(json.open(QIODevice::ReadOnly));
-    const QJsonObject root = QJsonDocument::fromJson(json.readAll()).object();
+    const QJsonObject root = readJson(report);
     EXPECT_EQ(root.value(QStringLiteral("written")).toInt(), 4);
     EXPECT_EQ(root.value(QStringLiteral("plan")).toObject().value(QStringLiteral("seed")).toString(), "3");
 

@@ -133,14 +133,6 @@ TEST_F(CliRun, ThreeToolSlotsWriteWhatOneWrites)
     for (const char* name : { "a.png", "b.png", "c.png" })
         ASSERT_TRUE(writeBatchInputImage(m_in + QLatin1Char('/') + QLatin1String(name)));
     const QString second = writeDefinition(QStringLiteral("second.ffxml"), QStringLiteral("Second"));
-    // File name -> bytes of every file below `directory`.
-    const auto byName = [](const QString& directory) {
-        QMap<QString, QByteArray> files;
-        const auto snapshot = batchSnapshot(directory);
-        for (auto it = snapshot.cbegin(); it != snapshot.cend(); ++it)
-            files.insert(QFileInfo(it.key()).fileName(), it.value());
-        return files;
-    };
     int dirs = 0;
     for (const QStringList& chain : { QStringList { "--filter", m_definition, second },
              QStringList { "--filter", m_definition, "--maps", "base,alpha,normal" } }) {

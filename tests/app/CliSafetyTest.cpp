@@ -7,8 +7,6 @@
 #include "support/NothingLost.h"
 
 #include <QFileInfo>
-#include <QJsonDocument>
-#include <QJsonObject>
 #include <QTest>
 
 #include <cerrno>
@@ -102,9 +100,7 @@ TEST_F(CliSafety, HangupAbortsAndAKilledRunIsCleanedUpByTheNext)
             EXPECT_EQ(result.exitCode, 130) << signal;
             EXPECT_TRUE(batchDirectoryNames(m_out).isEmpty()) << signal;
             // An abort is not a failed tool run.
-            QFile file(report);
-            ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-            const QJsonObject root = QJsonDocument::fromJson(file.readAll()).object();
+            const QJsonObject root = readJson(report);
             EXPECT_EQ(root["failedToolRuns"].toInt(), 0) << signal;
             EXPECT_EQ(root["plan"]["toolRuns"][0]["end"].toString(), QStringLiteral("aborted")) << signal;
         }

@@ -2,12 +2,7 @@
 
 #include "support/CliFixture.h"
 
-#include <QFile>
 #include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
-
-#include <gtest/gtest.h>
 
 #include <csignal>
 
@@ -54,9 +49,7 @@ TEST_F(CliToolStatus, EveryToolRunEndIsInTheExitCodeTheReportAndTheClosingLines)
         EXPECT_EQ(result.exitCode, c.exitCode) << result.err.toStdString();
         EXPECT_TRUE(result.err.contains(c.closing)) << result.err.toStdString();
 
-        QFile file(report);
-        ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-        const QJsonObject root = QJsonDocument::fromJson(file.readAll()).object();
+        const QJsonObject root = readJson(report);
         const QJsonObject run = root["plan"]["toolRuns"][0].toObject();
         for (auto it = c.toolRun.begin(); it != c.toolRun.end(); ++it)
             EXPECT_EQ(run[it.key()], it.value()) << it.key().toStdString();

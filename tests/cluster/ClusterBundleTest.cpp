@@ -3,9 +3,6 @@
 
 #include "support/ClusterFixture.h"
 
-#include <QJsonDocument>
-#include <QJsonObject>
-
 #include <gtest/gtest.h>
 
 namespace quillon {
@@ -14,12 +11,6 @@ namespace {
 using test::batchDirectoryNames;
 using test::CliResult;
 using ClusterBundle = test::ClusterFixture;
-
-QJsonObject readJson(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? QJsonDocument::fromJson(file.readAll()).object() : QJsonObject();
-}
 
 TEST_F(ClusterBundle, ElementsRunOneByOneWriteWhatALocalRunWrites)
 {

@@ -7,6 +7,9 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QMap>
 #include <QProcess>
 #include <QTemporaryDir>
@@ -106,6 +109,25 @@ protected:
         QFile data(QStringLiteral(QUILLON_SOURCE_DIR "/tests/app/data/") + name);
         EXPECT_TRUE(data.open(QIODevice::ReadOnly)) << name.toStdString();
         return writeFile(name, data.readAll().replace("@DEFINITION@", m_definition.toUtf8()));
+    }
+
+    // The JSON object of a file (a run report, a bundle's description).
+    static QJsonObject readJson(const QString& path)
+    {
+        QFile file(path);
+        return file.open(QIODevice::ReadOnly) ? QJsonDocument::fromJson(file.readAll()).object()
+                                              : QJsonObject();
+    }
+
+    // File name -> bytes of every file below `directory`: outputs and run
+    // files compared apart from their folder.
+    static QMap<QString, QByteArray> byName(const QString& directory)
+    {
+        QMap<QString, QByteArray> files;
+        const auto snapshot = batchSnapshot(directory);
+        for (auto it = snapshot.cbegin(); it != snapshot.cend(); ++it)
+            files.insert(QFileInfo(it.key()).fileName(), it.value());
+        return files;
     }
 
     QTemporaryDir m_temp;

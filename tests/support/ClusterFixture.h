@@ -7,7 +7,6 @@
 #include "support/BatchFixtures.h"
 #include "support/CliFixture.h"
 
-#include <QFileInfo>
 
 namespace quillon::test {
 
@@ -54,17 +53,6 @@ protected:
         const QString path = QDir(m_temp.path()).filePath(name);
         QDir().mkpath(path);
         return path;
-    }
-
-    // File name -> bytes of every file below `directory`: outputs and run
-    // files compared apart from their folder.
-    static QMap<QString, QByteArray> byName(const QString& directory)
-    {
-        QMap<QString, QByteArray> files;
-        const auto snapshot = batchSnapshot(directory);
-        for (auto it = snapshot.cbegin(); it != snapshot.cend(); ++it)
-            files.insert(QFileInfo(it.key()).fileName(), it.value());
-        return files;
     }
 
     // The local run's outputs and run files (local/, keep-local/).
