@@ -28,6 +28,7 @@ namespace {
 
 using test::batchDirectoryNames;
 using test::BatchEnvGuard;
+using test::fileBytes;
 using test::journalEntries;
 
 const QString kKilledMessage = QStringLiteral("The render tool did not stop; it was killed.");
@@ -42,15 +43,9 @@ QByteArray withoutWhiteSpace(QByteArray bytes)
     return bytes;
 }
 
-QByteArray readAll(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
 // What happens to the output directory once the tool has printed its first
 // line; the tool then waits at a gate until the change is done.
-enum class Change { None, Abort, Remove, ReplaceByFile, MakeReadOnly, FillDisk };
+enum class Change { None, Abort, Remove, MakeReadOnly, FillDisk };
 
 class ToolFault;
 
@@ -62,10 +57,9 @@ struct Fault {
     bool userFile = false; // the user's notes.txt lies in the output directory
     std::vector<std::pair<const char*, QByteArray>> env = {}; // for the stand-in tool
     int steps = 1;
-    int imageSide = 16; // width; the height is three quarters of it
     Change atFirstLine = Change::None;
     rlim_t fileSizeLimit = 0; // 0: none
-    qint64 tmpfsBytes = 0; // 0: no mount; otherwise filled before the run unless FillDisk
+    qint64 tmpfsBytes = 0; // 0: no mount; otherwise a tmpfs of that size
     bool aborted = false;
     int toolRuns = -1; // tools the journal saw starting; -1: not checked
     int written = 0; // results the tool wrote over all steps
@@ -73,11 +67,6 @@ struct Fault {
     QStringList left = {}; // the output directory afterwards
     std::function<void(const ToolFault&)> check = {}; // anything else
 };
-
-void PrintTo(const Fault& fault, std::ostream* os)
-{
-    *os << fault.name;
-}
 
 class ToolFault : public test::BatchRunFixture, public ::testing::WithParamInterface<Fault> {
 public: // the table's checks read the run's traces
@@ -88,8 +77,7 @@ public: // the table's checks read the run's traces
         m_gate = QDir(m_temp.path()).filePath(QStringLiteral("gate"));
         m_controller.setStandardOutput([this](const QString& line) {
             // The tool's output is echoed here too; keep only the run's own lines.
-            if (line.startsWith(QLatin1String("deleted "))
-                || line.startsWith(QLatin1String("Error creating logfile ")))
+            if (line.startsWith(QLatin1String("deleted ")))
                 m_stdout.append(line);
         });
         m_settings.seed = 11;
@@ -135,13 +123,6 @@ void ToolFault::changeOutputDirectory(Change change)
     case Change::Remove:
         ASSERT_TRUE(QDir(m_out).removeRecursively());
         break;
-    case Change::ReplaceByFile: {
-        ASSERT_TRUE(QDir(m_out).removeRecursively());
-        QFile file(m_out);
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write("a file of the user's that now has the output directory's name\n");
-        break;
-    }
     case Change::MakeReadOnly:
         // Root is not stopped by permissions; a read-only bind mount stops it.
         if (::geteuid() == 0) {
@@ -166,9 +147,6 @@ void ToolFault::run(const Fault& fault)
         tmpfs.emplace(test::TestMount::tmpfs(m_out, fault.tmpfsBytes));
         if (!tmpfs->active())
             GTEST_SKIP() << "a small tmpfs cannot be mounted here: " << tmpfs->why().toStdString();
-        if (fault.atFirstLine != Change::FillDisk) {
-            ASSERT_FALSE(test::fillFileSystem(m_out, QStringLiteral("filler.bin")).isEmpty());
-        }
     }
     if (fault.atFirstLine == Change::MakeReadOnly && ::geteuid() == 0) {
         if (!test::TestMount::readOnlyBind(m_out).active())
@@ -179,13 +157,12 @@ void ToolFault::run(const Fault& fault)
     else
         m_settings.inputMode = InputMode::None;
     m_settings.frameCountText = QString::number(fault.frames);
-    m_settings.widthText = QString::number(fault.imageSide);
-    m_settings.heightText = QString::number(fault.imageSide * 3 / 4);
+    m_settings.widthText = QStringLiteral("16");
+    m_settings.heightText = QStringLiteral("12");
     m_settings.toolLog = fault.log ? 1 : 0;
     if (fault.userFile) {
-        QFile file(QDir(m_out).filePath(QStringLiteral("notes.txt")));
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write("the user's own notes\n");
+        const QString notes = QDir(m_out).filePath(QStringLiteral("notes.txt"));
+        ASSERT_TRUE(test::writeFileBytes(notes, "the user's own notes\n"));
     }
     const RecordList chain = this->chain(QStringList { "One", "Two" }.mid(0, fault.steps));
     const test::NothingLost guard(m_out, fault.inputs > 0 ? QStringList { m_in } : QStringList());
@@ -233,7 +210,7 @@ void ToolFault::run(const Fault& fault)
             EXPECT_TRUE(m_display.deletionList.contains(path)) << path.toStdString();
         }
     }
-    if (fault.atFirstLine != Change::Remove && fault.atFirstLine != Change::ReplaceByFile) {
+    if (fault.atFirstLine != Change::Remove) {
         EXPECT_EQ(batchDirectoryNames(m_out), fault.left);
     }
     if (fault.check)
@@ -247,11 +224,6 @@ void ToolFault::run(const Fault& fault)
 TEST_P(ToolFault, LosesNothingOfTheUsers)
 {
     run(GetParam());
-}
-
-QStringList namesBeside(const ToolFault& t)
-{
-    return batchDirectoryNames(QFileInfo(t.m_out).absolutePath());
 }
 
 // clang-format off: a row per fault, its fields packed
@@ -273,26 +245,18 @@ const Fault kFaults[] = {
                 EXPECT_FALSE(line.trimmed().isEmpty());
                 EXPECT_FALSE(line.contains(QChar::ReplacementCharacter) || line.contains(QLatin1String("Bad bytes")));
             }
-            const QByteArray log = readAll(t.logPath());
-            EXPECT_TRUE(log == logTitle() + t.m_display.shown);
-            EXPECT_TRUE(QString::fromUtf8(log).toUtf8() == log);
+            const QByteArray log = fileBytes(t.logPath());
+            EXPECT_TRUE(log == logTitle() + t.m_display.shown); // so valid UTF-8 too
         } },
-    // Abort in a flood of output stops the tool at once; the rest of its
-    // gigabyte is never read.
-    { .name = "AbortStopsAToolThatIsFloodingItsOutput", .log = true,
+    // Abort in a flood of output stops the tool at once with SIGTERM (no
+    // kill, no message about one); the rest of its gigabyte is never read.
+    { .name = "AbortStopsAToolThatIsFloodingItsOutput", .log = true, .userFile = true,
         .env = { { "QUILLON_STANDIN_FLOOD_BYTES", QByteArray::number(qint64(1) << 30) } },
-        .atFirstLine = Change::Abort, .aborted = true, .toolRuns = 1, .left = { "qlrn_logfile.txt" },
+        .atFirstLine = Change::Abort, .aborted = true, .toolRuns = 1,
+        .left = { "notes.txt", "qlrn_logfile.txt" },
         .check = [](const ToolFault& t) {
             EXPECT_LT(t.m_display.shown.size(), qint64(1) << 29);
-            EXPECT_TRUE(readAll(t.logPath()) == logTitle() + t.m_display.shown);
-            t.expectTheToolGone();
-        } },
-    // SIGTERM is enough: no kill, no message about one.
-    { .name = "AHangingToolIsStoppedByAbort", .inputs = 2, .userFile = true,
-        .env = { { "QUILLON_STANDIN_HANG", "1" } }, .atFirstLine = Change::Abort, .aborted = true, .toolRuns = 1,
-        .left = { "notes.txt" },
-        .check = [](const ToolFault& t) {
-            EXPECT_EQ(t.m_display.sources, QStringList { "a.png" });
+            EXPECT_TRUE(fileBytes(t.logPath()) == logTitle() + t.m_display.shown);
             t.expectTheToolGone();
         } },
     // Takes the grace period (3 s): the tool ignores SIGTERM, so Abort kills
@@ -314,14 +278,10 @@ const Fault kFaults[] = {
     // recreates the directory.
     { .name = "TheOutputDirectoryDisappears", .inputs = 2, .frames = 1, .atFirstLine = Change::Remove, .toolRuns = 1,
         .check = [](const ToolFault& t) {
-            EXPECT_FALSE(QFileInfo::exists(t.m_out));
             EXPECT_TRUE(t.m_stdout.filter(QStringLiteral("deleted ")).isEmpty());
-            EXPECT_EQ(namesBeside(t), (QStringList { "filters", "gate", "in", "journal.txt" }));
-        } },
-    { .name = "TheOutputDirectoryIsReplacedByAFile", .inputs = 2, .frames = 1, .atFirstLine = Change::ReplaceByFile,
-        .check = [](const ToolFault& t) {
-            EXPECT_TRUE(readAll(t.m_out).startsWith("a file of the user's"));
-            EXPECT_EQ(namesBeside(t), (QStringList { "filters", "gate", "in", "journal.txt", "out" }));
+            // "out" is not among them.
+            EXPECT_EQ(batchDirectoryNames(QFileInfo(t.m_out).absolutePath()),
+                (QStringList { "filters", "gate", "in", "journal.txt" }));
         } },
     // Nothing more can be written there, and nothing removed: the first run's
     // task files stay with the journal that names them for the next run.
@@ -333,29 +293,18 @@ const Fault kFaults[] = {
     // whole (a truncated control file would have been read), none is left.
     { .name = "WhenNoTaskFileFitsNothingIsLeftHalfWritten", .inputs = 1, .log = true, .userFile = true, .steps = 2,
         .fileSizeLimit = 200, .toolRuns = 0, .left = { "notes.txt", "qlrn_logfile.txt" },
-        .check = [](const ToolFault& t) { EXPECT_EQ(readAll(t.logPath()), logTitle()); } },
-    { .name = "WhenTheResultDoesNotFitTheTaskFilesAreStillCleanedUp", .frames = 1, .imageSide = 1024,
-        .fileSizeLimit = 32 * 1024, .toolRuns = 1,
-        .check = [](const ToolFault& t) {
-            EXPECT_EQ(t.m_display.renderLines.filter(QStringLiteral("Error: cannot write")).size(), 1);
-            EXPECT_EQ(t.m_stdout.filter(QStringLiteral("deleted ")).size(), 2);
-        } },
+        .check = [](const ToolFault& t) { EXPECT_EQ(fileBytes(t.logPath()), logTitle()); } },
     // A real full file system: a small tmpfs filled while the first tool run
     // waits, so its result, the second run's task files and the log's further
-    // chunks all meet ENOSPC.
+    // chunks all meet ENOSPC; the first run's task files are still removed.
     { .name = "TheDiskFillsMidRun", .inputs = 2, .frames = 1, .log = true, .userFile = true,
         .atFirstLine = Change::FillDisk, .tmpfsBytes = 256 * 1024, .toolRuns = 1,
         .left = { "filler.bin", "notes.txt", "qlrn_logfile.txt" },
         .check = [](const ToolFault& t) {
             EXPECT_EQ(t.m_display.renderLines.filter(QStringLiteral("Error: cannot write")).size(), 1);
-            const QByteArray log = readAll(t.logPath());
+            const QByteArray log = fileBytes(t.logPath());
             EXPECT_TRUE(log.startsWith(logTitle()));
             EXPECT_TRUE(t.m_display.shown.startsWith(log.mid(logTitle().size())));
-        } },
-    { .name = "AFullDiskAtStartLeavesNoLogAndNoTaskFiles", .log = true, .tmpfsBytes = 128 * 1024, .toolRuns = 0,
-        .left = { "filler.bin" },
-        .check = [](const ToolFault& t) {
-            EXPECT_EQ(t.m_stdout.filter(QStringLiteral("Error creating logfile ")).size(), 1);
         } },
 };
 // clang-format on
@@ -385,7 +334,7 @@ protected:
         guard.expectNothingLost(
             { QDir(m_out).filePath(QStringLiteral("NX_p_-1.png")) }, m_display.deletionList);
         // The log: the title, then every shown chunk's bytes, nothing else.
-        const QByteArray log = readAll(QDir(m_out).filePath(BatchController::kLogFileName));
+        const QByteArray log = fileBytes(QDir(m_out).filePath(BatchController::kLogFileName));
         ASSERT_TRUE(log.startsWith(logTitle()));
         m_body = log.mid(logTitle().size());
         EXPECT_TRUE(m_body == m_display.shown);

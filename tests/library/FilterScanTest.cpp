@@ -1,5 +1,6 @@
 #include "library/FilterScan.h"
 #include "library/DefinitionReader.h"
+#include "support/BatchFixtures.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -22,11 +23,7 @@ const QString kFiltersDir = QStringLiteral(QUILLON_DATA_DIR "/filters");
 
 void writeFile(const QString& root, const QString& relativePath, const QByteArray& content)
 {
-    const QString path = root + QLatin1Char('/') + relativePath;
-    ASSERT_TRUE(QDir().mkpath(QFileInfo(path).absolutePath()));
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    ASSERT_EQ(file.write(content), content.size());
+    ASSERT_TRUE(test::writeFileBytes(root + QLatin1Char('/') + relativePath, content));
 }
 
 QByteArray definitionNamed(const QString& name, const char* root = "Filter")

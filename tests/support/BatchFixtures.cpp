@@ -5,7 +5,10 @@
 #include <QDir>
 #include <QDirIterator>
 #include <QFile>
+#include <QFileInfo>
 #include <QSaveFile>
+
+#include <gtest/gtest.h>
 
 namespace quillon::test {
 
@@ -29,8 +32,7 @@ bool writeBatchInputImage(const QString& path)
     // An 8 x 6 PNG of one blue, written without QtGui so core tests need none.
     const QByteArray png = QByteArray::fromBase64("iVBORw0KGgoAAAANSUhEUgAAAAgAAAAGCAIAAABxZ0isAAAAEUlEQVR42m"
                                                   "PQqDiBFTEMpAQAqjNDgUtm74wAAAAASUVORK5CYII=");
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(png) == png.size();
+    return writeFileBytes(path, png);
 }
 
 RecordPtr batchChainRecord(const QString& definitionPath)
@@ -40,6 +42,31 @@ RecordPtr batchChainRecord(const QString& definitionPath)
         return nullptr;
     record->setString(key::path, definitionPath);
     return loadXMLInfoWithFilterdata(record) ? record : nullptr;
+}
+
+QByteArray fileBytes(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+bool writeFileBytes(const QString& path, const QByteArray& bytes)
+{
+    QFile file(path);
+    return QDir().mkpath(QFileInfo(path).absolutePath()) && file.open(QIODevice::WriteOnly)
+        && file.write(bytes) == bytes.size();
+}
+
+void expectGoldenFile(const QString& name, const QByteArray& actual)
+{
+    const QString path = QStringLiteral(QUILLON_SOURCE_DIR "/tests/") + name;
+    QSaveFile file(path);
+    if (qEnvironmentVariableIsSet("QUILLON_WRITE_GOLDEN") && file.open(QIODevice::WriteOnly)) {
+        file.write(actual);
+        file.commit();
+    }
+    // As std::string, so that a failure shows a line diff.
+    EXPECT_EQ(actual.toStdString(), fileBytes(path).toStdString()) << name.toStdString();
 }
 
 QStringList batchDirectoryNames(const QString& directory)
