@@ -119,14 +119,6 @@ TEST(FilterScan, KeepsUsableDefinitionsSortedByCodePoints)
     EXPECT_EQ(alpha.keys(), (QStringList { key::author, key::filtertype, key::name, key::path }));
     EXPECT_EQ(alpha.string(key::path), root + QStringLiteral("/x/y/Alpha.ffxml"));
     EXPECT_EQ(library.front()->string(key::author), QStringLiteral("Someone"));
-
-    auto named = [](const QString& name) {
-        Record record;
-        record.setString(key::name, name);
-        return record;
-    };
-    EXPECT_FALSE(filterNameLessThan(named(composed), named(decomposed)));
-    EXPECT_FALSE(filterNameLessThan(named(decomposed), named(composed)));
     EXPECT_TRUE(codePointLessThan(QStringLiteral("ab"), QStringLiteral("abc")));
 }
 

@@ -61,17 +61,6 @@ TEST_F(RunFile, ActiveValuesAreWrittenAndRewrittenAttributesGoLast)
     expectGolden("preset-active-values.txt", tree);
 }
 
-TEST_F(RunFile, TheChosenPresetComesFromTheSettingsAndLosesItsAttributes)
-{
-    host.settings.presetIndex = 1;
-    const QString tree = presetOfOneTask();
-    EXPECT_TRUE(
-        tree.startsWith(QStringLiteral("  Presets\n    DefaultPreset\n      Settings variation=\"9\"")))
-        << tree.toStdString();
-    EXPECT_TRUE(tree.contains(QStringLiteral("Value value=\"40\" unit=\"px\""))) << tree.toStdString();
-    EXPECT_EQ(countNodes(out(QStringLiteral("bth-run-0.ffxml")), "/Filter/Presets/*"), 1);
-}
-
 TEST_F(RunFile, ValuesAdvanceOncePerTaskAcrossInputFiles)
 {
     host.settings.frameCountText = QStringLiteral("10");

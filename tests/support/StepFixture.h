@@ -78,13 +78,6 @@ inline QString xpathValue(const QString& path, const char* query)
     return QString::fromUtf8(document.select_node(query).attribute().value());
 }
 
-// How many nodes an XPath query finds in a file; -1 when it is unreadable.
-inline int countNodes(const QString& path, const char* query)
-{
-    pugi::xml_document document;
-    return load(document, path) ? static_cast<int>(document.select_nodes(query).size()) : -1;
-}
-
 inline RecordPtr parameter(const Record& filter, const QString& id)
 {
     if (const RecordListPtr list = filter.list(key::Components))
