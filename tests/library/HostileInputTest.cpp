@@ -28,14 +28,6 @@ using namespace quillon;
 
 namespace {
 
-// One slider "amount", one preset.
-const QByteArray kBody
-    = "<Components><Result><FilterType value=\"1\"/></Result>"
-      "<SliderControl id=\"amount\"><Name value-en=\"Amount\"/></SliderControl></Components>"
-      "<Presets><Preset><Settings variation=\"1\"/><Controls>"
-      "<SliderControl id=\"amount\"><Value value=\"0.500\"/></SliderControl>"
-      "</Controls></Preset></Presets>\n";
-
 class HostileDefinition : public ::testing::Test {
 protected:
     void SetUp() override
@@ -76,18 +68,6 @@ protected:
         return step.createBatchFileNoFile();
     }
 
-    // Reads the definition for the chain and writes its tasks; the user's
-    // file stays as it was.
-    void readAndWriteTasks(const QString& path)
-    {
-        const QByteArray before = test::fileBytes(path);
-        const RecordPtr filter = chainRecord(path);
-        ASSERT_TRUE(filter->list(key::Components));
-        EXPECT_EQ(filter->list(key::Components)->size(), 2u); // amount and the Variations row
-        EXPECT_FALSE(writeTasks(filter).isEmpty());
-        EXPECT_TRUE(test::fileBytes(path) == before) << "the user's file changed";
-    }
-
     QString runFile() const { return m_dir.filePath(QStringLiteral("out/bth-run-0.ffxml")); }
 
     QTemporaryDir m_dir;
@@ -111,9 +91,15 @@ TEST_F(HostileDefinition, AFiftyMegabyteAttributeAndAHundredThousandNestedElemen
     const RecordPtr info = getFilterInfoWithPath(path);
     EXPECT_EQ(info->string(key::name), QStringLiteral("Big"));
     EXPECT_EQ(info->string(key::author).size(), size);
-    // Preset 1 carries the nesting into the run file itself.
+    // Preset 1 carries the nesting into the run file itself; the user's file
+    // stays as it was.
     m_host.settings.presetIndex = 1;
-    readAndWriteTasks(path);
+    const QByteArray before = test::fileBytes(path);
+    const RecordPtr filter = chainRecord(path);
+    ASSERT_TRUE(filter->list(key::Components));
+    EXPECT_EQ(filter->list(key::Components)->size(), 2u); // amount and the Variations row
+    EXPECT_FALSE(writeTasks(filter).isEmpty());
+    EXPECT_TRUE(test::fileBytes(path) == before) << "the user's file changed";
     pugi::xml_document again;
     EXPECT_TRUE(again.load_file(runFile().toLocal8Bit().constData())) << "the run file does not parse";
     EXPECT_GT(QFileInfo(runFile()).size(), size);
@@ -146,12 +132,13 @@ TEST_F(HostileDefinition, PipeOrOversizedFileIsNotRead)
     }
 
     // The scan of a folder holding both still lists the good definition.
-    const QString good = write(
-        QStringLiteral("good.ffxml"), "<Filter><Information name-en=\"Good\"/>" + kBody + "</Filter>");
+    const QString good = m_dir.filePath(QStringLiteral("good.ffxml"));
+    ASSERT_TRUE(QFile::copy(QStringLiteral(QUILLON_DATA_DIR "/filters/Blur/Blur.ffxml"), good));
     EXPECT_EQ(scanFilterDirectory(m_dir.path()).size(), 1u);
 
     // The writer refuses a definition that has turned into a pipe.
     const RecordPtr filter = chainRecord(good);
+    ASSERT_FALSE(writeTasks(filter).isEmpty());
     filter->setString(key::path, pipe);
     EXPECT_TRUE(writeTasks(filter).isEmpty());
 }
