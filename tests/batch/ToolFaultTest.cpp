@@ -68,6 +68,11 @@ struct Fault {
     std::function<void(const ToolFault&)> check = {}; // anything else
 };
 
+void PrintTo(const Fault& fault, std::ostream* os)
+{
+    *os << fault.name;
+}
+
 class ToolFault : public test::BatchRunFixture, public ::testing::WithParamInterface<Fault> {
 public: // the table's checks read the run's traces
     void SetUp() override
