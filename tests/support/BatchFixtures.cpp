@@ -16,10 +16,9 @@ QString writeBatchDefinition(
     const QString& directory, const QString& fileName, const QString& name, const QString& author)
 {
     const QString path = QDir(directory).filePath(fileName);
-    QFile sample(QStringLiteral(QUILLON_SOURCE_DIR "/tests/support/data/batch-definition.ffxml"));
-    if (!sample.open(QIODevice::ReadOnly))
-        return {};
-    const QByteArray text = sample.readAll().replace("@NAME@", name.toUtf8()).replace("@AUTHOR@", author.toUtf8());
+    const QString sample = QStringLiteral(QUILLON_SOURCE_DIR "/tests/support/data/batch-definition.ffxml");
+    const QByteArray text
+        = fileBytes(sample).replace("@NAME@", name.toUtf8()).replace("@AUTHOR@", author.toUtf8());
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly))
         return {};
