@@ -20,7 +20,6 @@ namespace {
 
 using test::batchDirectoryNames;
 using test::BatchEnvGuard;
-using test::batchSnapshot;
 using test::writeBatchInputImage;
 
 class BatchRun : public test::BatchRunFixture {
@@ -38,11 +37,7 @@ protected:
         ASSERT_TRUE(waitForIdle());
     }
 
-    QByteArray log() const
-    {
-        QFile file(QDir(m_out).filePath(QStringLiteral("qlrn_logfile.txt")));
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    }
+    QByteArray log() const { return test::fileBytes(QDir(m_out).filePath(BatchController::kLogFileName)); }
 
     QStringList deletedLines() const { return m_stdout.filter(QStringLiteral("deleted ")); }
 };
@@ -66,7 +61,6 @@ TEST_F(BatchRun, OneStepOverTwoInputsDeletesTaskFilesAndKeepsOutputs)
 TEST_F(BatchRun, ThreeStepChainKeepsOnlyTheLastStepsOutputs)
 {
     useInputs(1);
-    const auto before = batchSnapshot(m_in);
     runChain({ "One", "Two", "Three" });
 
     EXPECT_EQ(batchDirectoryNames(m_out), (QStringList { "p_p_a-1.png", "p_p_a-2.png" }));
@@ -76,7 +70,6 @@ TEST_F(BatchRun, ThreeStepChainKeepsOnlyTheLastStepsOutputs)
     // Step two and three each ran once per output of the step before.
     EXPECT_EQ(m_display.sources,
         (QStringList { "a.png", "p_a_0-1.png", "p_a_0-2.png", "p_p_a-1_1-1.png", "p_p_a-2_1-1.png" }));
-    EXPECT_EQ(batchSnapshot(m_in), before);
 }
 
 TEST_F(BatchRun, StartIsRefusedWhileARunOrItsWindDownIsGoing)
@@ -90,7 +83,7 @@ TEST_F(BatchRun, StartIsRefusedWhileARunOrItsWindDownIsGoing)
     m_controller.abortProcessWithSender();
     EXPECT_FALSE(m_controller.startBatchWithSender({ filter(QStringLiteral("Busy")) }, m_settings));
     EXPECT_EQ(m_display.beeps, 2);
-    EXPECT_TRUE(m_display.alerts.isEmpty());
+    EXPECT_TRUE(m_display.events.filter(QStringLiteral("alert:")).isEmpty());
     ASSERT_TRUE(waitForIdle());
     EXPECT_TRUE(m_controller.startBatchWithSender({ filter(QStringLiteral("Busy")) }, m_settings));
     ASSERT_TRUE(waitForIdle());
@@ -136,8 +129,6 @@ TEST_F(BatchRun, AToolThatCannotStartIsReportedAndTheRunGoesOn)
     const QStringList failures
         = m_display.renderLines.filter(QStringLiteral("Could not start the render tool: "));
     EXPECT_EQ(failures.size(), 3);
-    EXPECT_TRUE(
-        m_display.renderLines.first().startsWith(QStringLiteral("Could not start the render tool: ")));
     EXPECT_TRUE(log().startsWith("Quillon logCould not start the render tool: "));
     EXPECT_EQ(m_display.events.last(), QStringLiteral("finished"));
 }
@@ -226,15 +217,15 @@ TEST_F(BatchRun, EveryFailedCheckShowsItsMessageAndStartsNothing)
         s.sourcePath = c.source.value_or(s.sourcePath);
         s.outputPrefix = c.prefix.value_or(s.outputPrefix);
         s.frameCountText = c.frames.value_or(s.frameCountText);
-        m_display.alerts.clear();
+        m_display.events.clear();
         QString error;
         EXPECT_FALSE(m_controller.startBatchWithSender(c.emptyChain ? RecordList() : chain, s, &error));
         EXPECT_EQ(error, QString::fromLatin1(c.message));
-        EXPECT_EQ(m_display.alerts, QStringList { QString::fromLatin1(c.message) });
+        // The alert alone: no progress sheet was begun.
+        EXPECT_EQ(m_display.events, QStringList { QStringLiteral("alert:") + QLatin1String(c.message) });
         EXPECT_FALSE(m_controller.isRunning());
     }
     EXPECT_TRUE(batchDirectoryNames(m_out).isEmpty());
-    EXPECT_EQ(m_display.events.filter(QStringLiteral("begin")).size(), 0);
 }
 
 TEST_F(BatchRun, AnUnreadableInputDirectoryCannotBeScanned)
@@ -257,13 +248,9 @@ TEST(BatchInputs, DirectoryListingIsDeepSortedAndSkipsHiddenRelativePaths)
 {
     QTemporaryDir temp;
     const QDir root(temp.path());
-    ASSERT_TRUE(root.mkpath(QStringLiteral("sub/deeper")));
-    ASSERT_TRUE(root.mkpath(QStringLiteral(".hidden")));
-    for (const char* name : { "b.png", "a.png", ".dot.png", "sub/c.png", "sub/.inner.png", "sub/deeper/d.png",
-             ".hidden/e.png" }) {
-        QFile file(root.filePath(QString::fromLatin1(name)));
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    }
+    for (const char* name :
+        { "b.png", "a.png", ".dot.png", "sub/c.png", "sub/.inner.png", "sub/deeper/d.png", ".hidden/e.png" })
+        ASSERT_TRUE(test::writeFileBytes(root.filePath(QString::fromLatin1(name)), {}));
     const QStringList listed = BatchController::loadImagesFromSourceFolder(temp.path());
     QStringList relative;
     for (const QString& path : listed)
@@ -285,15 +272,14 @@ TEST(BatchInputs, BaseNamesSplitTheLastComponentAtDots)
 
 TEST_F(BatchRun, ADirectoryOfOnlyHiddenFilesRunsOnceWithoutInput)
 {
-    QFile hidden(QDir(m_in).filePath(QStringLiteral(".keep")));
-    ASSERT_TRUE(hidden.open(QIODevice::WriteOnly));
-    hidden.close();
+    const QString hidden = QDir(m_in).filePath(QStringLiteral(".keep"));
+    ASSERT_TRUE(test::writeFileBytes(hidden, {}));
     m_settings.inputMode = InputMode::Directory;
     m_settings.sourcePath = m_in;
     m_settings.frameCountText = QStringLiteral("1");
     runChain({ "Hidden" });
     EXPECT_EQ(m_display.sources, QStringList { "<no source>" });
-    EXPECT_TRUE(QFileInfo::exists(hidden.fileName()));
+    EXPECT_TRUE(QFileInfo::exists(hidden));
 }
 
 } // namespace

@@ -1,6 +1,6 @@
 #include "chain/ChainFile.h"
+#include "support/BatchFixtures.h"
 
-#include <QFile>
 #include <QPoint>
 #include <QTemporaryDir>
 
@@ -11,14 +11,9 @@
 #include <memory>
 
 using namespace quillon;
+using quillon::test::fileBytes;
 
 namespace {
-
-QByteArray readBytes(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
 
 // A chain record as the detail reader builds it: a slider, a check box and
 // the Variations row, plus the keys a run adds.
@@ -65,10 +60,7 @@ TEST_F(ChainFileTest, RoundTripKeepsEveryKeyAndKind)
     ASSERT_TRUE(writeChainFile(file, { filter }, &error)) << error.toStdString();
 
     // The file holds codes instead of kinds (QUILLON_WRITE_GOLDEN=1 rewrites golden/written.qlch).
-    const QString golden = QStringLiteral(QUILLON_SOURCE_DIR "/tests/chain/golden/written.qlch");
-    if (qEnvironmentVariableIsSet("QUILLON_WRITE_GOLDEN"))
-        QFile::copy(file, golden);
-    EXPECT_EQ(readBytes(file), readBytes(golden));
+    test::expectGoldenFile(QStringLiteral("chain/golden/written.qlch"), fileBytes(file));
     // The chain in memory is untouched.
     EXPECT_FALSE(filter->list(key::Components)->front()->contains(key::CONTROL_PROXY));
 
@@ -76,25 +68,19 @@ TEST_F(ChainFileTest, RoundTripKeepsEveryKeyAndKind)
     // again, it gives the same file.
     const ChainReadResult read = readChainFile(file);
     ASSERT_EQ(read.status, ChainReadResult::Ok) << read.error.toStdString();
-    EXPECT_EQ(read.chain.front()->keys(), filter->keys());
     ASSERT_TRUE(writeChainFile(path(QStringLiteral("again.qlch")), read.chain, &error)) << error.toStdString();
-    EXPECT_EQ(readBytes(path(QStringLiteral("again.qlch"))), readBytes(golden));
+    EXPECT_EQ(fileBytes(path(QStringLiteral("again.qlch"))), fileBytes(file));
 }
 
-TEST_F(ChainFileTest, EmptyChainsAndRecordsWithoutComponents)
+// An empty chain is saved and opened in WindowDialogsTest.
+TEST_F(ChainFileTest, AFilterWhoseDefinitionCouldNotBeReadIsStoredWithAnEmptyList)
 {
-    const QString file = path(QStringLiteral("empty.qlch"));
-    ASSERT_TRUE(writeChainFile(file, {}, nullptr));
-    ChainReadResult read = readChainFile(file);
-    EXPECT_EQ(read.status, ChainReadResult::Ok);
-    EXPECT_TRUE(read.chain.empty());
-
-    // A filter whose definition could not be read is stored with an empty list.
+    const QString file = path(QStringLiteral("bare.qlch"));
     auto bare = Record::create();
     bare->setString(key::name, QStringLiteral("Unreadable"));
     ASSERT_TRUE(writeChainFile(file, { bare }, nullptr));
     EXPECT_FALSE(bare->contains(key::Components));
-    read = readChainFile(file);
+    const ChainReadResult read = readChainFile(file);
     ASSERT_EQ(read.status, ChainReadResult::Ok);
     ASSERT_EQ(read.chain.size(), 1u);
     ASSERT_TRUE(read.chain.front()->list(key::Components));
@@ -121,7 +107,7 @@ TEST_F(ChainFileTest, FailedWriteKeepsThePreviousFile)
 {
     const QString file = path(QStringLiteral("kept.qlch"));
     ASSERT_TRUE(writeChainFile(file, { makeChainFilter(QStringLiteral("Kept")) }, nullptr));
-    const QByteArray previous = readBytes(file);
+    const QByteArray previous = fileBytes(file);
 
     // Values a property list cannot hold, and a parameter without a kind.
     const std::vector<std::pair<const char*, std::function<void(Record&)>>> spoilers = {
@@ -139,6 +125,6 @@ TEST_F(ChainFileTest, FailedWriteKeepsThePreviousFile)
         QString error;
         EXPECT_FALSE(writeChainFile(file, { odd }, &error));
         EXPECT_TRUE(error.contains(QLatin1String(culprit))) << error.toStdString();
-        EXPECT_EQ(readBytes(file), previous);
+        EXPECT_EQ(fileBytes(file), previous);
     }
 }

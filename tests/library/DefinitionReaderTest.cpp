@@ -5,10 +5,10 @@
 // file from what the readers give now (review the diff before committing it).
 
 #include "library/DefinitionReader.h"
+#include "support/BatchFixtures.h"
 
 #include <QDir>
 #include <QDirIterator>
-#include <QFile>
 #include <QMap>
 
 #include <gtest/gtest.h>
@@ -92,16 +92,7 @@ TEST(DefinitionReaders, GiveWhatTheGoldenListingSaysForEveryOddDefinition)
     QString actual;
     for (auto it = listings.begin(); it != listings.end(); ++it)
         actual += QStringLiteral("== ") + it.key() + QLatin1Char('\n') + it.value();
-    QFile golden(kGolden + QStringLiteral("readers.txt"));
-    if (qEnvironmentVariableIsSet("QUILLON_WRITE_GOLDEN") && golden.open(QIODevice::WriteOnly))
-        golden.write(actual.toUtf8());
-    golden.close();
-    ASSERT_TRUE(golden.open(QIODevice::ReadOnly));
-    const QStringList expected = QString::fromUtf8(golden.readAll()).split(QStringLiteral("== "));
-    const QStringList got = actual.split(QStringLiteral("== "));
-    ASSERT_EQ(got.size(), expected.size());
-    for (qsizetype i = 0; i < got.size(); ++i)
-        EXPECT_EQ(got[i].toStdString(), expected[i].toStdString());
+    test::expectGoldenFile(QStringLiteral("library/golden/readers.txt"), actual.toUtf8());
 }
 
 TEST(DetailReader, ReadingAgainGivesFreshComponentsAndResetsThePreset)

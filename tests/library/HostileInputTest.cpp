@@ -3,14 +3,17 @@
 // an unbounded allocation; the user's file is never changed. Small hostile
 // files (an entity bomb, a cut UTF-16 file) are seeds of the definition
 // fuzzers instead (fuzz/corpus/library_reader, detail_reader, run_file);
-// invalid UTF-8 is in the readers' golden listing (golden/BadUtf8.ffxml).
+// invalid UTF-8 and a cut file are in the readers' golden listing
+// (golden/BadUtf8.ffxml, golden/Truncated.ffxml), and a definition that
+// breaks after the chain was built is in the step tests
+// (RunFile.ABrokenDefinitionAbandonsTheControlFileAndKeepsTheRecordedNames).
 
 #include "library/DefinitionReader.h"
 #include "library/FilterScan.h"
 #include "step/FilterProcessObject.h"
+#include "support/BatchFixtures.h"
 #include "support/StepTestParent.h"
 
-#include <QCryptographicHash>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -24,23 +27,6 @@
 using namespace quillon;
 
 namespace {
-
-// One slider "amount", one preset.
-const QByteArray kBody
-    = "<Components><Result><FilterType value=\"1\"/></Result>"
-      "<SliderControl id=\"amount\"><Name value-en=\"Amount\"/></SliderControl></Components>"
-      "<Presets><Preset><Settings variation=\"1\"/><Controls>"
-      "<SliderControl id=\"amount\"><Value value=\"0.500\"/></SliderControl>"
-      "</Controls></Preset></Presets>\n";
-
-QByteArray digest(const QString& path)
-{
-    QFile file(path);
-    QCryptographicHash hash(QCryptographicHash::Sha256);
-    if (file.open(QIODevice::ReadOnly))
-        hash.addData(&file);
-    return hash.result();
-}
 
 class HostileDefinition : public ::testing::Test {
 protected:
@@ -56,9 +42,7 @@ protected:
     QString write(const QString& name, const QByteArray& content)
     {
         const QString path = m_dir.filePath(name);
-        QFile file(path);
-        if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
-            ADD_FAILURE() << "cannot write " << path.toStdString();
+        EXPECT_TRUE(test::writeFileBytes(path, content)) << path.toStdString();
         return path;
     }
 
@@ -84,80 +68,41 @@ protected:
         return step.createBatchFileNoFile();
     }
 
-    // Reads the definition for the chain and writes its tasks; the user's
-    // file stays as it was.
-    void readAndWriteTasks(const QString& path)
-    {
-        const QByteArray before = digest(path);
-        const RecordPtr filter = chainRecord(path);
-        ASSERT_TRUE(filter->list(key::Components));
-        EXPECT_EQ(filter->list(key::Components)->size(), 2u); // amount and the Variations row
-        EXPECT_FALSE(writeTasks(filter).isEmpty());
-        EXPECT_EQ(digest(path), before);
-    }
-
     QString runFile() const { return m_dir.filePath(QStringLiteral("out/bth-run-0.ffxml")); }
 
     QTemporaryDir m_dir;
     StepTestParent m_host;
 };
 
-TEST_F(HostileDefinition, HundredThousandNestedElements)
+// A plain result: the attribute whole, the nesting written without the
+// indentation that would take some 20 GB.
+TEST_F(HostileDefinition, AFiftyMegabyteAttributeAndAHundredThousandNestedElements)
 {
+    constexpr qsizetype size = qsizetype(50) * 1024 * 1024;
     const QByteArray nested = QByteArray("<n>").repeated(100000) + QByteArray("</n>").repeated(100000);
-    const QString deep = write(QStringLiteral("deep.ffxml"),
-        "<Filter><Information name-en=\"Deep\" author=\"x\"/><Components><SliderControl id=\"amount\"/>"
-            + nested
+    const QString path = write(QStringLiteral("big.ffxml"),
+        "<Filter><Information name-en=\"Big\" author=\"" + QByteArray(size, 'a')
+            + "\"/><Components><SliderControl id=\"amount\"/>" + nested
             + "</Components><Presets><Preset><Settings variation=\"1\"/>"
               "<Controls><SliderControl id=\"amount\"><Value "
               "value=\"0.5\"/></SliderControl></Controls></Preset>"
               "<Preset><Settings variation=\"2\"/><Controls>"
             + nested + "</Controls></Preset></Presets></Filter>\n");
-    EXPECT_EQ(getFilterInfoWithPath(deep)->string(key::name), QStringLiteral("Deep"));
-    // Preset 1 carries the nesting into the run file itself.
-    m_host.settings.presetIndex = 1;
-    readAndWriteTasks(deep);
-    pugi::xml_document again;
-    EXPECT_TRUE(again.load_file(runFile().toLocal8Bit().constData())) << "the run file does not parse";
-
-    // The same nesting never closed: not a definition at all.
-    const QString unclosed = write(QStringLiteral("open.ffxml"),
-        "<Filter><Information name-en=\"Open\"/>" + QByteArray("<n>").repeated(100000));
-    EXPECT_TRUE(getFilterInfoWithPath(unclosed)->isEmpty());
-    const RecordPtr unread = chainRecord(unclosed);
-    EXPECT_FALSE(unread->contains(key::Components));
-    EXPECT_TRUE(writeTasks(unread).isEmpty());
-}
-
-TEST_F(HostileDefinition, FiftyMegabyteAttribute)
-{
-    constexpr qsizetype size = qsizetype(50) * 1024 * 1024;
-    const QString path = write(QStringLiteral("big.ffxml"),
-        "<Filter><Information name-en=\"Big\" author=\"" + QByteArray(size, 'a') + "\"/>" + kBody
-            + "</Filter>");
     const RecordPtr info = getFilterInfoWithPath(path);
     EXPECT_EQ(info->string(key::name), QStringLiteral("Big"));
     EXPECT_EQ(info->string(key::author).size(), size);
-    readAndWriteTasks(path);
-    EXPECT_GT(QFileInfo(runFile()).size(), size);
-}
-
-TEST_F(HostileDefinition, TruncatedFileIsNotADefinition)
-{
-    QFile sample(QStringLiteral(QUILLON_DATA_DIR "/filters/Blur/Blur.ffxml"));
-    ASSERT_TRUE(sample.open(QIODevice::ReadOnly));
-    const QByteArray whole = sample.readAll();
-    const qsizetype end = whole.lastIndexOf("</Filter>");
-    ASSERT_GT(end, 0);
-
-    // A cut file alone is no definition (golden/Truncated.ffxml in the readers' listing);
-    // one cut after the chain was built: the writer refuses the task
-    // and leaves no run file behind.
-    const RecordPtr filter = chainRecord(write(QStringLiteral("whole.ffxml"), whole));
+    // Preset 1 carries the nesting into the run file itself; the user's file
+    // stays as it was.
+    m_host.settings.presetIndex = 1;
+    const QByteArray before = test::fileBytes(path);
+    const RecordPtr filter = chainRecord(path);
     ASSERT_TRUE(filter->list(key::Components));
-    write(QStringLiteral("whole.ffxml"), whole.left(end / 2));
-    EXPECT_TRUE(writeTasks(filter).isEmpty());
-    EXPECT_FALSE(QFileInfo::exists(runFile()));
+    EXPECT_EQ(filter->list(key::Components)->size(), 2u); // amount and the Variations row
+    EXPECT_FALSE(writeTasks(filter).isEmpty());
+    EXPECT_TRUE(test::fileBytes(path) == before) << "the user's file changed";
+    pugi::xml_document again;
+    EXPECT_TRUE(again.load_file(runFile().toLocal8Bit().constData())) << "the run file does not parse";
+    EXPECT_GT(QFileInfo(runFile()).size(), size);
 }
 
 TEST_F(HostileDefinition, PipeOrOversizedFileIsNotRead)
@@ -187,12 +132,13 @@ TEST_F(HostileDefinition, PipeOrOversizedFileIsNotRead)
     }
 
     // The scan of a folder holding both still lists the good definition.
-    const QString good = write(
-        QStringLiteral("good.ffxml"), "<Filter><Information name-en=\"Good\"/>" + kBody + "</Filter>");
+    const QString good = m_dir.filePath(QStringLiteral("good.ffxml"));
+    ASSERT_TRUE(QFile::copy(QStringLiteral(QUILLON_DATA_DIR "/filters/Blur/Blur.ffxml"), good));
     EXPECT_EQ(scanFilterDirectory(m_dir.path()).size(), 1u);
 
     // The writer refuses a definition that has turned into a pipe.
     const RecordPtr filter = chainRecord(good);
+    ASSERT_FALSE(writeTasks(filter).isEmpty());
     filter->setString(key::path, pipe);
     EXPECT_TRUE(writeTasks(filter).isEmpty());
 }

@@ -38,7 +38,7 @@ protected:
                 EXPECT_FALSE(control.isEmpty());
                 QMap<QString, QByteArray> files;
                 for (const QString& path : step->filesToRemove)
-                    files.insert(path, readText(path));
+                    files.insert(path, fileBytes(path));
                 written.append(files);
             }
             stepInputs = step->outFiles;

@@ -5,7 +5,10 @@
 #include <QDir>
 #include <QDirIterator>
 #include <QFile>
+#include <QFileInfo>
 #include <QSaveFile>
+
+#include <gtest/gtest.h>
 
 namespace quillon::test {
 
@@ -13,10 +16,9 @@ QString writeBatchDefinition(
     const QString& directory, const QString& fileName, const QString& name, const QString& author)
 {
     const QString path = QDir(directory).filePath(fileName);
-    QFile sample(QStringLiteral(QUILLON_SOURCE_DIR "/tests/support/data/batch-definition.ffxml"));
-    if (!sample.open(QIODevice::ReadOnly))
-        return {};
-    const QByteArray text = sample.readAll().replace("@NAME@", name.toUtf8()).replace("@AUTHOR@", author.toUtf8());
+    const QString sample = QStringLiteral(QUILLON_SOURCE_DIR "/tests/support/data/batch-definition.ffxml");
+    const QByteArray text
+        = fileBytes(sample).replace("@NAME@", name.toUtf8()).replace("@AUTHOR@", author.toUtf8());
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly))
         return {};
@@ -29,8 +31,7 @@ bool writeBatchInputImage(const QString& path)
     // An 8 x 6 PNG of one blue, written without QtGui so core tests need none.
     const QByteArray png = QByteArray::fromBase64("iVBORw0KGgoAAAANSUhEUgAAAAgAAAAGCAIAAABxZ0isAAAAEUlEQVR42m"
                                                   "PQqDiBFTEMpAQAqjNDgUtm74wAAAAASUVORK5CYII=");
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(png) == png.size();
+    return writeFileBytes(path, png);
 }
 
 RecordPtr batchChainRecord(const QString& definitionPath)
@@ -40,6 +41,31 @@ RecordPtr batchChainRecord(const QString& definitionPath)
         return nullptr;
     record->setString(key::path, definitionPath);
     return loadXMLInfoWithFilterdata(record) ? record : nullptr;
+}
+
+QByteArray fileBytes(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+bool writeFileBytes(const QString& path, const QByteArray& bytes)
+{
+    QFile file(path);
+    return QDir().mkpath(QFileInfo(path).absolutePath()) && file.open(QIODevice::WriteOnly)
+        && file.write(bytes) == bytes.size();
+}
+
+void expectGoldenFile(const QString& name, const QByteArray& actual)
+{
+    const QString path = QStringLiteral(QUILLON_SOURCE_DIR "/tests/") + name;
+    QSaveFile file(path);
+    if (qEnvironmentVariableIsSet("QUILLON_WRITE_GOLDEN") && file.open(QIODevice::WriteOnly)) {
+        file.write(actual);
+        file.commit();
+    }
+    // As std::string, so that a failure shows a line diff.
+    EXPECT_EQ(actual.toStdString(), fileBytes(path).toStdString()) << name.toStdString();
 }
 
 QStringList batchDirectoryNames(const QString& directory)

@@ -21,6 +21,17 @@ bool writeBatchInputImage(const QString& path);
 // definition ("path" added) filled by the detail reader.
 RecordPtr batchChainRecord(const QString& definitionPath);
 
+// The bytes of a file; empty when it cannot be read.
+QByteArray fileBytes(const QString& path);
+
+// Writes `bytes` to `path`, making its folder first; false when that fails.
+bool writeFileBytes(const QString& path, const QByteArray& bytes);
+
+// Compares `actual` with the golden file tests/`name` of the source tree;
+// QUILLON_WRITE_GOLDEN=1 rewrites the file instead (review the diff before
+// committing it).
+void expectGoldenFile(const QString& name, const QByteArray& actual);
+
 // Names of the entries directly in `directory`, sorted.
 QStringList batchDirectoryNames(const QString& directory);
 

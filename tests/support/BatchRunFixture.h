@@ -33,7 +33,6 @@ public:
     }
 
     QStringList events;
-    QStringList alerts;
     QStringList sources;
     QStringList renderLines; // shorter ones only; every one goes to `shown`
     QByteArray shown; // every render line's UTF-8 bytes, in order
@@ -42,11 +41,7 @@ public:
     QStringList deletionList;
     std::function<void(const QString&)> onRender;
 
-    void showErrorAlert(const QString& message) override
-    {
-        alerts.append(message);
-        events.append(QStringLiteral("alert:") + message);
-    }
+    void showErrorAlert(const QString& text) override { events.append(QStringLiteral("alert:") + text); }
     void beginProgressSheet() override { events.append(QStringLiteral("begin")); }
     void endProgressSheet() override
     {

@@ -37,6 +37,25 @@ QString resolvedParentJoined(const QString& path)
                             : QDir(parent).filePath(info.fileName());
 }
 
+// Files below `directory` (deep) whose names are those of the temporary
+// files of atomic writes.
+QStringList leftoverTemporaryFiles(const QString& directory)
+{
+    // QSaveFile's "<name>.XXXXXX", QTemporaryFile's "qt_temp.XXXXXX", and the
+    // task writers' own "<name>.quillon-<pid>-<n>".
+    static const QRegularExpression atomicTemporary(
+        QStringLiteral(R"(^(.+\.[^.]+\.[A-Za-z0-9]{6}|qt_temp\..*|.*\.tmp|.+\.quillon-\d+-\d+)$)"));
+    QStringList found;
+    QDirIterator it(directory, QDir::Files | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
+        QDirIterator::Subdirectories);
+    while (it.hasNext()) {
+        const QString path = it.next();
+        if (atomicTemporary.match(QFileInfo(path).fileName()).hasMatch())
+            found.append(path);
+    }
+    return found;
+}
+
 } // namespace
 
 NothingLost::NothingLost(QString outputDir, QStringList inputRoots)
@@ -99,23 +118,6 @@ void NothingLost::expectNothingLost(const QStringList& lastStepOutputs, const QS
         EXPECT_FALSE(lastStepOutputs.contains(path) || lastStepOutputs.contains(resolved))
             << "a last step output is on the deletion list: " << path.toStdString();
     }
-}
-
-QStringList leftoverTemporaryFiles(const QString& directory)
-{
-    // QSaveFile's "<name>.XXXXXX", QTemporaryFile's "qt_temp.XXXXXX", and the
-    // task writers' own "<name>.quillon-<pid>-<n>".
-    static const QRegularExpression atomicTemporary(
-        QStringLiteral(R"(^(.+\.[^.]+\.[A-Za-z0-9]{6}|qt_temp\..*|.*\.tmp|.+\.quillon-\d+-\d+)$)"));
-    QStringList found;
-    QDirIterator it(directory, QDir::Files | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
-        QDirIterator::Subdirectories);
-    while (it.hasNext()) {
-        const QString path = it.next();
-        if (atomicTemporary.match(QFileInfo(path).fileName()).hasMatch())
-            found.append(path);
-    }
-    return found;
 }
 
 QStringList journalEntries(const QString& journalPath, const QString& kind)

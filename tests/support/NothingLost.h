@@ -26,8 +26,6 @@ public:
     // deletion pass began.
     void expectNothingLost(const QStringList& lastStepOutputs, const QStringList& deletionList) const;
 
-    const QString& outputDir() const { return m_outputDir; }
-
 private:
     QMap<QString, QByteArray> inputsNow() const;
 
@@ -37,11 +35,6 @@ private:
     QMap<QString, QByteArray> m_outputBefore;
     QString m_canonicalOutputDir; // with a trailing slash, taken before the run
 };
-
-// Files below `directory` (deep) whose names are those of the temporary
-// files of atomic writes: "<name>.<ext>.XXXXXX" (QSaveFile), "qt_temp.*",
-// "*.tmp" or "<name>.quillon-<pid>-<n>" (the task writers).
-QStringList leftoverTemporaryFiles(const QString& directory);
 
 // The values of the lines "<kind> <value>" in the stand-in tool's journal
 // (QUILLON_STANDIN_JOURNAL), in order.

@@ -6,6 +6,7 @@
 #include "library/DefinitionReader.h"
 #include "library/Record.h"
 #include "step/FilterProcessObject.h"
+#include "support/BatchFixtures.h"
 #include "support/StepTestParent.h"
 
 #include <QDir>
@@ -20,32 +21,21 @@
 
 namespace quillon::steptest {
 
-inline bool writeText(const QString& path, const QByteArray& text)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(text) == text.size();
-}
-
-inline QByteArray readText(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
+using test::fileBytes;
+using test::writeFileBytes;
 
 // A file of tests/step/golden; in the files the run writes, @IN@ and @OUT@
 // stand for the fixture's in/ and out/ folders.
 inline QByteArray golden(const char* name)
 {
-    return readText(QStringLiteral(QUILLON_SOURCE_DIR "/tests/step/golden/") + QLatin1String(name));
+    return fileBytes(QStringLiteral(QUILLON_SOURCE_DIR "/tests/step/golden/") + QLatin1String(name));
 }
 
 // Compares `actual` with a listing of tests/step/golden; QUILLON_WRITE_GOLDEN=1
 // rewrites the listing instead (review the diff before committing it).
 inline void expectGolden(const char* name, const QString& actual)
 {
-    if (qEnvironmentVariableIsSet("QUILLON_WRITE_GOLDEN"))
-        writeText(QStringLiteral(QUILLON_SOURCE_DIR "/tests/step/golden/") + QLatin1String(name), actual.toUtf8());
-    EXPECT_EQ(actual, QString::fromUtf8(golden(name)));
+    test::expectGoldenFile(QStringLiteral("step/golden/") + QLatin1String(name), actual.toUtf8());
 }
 
 // One line per element: indentation, name, then the attributes in document
@@ -70,7 +60,7 @@ inline QString dumpTree(pugi::xml_node node, int depth = 0)
 
 inline bool load(pugi::xml_document& document, const QString& path)
 {
-    const QByteArray bytes = readText(path);
+    const QByteArray bytes = fileBytes(path);
     return document.load_buffer(bytes.constData(), static_cast<size_t>(bytes.size()));
 }
 
@@ -86,13 +76,6 @@ inline QString xpathValue(const QString& path, const char* query)
     pugi::xml_document document;
     load(document, path);
     return QString::fromUtf8(document.select_node(query).attribute().value());
-}
-
-// How many nodes an XPath query finds in a file; -1 when it is unreadable.
-inline int countNodes(const QString& path, const char* query)
-{
-    pugi::xml_document document;
-    return load(document, path) ? static_cast<int>(document.select_nodes(query).size()) : -1;
 }
 
 inline RecordPtr parameter(const Record& filter, const QString& id)

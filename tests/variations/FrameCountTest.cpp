@@ -2,8 +2,7 @@
 // a real for the value rule, both the way a text field reads its number.
 
 #include "run/RunSettings.h"
-
-#include <QFile>
+#include "support/BatchFixtures.h"
 
 #include <gtest/gtest.h>
 
@@ -25,10 +24,9 @@ RunSettings withFrames(const QString& text)
 // QUILLON_WRITE_GOLDEN=1 rewrites the results.
 TEST(FrameCount, ALeadingDecimalNumberIsReadAndTheRestIgnored)
 {
-    QFile file(QStringLiteral(QUILLON_SOURCE_DIR "/tests/variations/golden/frame-counts.txt"));
-    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-    const QString expected = QString::fromUtf8(file.readAll());
-    file.close();
+    const QString name = QStringLiteral("variations/golden/frame-counts.txt");
+    const QString expected
+        = QString::fromUtf8(test::fileBytes(QStringLiteral(QUILLON_SOURCE_DIR "/tests/") + name));
     QString actual;
     for (const QString& line : expected.split(QLatin1Char('\n'), Qt::SkipEmptyParts)) {
         const QString text = line.section(QLatin1Char('"'), 1, -2);
@@ -39,7 +37,5 @@ TEST(FrameCount, ALeadingDecimalNumberIsReadAndTheRestIgnored)
         actual += (line.startsWith(QLatin1Char('#')) ? line : QLatin1Char('"') + text + QStringLiteral("\" -> ") + result)
             + QLatin1Char('\n');
     }
-    if (qEnvironmentVariableIsSet("QUILLON_WRITE_GOLDEN") && file.open(QIODevice::WriteOnly))
-        file.write(actual.toUtf8());
-    EXPECT_EQ(actual, expected);
+    test::expectGoldenFile(name, actual.toUtf8());
 }

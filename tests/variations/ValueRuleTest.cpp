@@ -1,6 +1,5 @@
+#include "support/BatchFixtures.h"
 #include "variations/ValueRule.h"
-
-#include <QFile>
 
 #include <gtest/gtest.h>
 
@@ -112,12 +111,7 @@ TEST(ValueRule, SweepsAndDrawsGiveTheGoldenValues)
     QString listing;
     for (const auto& row : rows)
         listing += QLatin1String(row.what) + QLatin1Char(':') + values(row.row, row.frames, row.count, row.draw) + QLatin1Char('\n');
-    QFile golden(QStringLiteral(QUILLON_SOURCE_DIR "/tests/variations/golden/value-rules.txt"));
-    if (qEnvironmentVariableIsSet("QUILLON_WRITE_GOLDEN") && golden.open(QIODevice::WriteOnly))
-        golden.write(listing.toUtf8());
-    golden.close();
-    ASSERT_TRUE(golden.open(QIODevice::ReadOnly));
-    EXPECT_EQ(listing, QString::fromUtf8(golden.readAll()));
+    test::expectGoldenFile(QStringLiteral("variations/golden/value-rules.txt"), listing.toUtf8());
 }
 
 TEST(ValueRuleRandom, WithoutAnInjectedDrawValuesStayInRangeAndASeedRepeats)
