@@ -80,20 +80,13 @@ TEST_F(SettingsPaneTest, EveryChangeIsStoredAtOnceAndComesBackAfterARestart)
 
 TEST_F(SettingsPaneTest, ResetCommandRestoresFactoryValuesButKeepsSourceTypeAndSuffix)
 {
-    closeDelegate();
-    {
-        Preferences configured(storePath());
-        configured.prefsReset();
-        for (const auto& [key, value] : { std::pair(pref::TOOL_PATH, QStringLiteral("/opt/tool")),
-                 std::pair(pref::FILTERS_PATH, m_dir.path()), std::pair(pref::OUTPUT_DIR, m_dir.path()),
-                 std::pair(pref::INPUT_MODE, QStringLiteral("DIR")),
-                 std::pair(pref::OUTPUT_SUFFIX, QStringLiteral("2")),
-                 std::pair(pref::SET_WIDTH, QStringLiteral("77")) })
-            configured.setString(key, value);
-        configured.setInteger(pref::JPEG_QUALITY, 12);
-        configured.sync();
-    }
-    relaunch();
+    typeInto("renderToolPathField", QStringLiteral("/opt/tool"));
+    typeInto("filtersPathField", m_dir.path());
+    typeInto("outputDirectoryPathField", m_dir.path());
+    choose(popup("sourceTypePopup"), 1);
+    choose(popup("outputFilenameSuffixPopup"), 2);
+    typeInto("imageWidthField", QStringLiteral("77"));
+    typeInto("f_jpgQualityField", QStringLiteral("12"));
 
     QAction* reset = delegate().window()->findChild<QAction*>(QStringLiteral("actionResetPreferences"));
     reset->trigger(); // answered No: nothing changes

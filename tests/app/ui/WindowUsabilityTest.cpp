@@ -11,6 +11,7 @@
 #include <QDropEvent>
 #include <QLabel>
 #include <QMimeData>
+#include <QProgressBar>
 #include <QSplitter>
 
 namespace quillon::test {
@@ -63,8 +64,15 @@ TEST_F(WindowUsabilityTest, AddWaitsForAFiltersDirectoryAndTheSheetSearchesAndAd
     readLibrary(3);
     EXPECT_TRUE(add->isEnabled());
     EXPECT_TRUE(widget<QLabel>("addFilterHint")->isHidden());
+    EXPECT_TRUE(widget<QProgressBar>("loadingSpinner")->isHidden());
 
+    // Cancel adds nothing; the sheet is modal and adds nothing unselected.
     QTableView* list = openSheet();
+    click("addFilterCancelButton");
+    EXPECT_FALSE(list->window()->isVisible());
+    list = openSheet();
+    EXPECT_EQ(list->window()->windowModality(), Qt::WindowModal);
+    EXPECT_FALSE(widget<QPushButton>("addBaseFiltersButton")->isEnabled());
     // Typing narrows the list and picks the first match; Return adds it.
     QTest::keyClicks(field("addFilterSearchField"), QStringLiteral("ru"));
     ASSERT_EQ(list->model()->rowCount(), 1);
