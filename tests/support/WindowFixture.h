@@ -15,6 +15,7 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QSlider>
+#include <QStatusBar>
 #include <QTabWidget>
 #include <QTableView>
 #include <QTemporaryDir>
@@ -89,6 +90,7 @@ protected:
     AppDelegate& delegate() { return *m_delegate; }
     Preferences& prefs() { return m_delegate->preferences(); }
     QStringList alerts() const { return MessageBoxes::instance().shownMessages(); }
+    QString status() { return m_delegate->window()->statusBar()->currentMessage(); }
 
     // A widget of the window by its object name; fails the test when absent.
     template <class T> T* widget(const char* name)

@@ -11,8 +11,8 @@
 #include <QDropEvent>
 #include <QLabel>
 #include <QMimeData>
+#include <QProgressBar>
 #include <QSplitter>
-#include <QStatusBar>
 
 namespace quillon::test {
 namespace {
@@ -53,8 +53,6 @@ protected:
         QApplication::sendEvent(delegate().window(), &event);
         return enter.isAccepted() && event.isAccepted();
     }
-
-    QString status() { return delegate().window()->statusBar()->currentMessage(); }
 };
 
 TEST_F(WindowUsabilityTest, AddWaitsForAFiltersDirectoryAndTheSheetSearchesAndAddsByKeyboardOrDoubleClick)
@@ -66,8 +64,15 @@ TEST_F(WindowUsabilityTest, AddWaitsForAFiltersDirectoryAndTheSheetSearchesAndAd
     readLibrary(3);
     EXPECT_TRUE(add->isEnabled());
     EXPECT_TRUE(widget<QLabel>("addFilterHint")->isHidden());
+    EXPECT_TRUE(widget<QProgressBar>("loadingSpinner")->isHidden());
 
+    // Cancel adds nothing; the sheet is modal and adds nothing unselected.
     QTableView* list = openSheet();
+    click("addFilterCancelButton");
+    EXPECT_FALSE(list->window()->isVisible());
+    list = openSheet();
+    EXPECT_EQ(list->window()->windowModality(), Qt::WindowModal);
+    EXPECT_FALSE(widget<QPushButton>("addBaseFiltersButton")->isEnabled());
     // Typing narrows the list and picks the first match; Return adds it.
     QTest::keyClicks(field("addFilterSearchField"), QStringLiteral("ru"));
     ASSERT_EQ(list->model()->rowCount(), 1);
@@ -159,9 +164,6 @@ TEST_F(WindowUsabilityTest, TypedPathsAndDroppedFilesBecomeTheSettingsOrTheChain
 TEST_F(WindowUsabilityTest, HelpMenuOpensTheGuideAndThePageOrSaysWhatFailed)
 {
     const QString help = AppDelegate::helpDocumentPath();
-    QFile pdf(help);
-    ASSERT_TRUE(help.endsWith(QStringLiteral("/share/quillon/Help.pdf")) && pdf.open(QIODevice::ReadOnly));
-    EXPECT_TRUE(pdf.read(5).startsWith("%PDF-"));
     QTest::keyClick(delegate().window(), Qt::Key_F1);
     widget<QAction>("actionDonate")->trigger();
     EXPECT_EQ(m_openedUrls, QList<QUrl>({ QUrl::fromLocalFile(help), AppDelegate::donationUrl() }));

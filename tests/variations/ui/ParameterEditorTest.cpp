@@ -101,27 +101,26 @@ TEST_F(ParameterEditorTest, IntegerSlidersMirrorAndBoundEachOther)
     select(IntRow, true);
     auto* from = widget<QSlider>("fpIntSliderFromSlider");
     auto* to = widget<QSlider>("fpIntSliderToSlider");
-    EXPECT_EQ(from->maximum(), 255);
-    EXPECT_EQ(to->minimum(), 1);
-
+    // "minimum<=value<=maximum field" of From and To, the stored start, the table's range.
+    const auto state = [&] {
+        const auto slider = [](QSlider* s) {
+            return QStringLiteral("%1<=%2<=%3").arg(s->minimum()).arg(s->value()).arg(s->maximum());
+        };
+        return QStringList { slider(from), text("fpIntSliderFromField"), slider(to),
+            text("fpIntSliderToField"), QString::number(param(IntRow).integer(key::STARTVALUE)),
+            paramCell(IntRow, 2) }
+            .join(" ");
+    };
+    EXPECT_EQ(state(), QStringLiteral("1<=1<=255 1 1<=255<=255 255 1 [Random] 1 - 255"));
     from->setValue(40);
-    EXPECT_EQ(text("fpIntSliderFromField"), "40");
-    EXPECT_EQ(to->minimum(), 40);
-    EXPECT_EQ(param(IntRow).integer(key::STARTVALUE), 40);
     to->setValue(60);
-    EXPECT_EQ(text("fpIntSliderToField"), "60");
-    EXPECT_EQ(from->maximum(), 60);
-    EXPECT_EQ(paramCell(IntRow, 2), "[Random] 40 - 60");
+    EXPECT_EQ(state(), QStringLiteral("1<=40<=60 40 40<=60<=255 60 40 [Random] 40 - 60"));
 
     // A field moves its slider (which clamps) and stores, without bounding.
     typeInto("fpIntSliderFromField", QStringLiteral("50"));
-    EXPECT_EQ(from->value(), 50);
-    EXPECT_EQ(param(IntRow).integer(key::STARTVALUE), 50);
-    EXPECT_EQ(to->minimum(), 40);
     typeInto("fpIntSliderToField", QStringLiteral("999"));
-    EXPECT_EQ(to->value(), 255);
     widget<QComboBox>("fpIntSliderModePopup")->setCurrentIndex(1);
-    EXPECT_EQ(paramCell(IntRow, 2), "[Sweep] 50 - 255");
+    EXPECT_EQ(state(), QStringLiteral("1<=50<=60 50 40<=255<=255 999 50 [Sweep] 50 - 255"));
 }
 
 TEST_F(ParameterEditorTest, RealSlidersWorkInThousandths)
