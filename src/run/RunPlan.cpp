@@ -111,16 +111,16 @@ QString RunPlan::describe() const
     QString text;
     for (const PlannedToolRun& run : toolRuns) {
         const QStringList names = stepParameters.value(run.step);
-        QList<QVariant> values;
+        ParameterValues values;
         for (const PlannedTask& task : run.tasks) {
             if (task.carriesValues)
                 values = task.values;
             text += task.resultPath;
             if (task.skipped)
                 text += QStringLiteral("  (skipped: exists)");
-            for (qsizetype i = 0; i < values.size() && i < names.size(); ++i) {
-                if (values.at(i).isValid())
-                    text += QStringLiteral("  %1=%2").arg(names.at(i), valueText(values.at(i)));
+            for (const auto& [index, value] : values) {
+                if (index < names.size())
+                    text += QStringLiteral("  %1=%2").arg(names.at(index), valueText(value));
             }
             text += QLatin1Char('\n');
         }
@@ -137,14 +137,14 @@ QJsonObject RunPlan::toJsonObject(
         const PlannedToolRun& run = toolRuns.at(r);
         const QStringList names = stepParameters.value(run.step);
         QJsonArray tasks;
-        QList<QVariant> values;
+        ParameterValues values;
         for (const PlannedTask& task : run.tasks) {
             if (task.carriesValues)
                 values = task.values;
             QJsonObject parameters;
-            for (qsizetype i = 0; i < values.size() && i < names.size(); ++i) {
-                if (values.at(i).isValid())
-                    parameters.insert(names.at(i), QJsonValue::fromVariant(values.at(i)));
+            for (const auto& [index, value] : values) {
+                if (index < names.size())
+                    parameters.insert(names.at(index), QJsonValue::fromVariant(value));
             }
             QJsonObject entry { { QStringLiteral("index"), task.index },
                 { QStringLiteral("result"), task.resultPath }, { QStringLiteral("values"), parameters },

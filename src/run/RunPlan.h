@@ -14,17 +14,25 @@
 
 namespace quillon {
 
+// The value one task gives one parameter of its filter: the parameter's
+// position in the filter's list and the value (a double or an integer).
+struct ParameterValue {
+    qsizetype index = 0;
+    QVariant value;
+};
+// Only the parameters that vary, by ascending position.
+using ParameterValues = QList<ParameterValue>;
+
 // One task of a tool run: one image the tool is to write.
 struct PlannedTask {
     qint64 index = 0; // the task's number in its control file (names bth-run-<index>.ffxml)
     std::optional<qint64> mapKind; // the map rendered, for map tasks
     QString resultPath; // the output's full path
-    // The first (or only) task of a frame carries the value of every
-    // parameter of the filter, in the filter's order: invalid where the
-    // parameter does not vary. The other maps of a frame reuse them.
+    // The first (or only) task of a frame carries the values of the
+    // parameters that vary; the other maps of a frame reuse them.
     bool carriesValues = true;
     bool valuesKnown = false;
-    QList<QVariant> values;
+    ParameterValues values;
     bool skipped = false; // left out (its output exists and is kept); values still advance
 };
 

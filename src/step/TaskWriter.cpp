@@ -168,35 +168,39 @@ void writeParameterValue(controlType kind, const QVariant& value, pugi::xml_node
     }
 }
 
-// The value of every parameter of the filter for its next task, by the
-// value rule (which advances each record); invalid where a parameter does
-// not vary.
-QList<QVariant> advanceParameters(filterProcessObject& step)
+// The values of the filter's varying parameters for its next task, by the
+// value rule (which advances each record).
+ParameterValues advanceParameters(filterProcessObject& step)
 {
-    QList<QVariant> values;
+    ParameterValues values;
     const RecordListPtr components = step.filterData ? step.filterData->list(key::Components) : nullptr;
     if (!components)
         return values;
     const std::optional<double> frames = step.settings().frameCountReal();
-    values.reserve(components->size());
-    for (const RecordPtr& parameter : *components)
-        values.append(parameter ? nextVariationValue(*parameter, frames, step.randomDraw) : QVariant());
+    for (qsizetype i = 0; i < static_cast<qsizetype>(components->size()); ++i) {
+        const RecordPtr& parameter = (*components)[static_cast<size_t>(i)];
+        QVariant value = parameter ? nextVariationValue(*parameter, frames, step.randomDraw) : QVariant();
+        if (value.isValid())
+            values.append({ i, std::move(value) });
+    }
+    values.squeeze();
     return values;
 }
 
 // Leaves each record where the value rule leaves it after a task with
 // these values.
-void storeStartValues(filterProcessObject& step, const QList<QVariant>& values)
+void storeStartValues(filterProcessObject& step, const ParameterValues& values)
 {
     if (!step.advancesRecords)
         return;
     const RecordListPtr components = step.filterData ? step.filterData->list(key::Components) : nullptr;
     if (!components)
         return;
-    for (qsizetype i = 0; i < values.size() && i < static_cast<qsizetype>(components->size()); ++i) {
-        const RecordPtr& parameter = (*components)[static_cast<size_t>(i)];
-        const QVariant& value = values.at(i);
-        if (!parameter || !value.isValid())
+    for (const auto& [index, value] : values) {
+        if (index >= static_cast<qsizetype>(components->size()))
+            break;
+        const RecordPtr& parameter = (*components)[static_cast<size_t>(index)];
+        if (!parameter)
             continue;
         if (value.typeId() == QMetaType::Double)
             parameter->setReal(key::STARTVALUE, value.toDouble());
@@ -206,7 +210,7 @@ void storeStartValues(filterProcessObject& step, const QList<QVariant>& values)
 }
 
 // Writes the task's values into the preset's Settings and Controls.
-void applyParameters(filterProcessObject& step, const QList<QVariant>& values, pugi::xml_node settingsNode,
+void applyParameters(filterProcessObject& step, const ParameterValues& values, pugi::xml_node settingsNode,
     pugi::xml_node controls)
 {
     const RecordListPtr components = step.filterData->list(key::Components);
@@ -216,10 +220,11 @@ void applyParameters(filterProcessObject& step, const QList<QVariant>& values, p
     // Controls by id, the first element of each id; built only when needed.
     std::unordered_map<std::string, pugi::xml_node> byId;
     bool indexed = false;
-    for (qsizetype i = 0; i < values.size() && i < static_cast<qsizetype>(components->size()); ++i) {
-        const RecordPtr& parameter = (*components)[static_cast<size_t>(i)];
-        const QVariant& value = values.at(i);
-        if (!parameter || !value.isValid())
+    for (const auto& [index, value] : values) {
+        if (index >= static_cast<qsizetype>(components->size()))
+            break;
+        const RecordPtr& parameter = (*components)[static_cast<size_t>(index)];
+        if (!parameter)
             continue;
         const std::optional<controlType> kind = parameter->type();
         if (!kind)
@@ -283,7 +288,7 @@ bool writeRunFile(filterProcessObject& step, pugi::xml_document& document, qint6
 // The run file of a frame's first (or only) task: the definition with the
 // chosen preset and this task's values; map tasks also set map_type.
 bool writeDefinitionRunFile(filterProcessObject& step, qint64 index, std::optional<qint64> mapindex,
-    const QList<QVariant>* values, pugi::xml_node task, QString* error)
+    const ParameterValues* values, pugi::xml_node task, QString* error)
 {
     if (!step.filterData) {
         if (error)
@@ -469,7 +474,7 @@ pugi::xml_node filterProcessObject::writePlannedTask(
     pugi::xml_node task = beginTask(*this, tasks, imagepath);
     appendResultAndPreset(task, planned.resultPath);
     if (planned.carriesValues) {
-        const QList<QVariant>* values = planned.valuesKnown ? &planned.values : nullptr;
+        const ParameterValues* values = planned.valuesKnown ? &planned.values : nullptr;
         if (!writeDefinitionRunFile(*this, index, planned.mapKind, values, task, error)) {
             tasks.remove_child(task);
             return {};

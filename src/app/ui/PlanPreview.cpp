@@ -11,17 +11,16 @@ namespace quillon {
 
 namespace {
 
-QString valuesText(const QStringList& names, const QList<QVariant>& values)
+QString valuesText(const QStringList& names, const ParameterValues& values)
 {
     QStringList parts;
-    for (qsizetype i = 0; i < values.size() && i < names.size(); ++i) {
-        const QVariant& value = values.at(i);
-        if (!value.isValid())
+    for (const auto& [index, value] : values) {
+        if (index >= names.size())
             continue;
         const QString text = value.typeId() == QMetaType::Double
             ? QString::asprintf("%0.3f", value.toDouble())
             : value.toString();
-        parts.append(QStringLiteral("%1=%2").arg(names.at(i), text));
+        parts.append(QStringLiteral("%1=%2").arg(names.at(index), text));
     }
     return parts.join(QStringLiteral(", "));
 }
@@ -43,7 +42,7 @@ PlanPreview::PlanPreview(const RunPlan& plan, QWidget* parent)
     m_table->horizontalHeader()->setStretchLastSection(true);
     int row = 0;
     for (const PlannedToolRun& run : plan.toolRuns) {
-        QList<QVariant> values;
+        ParameterValues values;
         for (const PlannedTask& task : run.tasks) {
             if (task.carriesValues)
                 values = task.values;
