@@ -54,6 +54,7 @@ TEST_F(CliToolStatus, EveryToolRunEndIsInTheExitCodeTheReportAndTheClosingLines)
         for (auto it = c.toolRun.begin(); it != c.toolRun.end(); ++it)
             EXPECT_EQ(run[it.key()], it.value()) << it.key().toStdString();
         EXPECT_EQ(root["failedToolRuns"].toInt(), c.exitCode == 0 ? 0 : 1);
+        EXPECT_EQ(run["startError"].toString().isEmpty(), c.toolRun["end"] != "start failed");
         QDir(m_out).removeRecursively();
         QDir().mkpath(m_out);
     }

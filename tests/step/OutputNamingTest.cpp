@@ -39,7 +39,7 @@ TEST_F(OutputNaming, PrefixBaseChainPositionAndFrame)
 TEST_F(OutputNaming, BaseNameOfAPath)
 {
     const char* const rows[][2] = { { "a.b.png", "a.b.png" }, { "/in/photo.png", "photo" },
-        { "dir.x/stone", "stone" }, { "/in/photo.png/", "photo" }, { "", "" } };
+        { "dir.x/stone", "stone" }, { "/in/photo.png/", "photo" }, { "", "" }, { "/in/.png", "" } };
     for (const auto& row : rows)
         EXPECT_EQ(filterProcessObject::makeBaseNameFromPathWithPath(QString::fromUtf8(row[0])),
             QString::fromUtf8(row[1]));

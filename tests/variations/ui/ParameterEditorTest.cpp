@@ -74,6 +74,8 @@ TEST_F(ParameterEditorTest, TableShowsActiveKindNameModeAndRange)
         (QStringList { "0 [Slider] Glow [Random] 0 - 1", "0 [IntSlider] Radius [Random] 1 - 255",
             "0 [Angle] Angle [Random] 0 - 360", "0 [Checkbox] Invert [Random] 0 - 1",
             "2 [Variation] Variations [Random] 1 - 30000" }));
+    // Only the check box of a row is edited in the table.
+    EXPECT_FALSE(m_editor.model()->setData(m_editor.model()->index(0, 0), Qt::Checked, Qt::EditRole));
 }
 
 TEST_F(ParameterEditorTest, EditorShowsOnlyForAnActiveRowAndNamesIt)
