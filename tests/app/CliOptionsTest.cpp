@@ -21,7 +21,7 @@ TEST(CliOptions, FlagsFillTheRunSettings)
                   "letter", "--format", "png", "--preset", "1", "--log", "--seed", "42", "--antialias", "off",
                   "--dither", "on", "--png-bitdepth", "16", "--png-compression", "best", "--tiff-bitdepth",
                   "24", "--tiff-compression", "lzw", "--tga-bitdepth", "32", "--tga-flip", "on",
-                  "--jpeg-quality", "95", "--maps", "normal,base,metallic", "--filter", "c.ffxml" },
+                  "--jpeg-quality", "95", "--maps", "normal,base,metallic", "--filter", "c.ffxml", "--jobs", "1024" },
             &options),
         CliParseResult::Run);
     EXPECT_EQ(options.filterFiles, (QStringList { "a.ffxml", "b.ffxml", "c.ffxml" }));
@@ -39,6 +39,7 @@ TEST(CliOptions, FlagsFillTheRunSettings)
                   s.tiffBitDepth, s.tiffCompression, s.tgaBitDepth, s.tgaFlipOrder, s.activateMaps),
         std::tuple(1, 1, 0, 1, 1, 2, 2, 1, 1, 1, 1));
     EXPECT_EQ(s.mapBoxes, (std::array<int, 10> { 1, 0, 0, 0, 1, 0, 0, 0, 0, 1 }));
+    EXPECT_EQ(s.toolJobs, 1024);
 }
 
 TEST(CliOptions, UnusableFlagsAreUsageErrors)
@@ -48,7 +49,7 @@ TEST(CliOptions, UnusableFlagsAreUsageErrors)
         { "--input", "a", "--input-dir", "b" }, { "--chain", "c.qlch", "--filter", "d.ffxml" },
         { "--preset", "-1" }, { "--seed", "x" }, { "stray" }, { "--tool" }, { "--run-part", "bundle" },
         { "--run-part", "bundle", "-1" }, { "--collect", "bundle", "--dry-run" },
-        { "--slurm-bundle", "bundle", "--save-chain", "c.qlch" } };
+        { "--slurm-bundle", "bundle", "--save-chain", "c.qlch" }, { "--jobs", "1025" } };
     for (const QStringList& flags : bad) {
         CliOptions options;
         QString error;
