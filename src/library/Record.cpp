@@ -96,12 +96,6 @@ bool Record::boolean(const QString& key, bool fallback) const
     return fallback;
 }
 
-bool Record::holdsInteger(const QString& key) const
-{
-    const auto it = m_values.constFind(key);
-    return it != m_values.cend() && isIntegerType(it->typeId());
-}
-
 bool Record::holdsReal(const QString& key) const
 {
     const auto it = m_values.constFind(key);

@@ -87,8 +87,6 @@ public:
     double real(const QString& key, double fallback = 0.0) const;
     // A boolean, or a number compared with zero.
     bool boolean(const QString& key, bool fallback = false) const;
-    // True when the key holds an integer or boolean (not a real).
-    bool holdsInteger(const QString& key) const;
     // True when the key holds a real.
     bool holdsReal(const QString& key) const;
     std::optional<controlType> type(const QString& key = key::CONTROL_TYPE) const;

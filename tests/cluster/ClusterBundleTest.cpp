@@ -72,7 +72,7 @@ TEST_F(ClusterBundle, RefusesAndCountsWhatFailed)
     const QJsonObject report = readJson(bundle + "/report.json");
     EXPECT_EQ(report.value("failedToolRuns").toInt(), 1);
     EXPECT_EQ(report.value("plan")["toolRuns"][0]["exitCode"].toInt(), 5);
-    EXPECT_EQ(run({ "--run-part", bundle, "1" }).exitCode, 2);
+    expectExit(run({ "--run-part", bundle, "1" }), 2, "The bundle has elements 0 to 0, not 1");
     // A bundle whose chain no longer reads runs nothing.
     writeFile(QStringLiteral("bundle/chain.qlch"), "damaged");
     expectExit(run({ "--run-part", bundle, "0" }), 2, "Cannot read the chain file " + bundle + "/chain.qlch");

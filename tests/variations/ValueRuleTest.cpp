@@ -143,4 +143,8 @@ TEST(ValueRuleLimits, ValuesBeyondTheIntegerRangeClamp)
     EXPECT_EQ(nextVariationValue(*sweep, 0.5, fixed(0)), qi(0));
     auto steep = makeRow(controlType::kTypeIntSlider, 1, qi(0), qi(top), qi(5));
     EXPECT_EQ(nextVariationValue(*steep, 1e-300, fixed(0)), qi(top));
+    // 2^63, one past the top, is the first double that clamps.
+    Record past;
+    past.setReal(key::MAXVALUE, 9223372036854775808.0);
+    EXPECT_EQ(past.integer(key::MAXVALUE), top);
 }
