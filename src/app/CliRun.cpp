@@ -8,7 +8,6 @@
 #include <QFileInfo>
 #include <QLoggingCategory>
 
-
 #include <cstdio>
 #include <utility>
 

@@ -5,7 +5,6 @@
 #include "run/SafeFile.h"
 
 #include <QHash>
-
 #include <QString>
 #include <QStringList>
 

@@ -9,16 +9,12 @@
 
 namespace quillon {
 
-namespace {
-
-QString valueText(const QVariant& value)
+QString plannedValueText(const QVariant& value)
 {
     if (value.typeId() == QMetaType::Double)
         return QString::asprintf("%0.3f", value.toDouble());
     return value.toString();
 }
-
-} // namespace
 
 bool PlannedToolRun::hasWork() const
 {
@@ -120,7 +116,7 @@ QString RunPlan::describe() const
                 text += QStringLiteral("  (skipped: exists)");
             for (const auto& [index, value] : values) {
                 if (index < names.size())
-                    text += QStringLiteral("  %1=%2").arg(names.at(index), valueText(value));
+                    text += QStringLiteral("  %1=%2").arg(names.at(index), plannedValueText(value));
             }
             text += QLatin1Char('\n');
         }

@@ -22,6 +22,8 @@ struct ParameterValue {
 };
 // Only the parameters that vary, by ascending position.
 using ParameterValues = QList<ParameterValue>;
+// A planned value as the plan shows it: reals with three decimals.
+QString plannedValueText(const QVariant& value);
 
 // One task of a tool run: one image the tool is to write.
 struct PlannedTask {

@@ -17,10 +17,7 @@ QString valuesText(const QStringList& names, const ParameterValues& values)
     for (const auto& [index, value] : values) {
         if (index >= names.size())
             continue;
-        const QString text = value.typeId() == QMetaType::Double
-            ? QString::asprintf("%0.3f", value.toDouble())
-            : value.toString();
-        parts.append(QStringLiteral("%1=%2").arg(names.at(index), text));
+        parts.append(QStringLiteral("%1=%2").arg(names.at(index), plannedValueText(value)));
     }
     return parts.join(QStringLiteral(", "));
 }
