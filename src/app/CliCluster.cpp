@@ -37,6 +37,7 @@ void CliRun::waitForRun(BatchController& controller, CliDisplay& display)
 {
     QEventLoop loop;
     connect(&controller, &BatchController::runFinished, &loop, &QEventLoop::quit);
+    connect(&controller, &BatchController::runRefused, &loop, &QEventLoop::quit);
     connect(this, &CliRun::abortRequested, &controller, &BatchController::abortProcessWithSender);
     if (m_interrupted.load())
         controller.abortProcessWithSender();
@@ -57,29 +58,17 @@ int CliRun::execBundle(const CliOptions& options, const RecordList& chain)
     for (QString* path : { &settings.toolPath, &settings.outputPath, &settings.sourcePath })
         *path = absolute(*path);
     CliDisplay display;
+    display.existingPolicy = options.existing;
     BatchController controller(&display);
     RunPlan plan;
-    if (!controller.planBatch(chain, settings, &plan, &error))
+    if (!controller.planBatch(chain, settings, &plan, &error)) {
+        if (options.existing == ExistingOutputs::Cancel && !error.isEmpty())
+            writeCliError(error);
         return kCliExitFailed;
-    settings.seed = plan.seed;
-    if (const QString warning = outputInsideInputWarning(settings); !warning.isEmpty())
-        writeCliError(QStringLiteral("warning: ") + warning);
-    if (const QStringList existing = existingFinalOutputs(plan); !existing.isEmpty()) {
-        switch (options.existing) {
-        case ExistingOutputs::Cancel:
-            writeCliError(QStringLiteral("%1 of the planned outputs exist already: %2")
-                              .arg(existing.size())
-                              .arg(nameSome(existing)));
-            return kCliExitFailed;
-        case ExistingOutputs::Skip:
-            plan.skipOutputs(existing);
-            break;
-        case ExistingOutputs::Replace:
-            consoleLine(
-                lcFiles(), QStringLiteral("the run will replace %1 existing files").arg(existing.size()));
-            break;
-        }
     }
+    settings.seed = plan.seed;
+    if (display.replaced > 0)
+        consoleLine(lcFiles(), QStringLiteral("the run will replace %1 existing files").arg(display.replaced));
     const BundleRequest request { absolute(options.slurmBundle), chain, settings, plan, options.slurmOptions,
         QCoreApplication::applicationFilePath(), absolute(options.reportFile) };
     if (!writeClusterBundle(request, &error)) {
@@ -125,12 +114,14 @@ int CliRun::execPart(const CliOptions& options)
     display.terminal = ::isatty(STDERR_FILENO) == 1;
     BatchController controller(&display);
     controller.setRunPart(BatchController::RunPart { part.plan, part.element });
-    if (!controller.startBatchWithSender(part.bundle.chain, part.settings, &error)) {
+    const bool accepted = controller.startBatchWithSender(part.bundle.chain, part.settings, &error);
+    if (accepted)
+        waitForRun(controller, display);
+    if (!accepted || !controller.refusal().isEmpty()) {
         QString ignored;
-        writePartReport(part, controller, kCliExitFailed, error, &ignored);
+        writePartReport(part, controller, kCliExitFailed, accepted ? controller.refusal() : error, &ignored);
         return kCliExitFailed;
     }
-    waitForRun(controller, display);
     writeCliError(QStringLiteral("element %1: ").arg(part.element) + controller.outcomeLine());
     int code = kCliExitOk;
     if (m_interrupted.load() || controller.isAborted())

@@ -228,7 +228,8 @@ bool resolveCliPaths(CliOptions* options, QString* error)
         }
     }
     const QString output = settings.outputPath;
-    if (options->makeOutputDirectory && !output.isEmpty() && !QFileInfo(output).isDir()
+    // A dry run only plans: the check counts the directory as made.
+    if (options->makeOutputDirectory && !options->dryRun && !output.isEmpty() && !QFileInfo(output).isDir()
         && !QDir().mkpath(output)) {
         if (error)
             *error = QStringLiteral("%1: cannot create the output directory").arg(output);

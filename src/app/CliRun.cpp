@@ -27,7 +27,8 @@ void writeLine(std::FILE* stream, const QString& text)
 // Every line on standard error carries the program's name.
 void writeError(const QString& message)
 {
-    writeLine(stderr, QStringLiteral("quillon-cli: ") + message);
+    const QString prefix = QStringLiteral("quillon-cli: ");
+    writeLine(stderr, prefix + QString(message).replace(QLatin1Char('\n'), QLatin1Char('\n') + prefix));
 }
 
 } // namespace
@@ -113,6 +114,11 @@ ExistingOutputs CliDisplay::askExistingOutputs(const QStringList& paths)
     return existingPolicy;
 }
 
+void CliDisplay::showNotice(const QString& message)
+{
+    writeLine(stderr, QStringLiteral("quillon-cli: note: ") + message);
+}
+
 bool CliDisplay::confirmWarning(const QString& message)
 {
     writeLine(stderr, QStringLiteral("quillon-cli: warning: ") + message);
@@ -171,24 +177,32 @@ int CliRun::exec(const QStringList& arguments)
     BatchController controller(&display);
     if (options.dryRun) {
         RunPlan plan;
-        if (!controller.planBatch(chain, options.settings, &plan, &error))
+        if (!controller.planBatch(chain, options.settings, &plan, &error, options.makeOutputDirectory)) {
+            if (options.existing == ExistingOutputs::Cancel && !error.isEmpty())
+                writeError(error);
             return kCliExitFailed;
+        }
+        if (display.replaced > 0)
+            writeError(QStringLiteral("the run would replace %1 existing files").arg(display.replaced));
         const QByteArray text = options.json ? plan.toJson() : plan.describe().toUtf8() + '\n';
         std::fwrite(text.constData(), 1, static_cast<size_t>(text.size()), stdout);
         return kCliExitOk;
     }
-    // The check's message already went to standard error through the display.
-    if (!controller.startBatchWithSender(chain, options.settings, &error)) {
-        if (options.existing == ExistingOutputs::Cancel && !error.isEmpty())
-            writeError(error);
-        return kCliExitFailed;
-    }
-    if (lcPlan().isInfoEnabled() && controller.plan()) {
+    connect(&controller, &BatchController::runStarted, this, [&controller] {
+        if (!lcPlan().isInfoEnabled() || !controller.plan())
+            return;
         for (const QString& line : controller.plan()->describe().split(QLatin1Char('\n')))
             consoleLine(lcPlan(), QStringLiteral("plan: ") + line);
-    }
-
+    });
+    // The check's message already went to standard error through the display.
+    if (!controller.startBatchWithSender(chain, options.settings, &error))
+        return kCliExitFailed;
     waitForRun(controller, display);
+    if (!controller.refusal().isEmpty()) {
+        if (options.existing == ExistingOutputs::Cancel)
+            writeError(controller.refusal());
+        return kCliExitFailed;
+    }
     if (display.replaced > 0)
         consoleLine(lcFiles(), QStringLiteral("replaced %1 existing files").arg(display.replaced));
     writeError(controller.outcomeLine());

@@ -35,6 +35,7 @@ public:
     void showRenderInfo(const QString& info) override { (void)info; }
     ExistingOutputs askExistingOutputs(const QStringList& paths) override;
     bool confirmWarning(const QString& message) override;
+    void showNotice(const QString& message) override;
 
     void showImageProgress(
         qint64 done, qint64 total, qint64 elapsedMs, qint64 leftMs, const QString& latest) override;

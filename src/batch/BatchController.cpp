@@ -3,99 +3,39 @@
 #include "batch/BatchDisplay.h"
 #include "batch/InputListing.h"
 #include "batch/PlanChecks.h"
-#include "batch/RunPlanner.h"
+#include "batch/RunWorker.h"
 #include "run/Console.h"
-#include "run/SafeFile.h"
-#include "step/FilterProcessObject.h"
-#include "variations/ValueRule.h"
 
-#include <QCoreApplication>
-#include <QDir>
-#include <QEventLoop>
 #include <QFileInfo>
-#include <QMetaObject>
-#include <QMutexLocker>
 #include <QThread>
-#include <QTimer>
+#include <QtConcurrent/QtConcurrentRun>
 
-#include <algorithm>
-#include <cstdio>
-#include <random>
 #include <utility>
-
-#include <unistd.h>
 
 namespace quillon {
 
-const QString BatchController::kLogFileName = QStringLiteral("qlrn_logfile.txt");
-const QString BatchController::kLogTitle = QStringLiteral("Quillon log");
-
-namespace {
-
-// The canonical form of a path whose last component may not exist (or may
-// be a link that must not be followed): the parent resolved, the name kept.
-// A run hands over thousands of files of one directory, so each parent is
-// resolved once per cache.
-QString canonicalParentJoined(const QString& path, QHash<QString, QString>& parents)
-{
-    const QFileInfo info(QDir::cleanPath(QFileInfo(path).absoluteFilePath()));
-    const QString parentPath = info.absolutePath();
-    auto known = parents.constFind(parentPath);
-    if (known == parents.cend())
-        known = parents.insert(parentPath, QFileInfo(parentPath).canonicalFilePath());
-    const QString& parent = known.value();
-    if (parent.isEmpty())
-        return {};
-    return parent.endsWith(QLatin1Char('/')) ? parent + info.fileName()
-                                             : parent + QLatin1Char('/') + info.fileName();
-}
-
-QString absolutePath(const QString& path)
-{
-    return path.isEmpty() ? path : QDir::cleanPath(QFileInfo(path).absoluteFilePath());
-}
-
-// Runs `work` on a thread of its own while this thread goes on serving its
-// events (painting, timers, signals), all but user input, which waits until
-// the work is done: nothing can start a second Start meanwhile.
-void runAside(const std::function<void()>& work)
-{
-    QEventLoop loop;
-    std::unique_ptr<QThread> thread(QThread::create(work));
-    thread->setObjectName(QStringLiteral("quillon-planner"));
-    QObject::connect(thread.get(), &QThread::finished, &loop, &QEventLoop::quit);
-    thread->start();
-    loop.exec(QEventLoop::ExcludeUserInputEvents);
-    // An application quitting ends the loop early; the work is waited for.
-    thread->wait();
-}
-
-} // namespace
+const QString& BatchController::kLogFileName = RunLog::kFileName;
+const QString& BatchController::kLogTitle = RunLog::kTitle;
 
 BatchController::BatchController(BatchDisplay* display, QObject* parent)
     : QObject(parent)
     , m_display(display)
 {
+    connect(&m_planning, &QFutureWatcher<StartPlan>::finished, this, &BatchController::planned);
 }
 
 BatchController::~BatchController()
 {
     // The display usually goes first; a run still going winds down unseen.
     m_display = nullptr;
-    if (m_running) {
-        abortProcessWithSender();
-        QEventLoop loop;
-        connect(this, &BatchController::runFinished, &loop, &QEventLoop::quit);
-        if (m_running)
-            loop.exec();
+    m_planning.waitForFinished();
+    if (m_thread) {
+        m_worker->abort();
+        m_thread->quit();
+        m_thread->wait();
+        delete m_thread;
     }
-    reapWorker();
-    for (QThread* worker : std::as_const(m_retiredWorkers)) {
-        worker->wait();
-        delete worker;
-    }
-    m_retiredWorkers.clear();
-    closeRunLog();
+    m_journal.end();
 }
 
 void BatchController::setStandardOutput(std::function<void(const QString&)> sink)
@@ -111,10 +51,11 @@ void BatchController::printLine(const QLoggingCategory& category, const QString&
         consoleLine(category, text);
 }
 
-bool BatchController::failCheck(const QString& message, QString* error, bool alert)
+bool BatchController::refuse(const QString& message, QString* error, bool alert)
 {
     m_journal.end();
     m_plan.reset();
+    m_refusal = message;
     if (error)
         *error = message;
     if (m_display && alert)
@@ -122,108 +63,8 @@ bool BatchController::failCheck(const QString& message, QString* error, bool ale
     return false;
 }
 
-bool BatchController::checkSettings(QString* error)
+bool BatchController::startBatchWithSender(const RecordList& chain, const RunSettings& settings, QString* error)
 {
-    if (m_chain.empty())
-        return failCheck(QStringLiteral("No filters in the queue"), error);
-    if (m_settings.toolPath.isEmpty() || !QFileInfo::exists(m_settings.toolPath))
-        return failCheck(QStringLiteral("No Batchrender tool selected"), error);
-    const QFileInfo output(m_settings.outputPath);
-    if (m_settings.outputPath.isEmpty() || !output.exists() || !output.isDir())
-        return failCheck(QStringLiteral("No output path selected"), error);
-    // Output names are the prefix followed by more name: a slash would put
-    // them in another directory.
-    if (m_outputPrefix.contains(QLatin1Char('/')) || m_outputPrefix.contains(QChar(0)))
-        return failCheck(QStringLiteral("The file name prefix cannot contain a slash"), error);
-    return true;
-}
-
-bool BatchController::checkInputs(QString* error)
-{
-    const QString& source = m_settings.sourcePath;
-    switch (m_settings.inputMode) {
-    case InputMode::File:
-        if (source.isEmpty() || !QFileInfo::exists(source))
-            return failCheck(QStringLiteral("Input file does not exist"), error);
-        break;
-    case InputMode::Directory: {
-        const QFileInfo directory(source);
-        if (source.isEmpty() || !directory.exists() || !directory.isDir())
-            return failCheck(QStringLiteral("Input directory does not exist"), error);
-        if (!directory.isReadable() || !directory.isExecutable())
-            return failCheck(QStringLiteral("Error scanning input directory"), error);
-        if (!hasAnyEntry(source))
-            return failCheck(QStringLiteral("Input directory empty"), error);
-        break;
-    }
-    case InputMode::None:
-        if (m_outputPrefix.isEmpty())
-            return failCheck(
-                QStringLiteral("No filename gives (file prefix when running without input)"), error);
-        break;
-    }
-    if (const auto frames = m_settings.frameCountReal(); frames && *frames < 0)
-        return failCheck(QStringLiteral("Number of frames must not be negative"), error);
-    // The steps write absolute paths into the task files and the tool is
-    // started by path, never looked up in PATH. The inputs keep the form the
-    // user gave.
-    const QString givenSource = m_settings.sourcePath;
-    m_settings.toolPath = absolutePath(m_settings.toolPath);
-    m_settings.outputPath = absolutePath(m_settings.outputPath);
-    m_settings.sourcePath = absolutePath(m_settings.sourcePath);
-    m_canonicalOutputDir = QFileInfo(m_settings.outputPath).canonicalFilePath();
-    // The whole run, computed before anything of it is written. Listing a
-    // folder of tens of thousands of inputs, planning their outputs and
-    // looking at each final output take a while, so they run aside, on
-    // copies of the records.
-    StartPlan start;
-    if (m_part) {
-        // A part of a bundled run: its inputs and plan are those the bundle
-        // fixed.
-        for (const PlannedToolRun& run : std::as_const(m_part->plan->toolRuns)) {
-            if (run.step == 0 && !run.input.isEmpty())
-                start.inputs.append(run.input);
-        }
-        start.plan = m_part->plan;
-        m_settings.seed = start.plan->seed;
-        checkStartPlan(start);
-    } else {
-        if (!m_settings.seed)
-            m_settings.seed = std::random_device()() | (quint64(std::random_device()()) << 32);
-        runAside([&start, chain = copyChain(m_chain), settings = m_settings, givenSource] {
-            start = planStart(chain, settings, givenSource);
-        });
-    }
-    m_inputs = std::move(start.inputs);
-    m_plan = std::move(start.plan);
-    m_existingFinals = std::move(start.existingFinals);
-    m_finalBefore = std::move(start.finalsBefore);
-    if (!start.refusal.isEmpty())
-        return failCheck(start.refusal, error);
-    return true;
-}
-
-bool BatchController::planBatch(
-    const RecordList& chain, const RunSettings& settings, RunPlan* plan, QString* error)
-{
-    if (m_running)
-        return false;
-    m_settings = settings;
-    m_chain = chain;
-    m_outputPrefix = settings.outputPrefix;
-    if (!checkSettings(error) || !checkInputs(error))
-        return false;
-    if (plan)
-        *plan = *m_plan;
-    m_plan.reset();
-    return true;
-}
-
-bool BatchController::startBatchWithSender(
-    const RecordList& chain, const RunSettings& settings, QString* error)
-{
-    // Until the completion has run, the old worker still reads the abort flag
-    // and the snapshot.
     if (m_running) {
         if (error)
             *error = QStringLiteral("A batch run is still going");
@@ -231,27 +72,62 @@ bool BatchController::startBatchWithSender(
             m_display->beep();
         return false;
     }
-    reapWorker();
-
-    m_isAborted.store(false);
+    m_isAborted = false;
+    m_refusal.clear();
     m_settings = settings;
     m_chain = chain;
-    m_outputPrefix = settings.outputPrefix;
-
-    if (!checkSettings(error))
-        return false;
+    for (RecordPtr& record : m_chain) {
+        if (!record)
+            record = Record::create();
+    }
+    if (const QString refusal = settingsRefusal(m_chain, m_settings); !refusal.isEmpty())
+        return refuse(refusal, error);
     // Nothing is written into the directory before the run holds it.
+    if (!takeOutputDirectory(error))
+        return false;
+    // A handle left from an earlier run is never written again.
+    m_log.close();
+    if (m_settings.toolLog == 1) {
+        QString why;
+        if (!m_log.open(m_settings.outputPath, &why))
+            printLine(lcProblems(), QStringLiteral("Error creating logfile ") + why);
+    }
+    m_running = true;
+    // The window stays covered while the run is planned.
+    if (m_display)
+        m_display->beginProgressSheet();
+    if (m_part) {
+        StartPlan part;
+        part.settings = m_settings;
+        part.plan = m_part->plan;
+        part.settings.seed = part.plan->seed;
+        for (const PlannedToolRun& run : std::as_const(part.plan->toolRuns)) {
+            if (run.step == 0 && !run.input.isEmpty())
+                part.inputs.append(run.input);
+        }
+        m_planning.setFuture(QtConcurrent::run([part]() mutable {
+            checkStartPlan(part);
+            return part;
+        }));
+    } else {
+        m_planning.setFuture(QtConcurrent::run(planStart, PlanRequest { copyChain(m_chain), m_settings }));
+    }
+    return true;
+}
+
+bool BatchController::takeOutputDirectory(QString* error)
+{
     QStringList leftovers;
     const RunJournal::Begin taken = m_part
         ? m_journal.beginPart(m_settings.outputPath, m_part->jobFolder, &leftovers)
         : m_journal.begin(m_settings.outputPath, &leftovers);
     switch (taken) {
     case RunJournal::Begin::Busy:
-        return failCheck(QStringLiteral("Another run is using this output directory"), error);
+        return refuse(QStringLiteral("Another run is using this output directory"), error);
     case RunJournal::Begin::NotAFolder:
-        return failCheck(QStringLiteral("The output directory holds a file named %1; Quillon needs that name "
-                                        "for a folder of its own")
-                             .arg(RunJournal::kFolderName),
+        return refuse(QStringLiteral("The output directory holds a file named %1; Quillon needs that name "
+                                     "for a folder of its own")
+                          .arg(RunJournal::kFolderName),
             error);
     case RunJournal::Begin::Ok:
         break;
@@ -261,89 +137,142 @@ bool BatchController::startBatchWithSender(
     // The parts of a run share the output directory: each keeps its task
     // files in a folder of its own, or does not run.
     if (m_part && m_journal.jobFolder(m_part->jobFolder).isEmpty())
-        return failCheck(QStringLiteral("Cannot make the folder %1/job-%2 in the output directory")
-                             .arg(RunJournal::kFolderName)
-                             .arg(m_part->jobFolder),
+        return refuse(QStringLiteral("Cannot make the folder %1/job-%2 in the output directory")
+                          .arg(RunJournal::kFolderName)
+                          .arg(m_part->jobFolder),
             error);
+    return true;
+}
 
-    // A handle left from an earlier run is never written again.
-    closeRunLog();
-    m_dolog = m_settings.toolLog == 1;
-    if (m_dolog)
-        openRunLog();
+bool BatchController::settle(StartPlan& start, QString* error)
+{
+    if (!start.refusal.isEmpty())
+        return refuse(start.refusal, error);
+    for (const QString& note : std::as_const(start.notes)) {
+        if (m_display)
+            m_display->showNotice(note);
+    }
+    if (!start.warning.isEmpty() && m_display && !m_display->confirmWarning(start.warning))
+        return refuse(QString(), error, false);
+    if (!start.existingFinals.isEmpty()) {
+        const ExistingOutputs answer
+            = m_display ? m_display->askExistingOutputs(start.existingFinals) : ExistingOutputs::Replace;
+        applyExistingPolicy(start, answer);
+        if (!start.refusal.isEmpty())
+            return refuse(start.refusal, error, false);
+    }
+    return true;
+}
 
-    if (!checkInputs(error))
+bool BatchController::planBatch(
+    const RecordList& chain, const RunSettings& settings, RunPlan* plan, QString* error, bool outputWillBeMade)
+{
+    if (m_running)
         return false;
-    if (const QString warning = outputInsideInputWarning(m_settings); !warning.isEmpty()) {
-        if (m_display && !m_display->confirmWarning(warning))
-            return failCheck(QString(), error, false);
-    }
-    if (const QStringList existing = std::exchange(m_existingFinals, {}); !existing.isEmpty()) {
-        switch (m_display ? m_display->askExistingOutputs(existing) : ExistingOutputs::Replace) {
-        case ExistingOutputs::Cancel:
-            return failCheck(QStringLiteral("%1 of the planned outputs exist already: %2")
-                                 .arg(existing.size())
-                                 .arg(nameSome(existing)),
-                error, false);
-        case ExistingOutputs::Skip:
-            m_plan->skipOutputs(existing);
-            break;
-        case ExistingOutputs::Replace:
-            break;
-        }
-    }
+    StartPlan start = planStart(PlanRequest { copyChain(chain), settings, outputWillBeMade });
+    if (!settle(start, error))
+        return false;
+    if (plan)
+        *plan = *start.plan;
+    return true;
+}
 
+void BatchController::planned()
+{
+    StartPlan start = m_planning.result();
+    m_settings = start.settings;
+    m_plan = start.plan;
+    m_inputs = start.inputs;
+    m_finalBefore = start.finalsBefore;
+    if (!start.refusal.isEmpty() && m_display)
+        m_display->endProgressSheet();
+    if (!settle(start, nullptr)) {
+        if (m_display)
+            m_display->endProgressSheet();
+        m_running = false;
+        Q_EMIT runRefused(m_refusal);
+        return;
+    }
+    startWorker();
+}
+
+void BatchController::startWorker()
+{
+    const bool maps = m_settings.activateMaps == 1 && m_chain.size() == 1;
+    for (const RecordPtr& record : m_chain)
+        applyMapChoice(*record, m_settings, maps);
     m_imagesDone = 0;
     m_imagesPlanned = 0;
     for (const PlannedToolRun& run : std::as_const(m_plan->toolRuns)) {
         for (const PlannedTask& task : run.tasks)
             m_imagesPlanned += task.skipped ? 0 : 1;
     }
-    {
-        QMutexLocker lock(&m_outcomeMutex);
-        m_toolRunOutcomes = QList<ToolRunOutcome>(m_plan->toolRuns.size());
-    }
+    m_toolRunOutcomes = QList<ToolRunOutcome>(m_plan->toolRuns.size());
+    m_cleanup.begin(m_settings.outputPath, m_inputs + QStringList { m_settings.sourcePath });
     m_clock.start();
-    m_running = true;
     if (m_display)
-        m_display->beginProgressSheet();
+        m_display->planRun(static_cast<int>(m_inputs.size()), static_cast<int>(m_chain.size()),
+            m_settings.frameCount());
     Q_EMIT runStarted();
-    buildLaunchQueue();
-    return true;
+
+    RunWorker::Job job { m_plan, m_chain, m_settings, &m_journal, &m_log, &m_cleanup,
+        m_part ? m_journal.jobFolder(m_part->jobFolder) : QString() };
+    m_thread = new QThread;
+    m_thread->setObjectName(QStringLiteral("quillon-batch-worker"));
+    m_worker = new RunWorker(std::move(job));
+    m_worker->moveToThread(m_thread);
+    connect(m_thread, &QThread::finished, m_worker, &QObject::deleteLater);
+    connect(m_worker, &RunWorker::filterStarted, this, [this](const QString& name, const QString& author) {
+        if (m_display)
+            m_display->showFilterInfo(name, author);
+    });
+    connect(m_worker, &RunWorker::sourceStarted, this, [this](const QString& source) {
+        if (m_display)
+            m_display->showSourceInfo(source);
+    });
+    connect(m_worker, &RunWorker::toolOutput, this, [this](const QString& text) {
+        if (m_display)
+            m_display->showRenderInfo(text);
+        printLine(lcToolOutput(), text);
+    });
+    connect(m_worker, &RunWorker::outputsWritten, this, &BatchController::showProgress);
+    connect(m_worker, &RunWorker::toolRunFinished, this, [this](qsizetype index, const ToolRunOutcome& outcome) {
+        if (index >= 0 && index < m_toolRunOutcomes.size())
+            m_toolRunOutcomes[index] = outcome;
+    });
+    connect(m_worker, &RunWorker::finished, this, &BatchController::workerFinished);
+    // An abort while the run was planned: the worker starts nothing.
+    if (m_isAborted)
+        m_worker->abort();
+    m_thread->start();
+    QMetaObject::invokeMethod(m_worker, &RunWorker::run, Qt::QueuedConnection);
 }
 
-void BatchController::openRunLog()
+void BatchController::workerFinished(const QStringList& deletedLines)
 {
-    // A new file takes the name (a link there is replaced, never followed)
-    // and stays open, so the appends go to that file whatever comes later.
-    const QString path = QDir(m_settings.outputPath).filePath(kLogFileName);
-    QString why;
-    const int fd = createFileAtomically(path, kLogTitle.toUtf8(), &why);
-    if (fd < 0) {
-        printLine(lcProblems(), QStringLiteral("Error creating logfile ") + why);
-        return;
-    }
-    auto handle = std::make_unique<QFile>();
-    if (!handle->open(fd, QIODevice::WriteOnly | QIODevice::Append, QFileDevice::AutoCloseHandle)) {
-        ::close(fd);
-        printLine(lcProblems(), QStringLiteral("Error creating logfile ") + handle->errorString());
-        return;
-    }
-    m_logfh = std::move(handle);
+    if (m_display)
+        m_display->endProgressSheet();
+    for (const QString& line : deletedLines)
+        printLine(lcFiles(), line);
+    m_journal.end();
+    m_elapsedMs = m_clock.isValid() ? m_clock.elapsed() : 0;
+    m_thread->quit();
+    m_thread->wait();
+    delete std::exchange(m_thread, nullptr);
+    m_worker = nullptr;
+    m_running = false;
+    if (m_display)
+        m_display->runFinished(m_isAborted);
+    Q_EMIT runFinished(m_isAborted);
 }
 
-void BatchController::closeRunLog()
+void BatchController::abortProcessWithSender()
 {
-    if (!m_logfh)
-        return;
-    m_logfh->flush();
-    m_logfh->close();
-    m_logfh.reset();
-}
-
-bool BatchController::isLogOpen() const
-{
-    return m_logfh && m_logfh->isOpen();
+    if (m_worker)
+        m_worker->abort();
+    m_isAborted = true;
+    if (m_display)
+        m_display->endProgressSheet();
 }
 
 QStringList BatchController::loadImagesFromSourceFolder(const QString& directory)
@@ -353,126 +282,7 @@ QStringList BatchController::loadImagesFromSourceFolder(const QString& directory
 
 QString BatchController::inputBaseName(const QString& path)
 {
-    const QString last = QFileInfo(path).fileName();
-    const QStringList pieces = last.split(QLatin1Char('.'));
-    return pieces.size() == 2 ? pieces.first() : last;
-}
-
-bool BatchController::isDeletable(const QString& path, ParentCache& parents) const
-{
-    if (path.isEmpty() || m_canonicalOutputDir.isEmpty())
-        return false;
-    const QString candidate = canonicalParentJoined(path, parents);
-    if (candidate.isEmpty())
-        return false;
-    const QString inside = m_canonicalOutputDir.endsWith(QLatin1Char('/'))
-        ? m_canonicalOutputDir
-        : m_canonicalOutputDir + QLatin1Char('/');
-    if (!candidate.startsWith(inside) || candidate.size() == inside.size())
-        return false;
-    if (m_originalInputs.contains(candidate) || m_originalInputs.contains(absolutePath(path)))
-        return false;
-    // Anything but a link resolves to the candidate itself, checked above.
-    const QFileInfo info(path);
-    if (!info.isSymLink())
-        return true;
-    const QString resolved = info.canonicalFilePath();
-    return resolved.isEmpty() || !m_originalInputs.contains(resolved);
-}
-
-void BatchController::collectForDeletionWithList(const QStringList& paths)
-{
-    ParentCache parents;
-    for (const QString& path : paths) {
-        // A path handed over again (every tool run of a step rewrites the
-        // same control file) is deleted once all the same.
-        if (m_interimSet.contains(path) || !isDeletable(path, parents))
-            continue;
-        m_interimSet.insert(path);
-        m_interimFiles.append(path);
-    }
-}
-
-void BatchController::operationComplete()
-{
-    finishCompletion(deleteInterimFiles(beginCompletion()));
-}
-
-QStringList BatchController::beginCompletion()
-{
-    m_runningFilters.clear();
-    if (m_display)
-        m_display->endProgressSheet();
-    if (m_dolog)
-        closeRunLog();
-    m_interimSet.clear();
-    return std::exchange(m_interimFiles, QStringList());
-}
-
-QStringList BatchController::deleteInterimFiles(const QStringList& paths)
-{
-    ParentCache parents;
-    QStringList deletedLines;
-    for (const QString& path : paths) {
-        // Only files this run created and still finds as it left them.
-        if (!isDeletable(path, parents))
-            continue;
-        if (m_journal.removeIfCreated(path))
-            deletedLines.append(QStringLiteral("deleted ") + path);
-    }
-    return deletedLines;
-}
-
-void BatchController::finishCompletion(const QStringList& deletedLines)
-{
-    for (const QString& line : deletedLines)
-        printLine(lcFiles(), line);
-    m_journal.end();
-    m_elapsedMs = m_clock.isValid() ? m_clock.elapsed() : 0;
-
-    m_running = false;
-    const bool aborted = m_isAborted.load();
-    if (m_display)
-        m_display->runFinished(aborted);
-    Q_EMIT runFinished(aborted);
-}
-
-void BatchController::abortProcessWithSender()
-{
-    for (filterProcessObject* step : std::as_const(m_runningFilters))
-        step->abortAction();
-    m_isAborted.store(true);
-    if (m_display)
-        m_display->endProgressSheet();
-}
-
-void BatchController::setFilterInfoWithData(const QStringList& nameAndAuthor)
-{
-    if (m_display)
-        m_display->showFilterInfo(nameAndAuthor.value(0), nameAndAuthor.value(1));
-}
-
-void BatchController::setSourceInfoWithSource(const QString& source)
-{
-    if (m_display)
-        m_display->showSourceInfo(source);
-}
-
-void BatchController::setRenderInfoWithInfo(const QString& info)
-{
-    if (m_display)
-        m_display->showRenderInfo(info);
-    printLine(lcToolOutput(), info);
-}
-
-void BatchController::writeLogFileWithMessage(const QString& message)
-{
-    // Tool runs of several slots write at once.
-    const QMutexLocker locker(&m_logMutex);
-    if (!m_dolog || message.isEmpty() || !m_logfh || !m_logfh->isOpen())
-        return;
-    m_logfh->write(message.toUtf8());
-    m_logfh->flush();
+    return quillon::inputBaseName(path);
 }
 
 } // namespace quillon

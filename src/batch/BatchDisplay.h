@@ -48,6 +48,9 @@ public:
         (void)paths;
         return ExistingOutputs::Replace;
     }
+    // Something the user should know about the run that does not stop it
+    // (entries of the input directory left out).
+    virtual void showNotice(const QString& message) { (void)message; }
     // A warning the user may dismiss (true) or heed by not starting (false).
     virtual bool confirmWarning(const QString& message)
     {

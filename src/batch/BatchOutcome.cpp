@@ -8,8 +8,6 @@
 #include "run/SafeFile.h"
 
 #include <QFileInfo>
-#include <QMetaObject>
-#include <QMutexLocker>
 
 #include <algorithm>
 
@@ -45,22 +43,6 @@ QString describeEnd(const ToolRunOutcome& outcome)
 }
 
 } // namespace
-
-void BatchController::toolRunEnded(const PlannedToolRun* run, const ToolRunOutcome& outcome)
-{
-    if (!run || !m_plan)
-        return;
-    const qsizetype index = run - m_plan->toolRuns.constData();
-    QMutexLocker lock(&m_outcomeMutex);
-    if (index >= 0 && index < m_toolRunOutcomes.size())
-        m_toolRunOutcomes[index] = outcome;
-}
-
-QList<ToolRunOutcome> BatchController::toolRunOutcomes() const
-{
-    QMutexLocker lock(&m_outcomeMutex);
-    return m_toolRunOutcomes;
-}
 
 bool BatchController::hasFailedToolRun() const
 {
@@ -104,26 +86,21 @@ QStringList BatchController::outcomeDetails(qsizetype limit) const
     return lines;
 }
 
-void BatchController::imagesWritten(const QStringList& paths)
+void BatchController::showProgress(const QStringList& written)
 {
-    QMetaObject::invokeMethod(
-        this,
-        [this, paths] {
-            if (!m_running)
-                return;
-            m_imagesDone += paths.size();
-            const qint64 elapsed = m_clock.elapsed();
-            // The rate means something once a few images are in.
-            constexpr qint64 kImagesBeforeEstimate = 3;
-            // Rounded up to whole seconds: never "0:00 left" while work remains.
-            const qint64 remaining = std::max<qint64>(m_imagesPlanned - m_imagesDone, 0);
-            const qint64 left = m_imagesDone >= kImagesBeforeEstimate
-                ? (elapsed * remaining / m_imagesDone + 999) / 1000 * 1000
-                : -1;
-            if (m_display)
-                m_display->showImageProgress(m_imagesDone, m_imagesPlanned, elapsed, left, paths.last());
-        },
-        Qt::QueuedConnection);
+    if (!m_running || written.isEmpty())
+        return;
+    m_imagesDone += written.size();
+    const qint64 elapsed = m_clock.elapsed();
+    // The rate means something once a few images are in; rounded up to whole
+    // seconds: never "0:00 left" while work remains.
+    constexpr qint64 kImagesBeforeEstimate = 3;
+    const qint64 remaining = std::max<qint64>(m_imagesPlanned - m_imagesDone, 0);
+    const qint64 left = m_imagesDone >= kImagesBeforeEstimate
+        ? (elapsed * remaining / m_imagesDone + 999) / 1000 * 1000
+        : -1;
+    if (m_display)
+        m_display->showImageProgress(m_imagesDone, m_imagesPlanned, elapsed, left, written.last());
 }
 
 BatchController::Outcome BatchController::outcome() const
@@ -132,7 +109,7 @@ BatchController::Outcome BatchController::outcome() const
     result.elapsedMs = m_elapsedMs;
     if (!m_plan)
         return result;
-    const bool aborted = m_isAborted.load();
+    const bool aborted = m_isAborted;
     for (const PlannedToolRun& run : std::as_const(m_plan->toolRuns)) {
         if (run.step != m_plan->steps - 1)
             continue;

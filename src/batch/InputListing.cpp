@@ -9,6 +9,7 @@
 
 #include <dirent.h>
 #include <fts.h>
+#include <sys/stat.h>
 
 namespace quillon {
 
@@ -17,6 +18,17 @@ namespace {
 bool decodesExactly(const QByteArray& name)
 {
     return QFile::encodeName(QFile::decodeName(name)) == name;
+}
+
+// A pipe, socket or device, or a link to one: never an image.
+bool isSpecialFile(const char* path)
+{
+    struct stat info {};
+    if (::lstat(path, &info) != 0)
+        return false;
+    if (S_ISLNK(info.st_mode) && ::stat(path, &info) != 0)
+        return false; // a dangling link is listed as it is
+    return !S_ISREG(info.st_mode) && !S_ISDIR(info.st_mode);
 }
 
 } // namespace
@@ -34,7 +46,7 @@ QString escapedName(const QByteArray& bytes)
     return text;
 }
 
-InputListing listInputDirectory(const QString& directory)
+InputListing listInputDirectory(const QString& directory, const QString& excluded)
 {
     InputListing listing;
     const QString root = QDir::cleanPath(QFileInfo(directory).absoluteFilePath());
@@ -46,6 +58,8 @@ InputListing listInputDirectory(const QString& directory)
     if (!walk)
         return listing;
     const qsizetype prefix = rootBytes.endsWith('/') ? rootBytes.size() : rootBytes.size() + 1;
+    const QByteArray excludedBytes
+        = excluded.isEmpty() ? QByteArray() : QFile::encodeName(QDir::cleanPath(excluded));
     while (FTSENT* entry = ::fts_read(walk.get())) {
         if (entry->fts_level == 0) {
             if (entry->fts_info == FTS_DNR || entry->fts_info == FTS_ERR || entry->fts_info == FTS_NS)
@@ -59,6 +73,14 @@ InputListing listInputDirectory(const QString& directory)
         if (relative.startsWith('.')) {
             if (entry->fts_info == FTS_D)
                 ::fts_set(walk.get(), entry, FTS_SKIP);
+            continue;
+        }
+        if (path == excludedBytes) {
+            ::fts_set(walk.get(), entry, FTS_SKIP);
+            continue;
+        }
+        if (entry->fts_info != FTS_D && isSpecialFile(entry->fts_path)) {
+            listing.leftOut.append(escapedName(relative));
             continue;
         }
         if (decodesExactly(path))

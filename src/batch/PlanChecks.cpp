@@ -1,8 +1,11 @@
 #include "batch/PlanChecks.h"
 
+#include "batch/InputListing.h"
 #include "run/RunSettings.h"
+#include "step/XmlFiles.h"
 
 #include <QFileInfo>
+#include <QSet>
 
 namespace quillon {
 
@@ -13,7 +16,89 @@ bool exists(const QString& path)
     return QFileInfo(path).exists() || QFileInfo(path).isSymLink();
 }
 
+// A described check message, with the path it is about on a line of its own.
+QString withPath(const QString& message, const QString& path)
+{
+    return path.isEmpty() ? message : message + QLatin1Char('\n') + path;
+}
+
 } // namespace
+
+QString settingsRefusal(const RecordList& chain, const RunSettings& settings, bool outputWillBeMade)
+{
+    if (chain.empty())
+        return QStringLiteral("No filters in the queue");
+    if (settings.toolPath.isEmpty() || !QFileInfo::exists(settings.toolPath))
+        return withPath(QStringLiteral("No Batchrender tool selected"), settings.toolPath);
+    const QFileInfo output(settings.outputPath);
+    const bool made = outputWillBeMade && !settings.outputPath.isEmpty() && !output.exists() && !output.isSymLink();
+    if (!made && (settings.outputPath.isEmpty() || !output.exists() || !output.isDir()))
+        return withPath(QStringLiteral("No output path selected"), settings.outputPath);
+    // Output names are the prefix followed by more name: a slash would put
+    // them in another directory.
+    if (settings.outputPrefix.contains(QLatin1Char('/')) || settings.outputPrefix.contains(QChar(0)))
+        return QStringLiteral("The file name prefix cannot contain a slash");
+    return {};
+}
+
+QString inputRefusal(const RunSettings& settings)
+{
+    const QString& source = settings.sourcePath;
+    switch (settings.inputMode) {
+    case InputMode::File:
+        if (source.isEmpty() || !QFileInfo::exists(source))
+            return QStringLiteral("Input file does not exist");
+        break;
+    case InputMode::Directory: {
+        const QFileInfo directory(source);
+        if (source.isEmpty() || !directory.exists() || !directory.isDir())
+            return QStringLiteral("Input directory does not exist");
+        if (!directory.isReadable() || !directory.isExecutable())
+            return QStringLiteral("Error scanning input directory");
+        if (!hasAnyEntry(source))
+            return QStringLiteral("Input directory empty");
+        break;
+    }
+    case InputMode::None:
+        if (settings.outputPrefix.isEmpty())
+            return QStringLiteral("No filename gives (file prefix when running without input)");
+        break;
+    }
+    if (const auto frames = settings.frameCountReal(); frames && *frames < 0)
+        return QStringLiteral("Number of frames must not be negative");
+    if (const qint64 limit = frameLimit(settings.nameStyle); settings.frameCount() > limit)
+        return QStringLiteral("Number of frames must not be more than %1 with %2 frame names")
+            .arg(limit)
+            .arg(frameStyleName(settings.nameStyle));
+    return {};
+}
+
+QString presetRefusal(const RecordList& chain, qint64 presetIndex)
+{
+    QSet<QString> checked;
+    for (size_t i = 0; i < chain.size(); ++i) {
+        const RecordPtr& record = chain[i];
+        const QString path = record ? record->string(key::path) : QString();
+        if (path.isEmpty() || checked.contains(path))
+            continue;
+        checked.insert(path);
+        pugi::xml_document document;
+        // An unreadable definition fails its tool runs as it always did.
+        if (!loadXmlFile(document, path))
+            continue;
+        const pugi::xml_node presets = document.document_element().child("Presets");
+        qint64 count = 0;
+        for (pugi::xml_node preset = presets.first_child(); preset; preset = preset.next_sibling())
+            count += preset.type() == pugi::node_element ? 1 : 0;
+        if (presetIndex < 0 || presetIndex >= count)
+            return QStringLiteral("The filter %1 (step %2) has no preset at index %3: it has %4")
+                .arg(record->string(key::name))
+                .arg(i + 1)
+                .arg(presetIndex)
+                .arg(count == 1 ? QStringLiteral("1 preset") : QStringLiteral("%1 presets").arg(count));
+    }
+    return {};
+}
 
 QString nameSome(const QStringList& paths)
 {
@@ -63,9 +148,11 @@ QString outputInsideInputWarning(const RunSettings& settings)
     const QString output = QFileInfo(settings.outputPath).canonicalFilePath();
     if (input.isEmpty() || output.isEmpty())
         return {};
-    if (output != input && !output.startsWith(input + QLatin1Char('/')))
+    // A folder under the input directory is left out of its listing; the
+    // input directory itself cannot be.
+    if (output != input)
         return {};
-    return QStringLiteral("The output directory is inside the input directory: the images this run makes "
+    return QStringLiteral("The output directory is the input directory: the images this run makes "
                           "will be inputs of the next run.");
 }
 

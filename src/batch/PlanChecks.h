@@ -1,5 +1,6 @@
 #pragma once
 
+#include "library/Record.h"
 #include "run/RunPlan.h"
 
 #include <QString>
@@ -8,6 +9,18 @@
 namespace quillon {
 
 struct RunSettings;
+
+// The checks of Start before the run takes its output directory, in their
+// order: the chain, the render tool, the output directory (with
+// `outputWillBeMade` a missing one passes: it is made before the run), the
+// prefix. The message of the first that fails, or an empty string.
+QString settingsRefusal(const RecordList& chain, const RunSettings& settings, bool outputWillBeMade = false);
+// The input checks of Start by input mode, then the frame count (not
+// negative, within what the naming style can number).
+QString inputRefusal(const RunSettings& settings);
+// The preset every step takes (`presetIndex`) must be in each step's filter
+// definition: the message names the first filter without it.
+QString presetRefusal(const RecordList& chain, qint64 presetIndex);
 
 // Why the plan cannot run as it is, in the words of a failed check: two
 // tasks with one Result path, or an interim output (deleted at the end of
@@ -18,7 +31,7 @@ QString planRefusal(const RunPlan& plan);
 // The planned final outputs that exist already.
 QStringList existingFinalOutputs(const RunPlan& plan);
 
-// The warning for an output directory inside the input directory (its
+// The warning for an output directory that is the input directory (its
 // outputs would be inputs of the next run), or an empty string.
 QString outputInsideInputWarning(const RunSettings& settings);
 

@@ -1,15 +1,17 @@
 #include "batch/RunPlanner.h"
 
-#include "batch/BatchController.h"
 #include "batch/InputListing.h"
 #include "batch/PlanChecks.h"
 #include "step/FilterProcessObject.h"
 #include "step/SilentStepParent.h"
 #include "variations/ValueRule.h"
 
+#include <QDir>
+#include <QFileInfo>
 #include <QHash>
 
 #include <memory>
+#include <random>
 #include <vector>
 
 namespace quillon {
@@ -55,6 +57,12 @@ void applyMapChoice(Record& record, const RunSettings& settings, bool maps)
     record.setBoolean(key::UseMaps, maps);
 }
 
+QString inputBaseName(const QString& path)
+{
+    const QStringList pieces = QFileInfo(path).fileName().split(QLatin1Char('.'));
+    return pieces.size() == 2 ? pieces.first() : QFileInfo(path).fileName();
+}
+
 RunPlan planRun(const RecordList& chain, const RunSettings& settings, const QStringList& inputs, quint64 seed)
 {
     RunPlan plan;
@@ -67,7 +75,7 @@ RunPlan planRun(const RecordList& chain, const RunSettings& settings, const QStr
     const bool maps = settings.activateMaps == 1 && chain.size() == 1;
     QStringList baseNames;
     for (const QString& path : inputs)
-        baseNames.append(BatchController::inputBaseName(path));
+        baseNames.append(inputBaseName(path));
 
     QStringList previousOutputs;
     QStringList laterNames;
@@ -113,13 +121,61 @@ RecordList copyChain(const RecordList& chain)
     return copy;
 }
 
-StartPlan planStart(const RecordList& chain, const RunSettings& settings, const QString& source)
+namespace {
+
+QString absolutePath(const QString& path)
+{
+    return path.isEmpty() ? path : QDir::cleanPath(QFileInfo(path).absoluteFilePath());
+}
+
+// The output directory when it lies under the input directory, in the
+// listing's form of the path; empty otherwise. Its outputs and Quillon's own
+// state there are never inputs.
+QString outputFolderUnder(const QString& inputDir, const QString& outputDir)
+{
+    const QString input = QFileInfo(inputDir).canonicalFilePath();
+    const QString output = QFileInfo(outputDir).canonicalFilePath();
+    if (input.isEmpty() || output.isEmpty() || !output.startsWith(input + QLatin1Char('/')))
+        return {};
+    return QDir::cleanPath(absolutePath(inputDir) + QLatin1Char('/') + QDir(input).relativeFilePath(output));
+}
+
+QString leftOutNote(const QStringList& leftOut)
+{
+    constexpr qsizetype kNamed = 5;
+    QString names = leftOut.mid(0, kNamed).join(QStringLiteral(", "));
+    if (leftOut.size() > kNamed)
+        names += QStringLiteral(" and %1 more").arg(leftOut.size() - kNamed);
+    return QStringLiteral("%1 entries of the input directory are not images and were left out: %2")
+        .arg(leftOut.size())
+        .arg(names);
+}
+
+} // namespace
+
+StartPlan planStart(const PlanRequest& request)
 {
     StartPlan start;
+    start.settings = request.settings;
+    RunSettings& settings = start.settings;
+    start.refusal = settingsRefusal(request.chain, settings, request.outputWillBeMade);
+    if (start.refusal.isEmpty())
+        start.refusal = inputRefusal(settings);
+    if (start.refusal.isEmpty())
+        start.refusal = presetRefusal(request.chain, settings.presetIndex);
+    if (!start.refusal.isEmpty())
+        return start;
+    const QString source = settings.sourcePath;
+    settings.toolPath = absolutePath(settings.toolPath);
+    settings.outputPath = absolutePath(settings.outputPath);
+    settings.sourcePath = absolutePath(settings.sourcePath);
+    if (!settings.seed)
+        settings.seed = std::random_device()() | (quint64(std::random_device()()) << 32);
+
     if (settings.inputMode == InputMode::File && !source.isEmpty()) {
         start.inputs = QStringList { source };
     } else if (settings.inputMode == InputMode::Directory && !source.isEmpty()) {
-        InputListing listing = listInputDirectory(source);
+        InputListing listing = listInputDirectory(source, outputFolderUnder(source, settings.outputPath));
         if (!listing.undecodable.isEmpty()) {
             constexpr qsizetype kNamed = 5;
             QString names = listing.undecodable.mid(0, kNamed).join(QStringLiteral(", "));
@@ -130,9 +186,12 @@ StartPlan planStart(const RecordList& chain, const RunSettings& settings, const 
                       .arg(names);
             return start;
         }
+        if (!listing.leftOut.isEmpty())
+            start.notes.append(leftOutNote(listing.leftOut));
         start.inputs = std::move(listing.paths);
     }
-    start.plan = std::make_shared<RunPlan>(planRun(chain, settings, start.inputs, settings.seed.value_or(0)));
+    start.plan = std::make_shared<RunPlan>(planRun(request.chain, settings, start.inputs, *settings.seed));
+    start.warning = outputInsideInputWarning(settings);
     checkStartPlan(start);
     return start;
 }
@@ -145,6 +204,24 @@ void checkStartPlan(StartPlan& start)
     start.existingFinals = existingFinalOutputs(*start.plan);
     for (const QString& path : start.plan->finalOutputs())
         start.finalsBefore.insert(path, regularFileIdentity(path));
+}
+
+void applyExistingPolicy(StartPlan& start, ExistingOutputs policy)
+{
+    if (start.existingFinals.isEmpty() || !start.refusal.isEmpty())
+        return;
+    switch (policy) {
+    case ExistingOutputs::Cancel:
+        start.refusal = QStringLiteral("%1 of the planned outputs exist already: %2")
+                            .arg(start.existingFinals.size())
+                            .arg(nameSome(start.existingFinals));
+        break;
+    case ExistingOutputs::Skip:
+        start.plan->skipOutputs(start.existingFinals);
+        break;
+    case ExistingOutputs::Replace:
+        break;
+    }
 }
 
 } // namespace quillon

@@ -1,7 +1,9 @@
 #pragma once
 
 #include "library/Record.h"
+#include "batch/BatchDisplay.h"
 #include "run/RunPlan.h"
+#include "run/RunSettings.h"
 #include "run/SafeFile.h"
 
 #include <QHash>
@@ -11,8 +13,6 @@
 #include <memory>
 
 namespace quillon {
-
-struct RunSettings;
 
 // Computes the whole run before it starts: the tool runs in the order the
 // run makes them, the name of every output and, by the value rule with a
@@ -24,6 +24,10 @@ struct RunSettings;
 // one-filter chain with maps switched on); otherwise only "UseMaps" false.
 void applyMapChoice(Record& record, const RunSettings& settings, bool maps);
 
+// The name that names an input's outputs: photo.png gives photo;
+// my.photo.png and photo stay whole.
+QString inputBaseName(const QString& path);
+
 RunPlan planRun(
     const RecordList& chain, const RunSettings& settings, const QStringList& inputs, quint64 seed);
 
@@ -31,20 +35,39 @@ RunPlan planRun(
 // record that two steps share is copied once and stays shared.
 RecordList copyChain(const RecordList& chain);
 
-// The first part of a Start that may take long: the inputs listed, the run
-// planned with `settings.seed` (absolute paths) and the plan checked. The
-// inputs are named from `source`, the input path as the user gave it.
-// Safe on any thread: it reads only its arguments and the file system.
+// Everything a run is checked and planned from. `settings` as the user gave
+// them: planning makes the paths absolute (the tool is started by path and
+// the task files hold absolute paths; the inputs keep the form given).
+struct PlanRequest {
+    RecordList chain;
+    RunSettings settings;
+    // The output directory is made before the run (--mkdir): a missing one
+    // passes its check.
+    bool outputWillBeMade = false;
+};
+
+// A Start's checks and plan, or why it cannot run.
 struct StartPlan {
+    RunSettings settings; // with absolute paths and the seed
     QStringList inputs;
     std::shared_ptr<RunPlan> plan;
     QString refusal; // why the run cannot go; empty when it can
+    QStringList notes; // said to the user, not a reason to stop (entries left out)
+    QString warning; // asked before the run (the output directory inside the input)
     QStringList existingFinals; // planned final outputs that exist already
     QHash<QString, FileIdentity> finalsBefore; // every planned final output as it is now
 };
-StartPlan planStart(const RecordList& chain, const RunSettings& settings, const QString& source);
-// The checks of planStart on a plan made elsewhere: fills in the refusal,
-// the existing final outputs and their state.
+
+// Every check of Start in its order and the whole plan: the settings, the
+// inputs (listed now), the frame count, the preset of every step, then the
+// plan's own checks. Reads only its argument and the file system: safe on
+// any thread, and it changes nothing, so a dry run is this and no more.
+StartPlan planStart(const PlanRequest& request);
+// The checks of planStart on a plan made elsewhere (a cluster element's):
+// fills in the refusal, the existing final outputs and their state.
 void checkStartPlan(StartPlan& start);
+// What the run does with planned final outputs that exist: Replace keeps
+// the plan, Skip marks their tasks skipped, Cancel refuses the run.
+void applyExistingPolicy(StartPlan& start, ExistingOutputs policy);
 
 } // namespace quillon

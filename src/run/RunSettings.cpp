@@ -107,6 +107,32 @@ std::optional<double> RunSettings::frameCountReal() const
     return leadingReal(frameCountText);
 }
 
+qint64 frameLimit(FrameStyle style)
+{
+    switch (style) {
+    case FrameStyle::FourDigit:
+        return 9999;
+    case FrameStyle::Letter:
+        return 25;
+    case FrameStyle::Plain:
+        break;
+    }
+    return 999;
+}
+
+QString frameStyleName(FrameStyle style)
+{
+    switch (style) {
+    case FrameStyle::FourDigit:
+        return QStringLiteral("four-digit");
+    case FrameStyle::Letter:
+        return QStringLiteral("letter");
+    case FrameStyle::Plain:
+        break;
+    }
+    return QStringLiteral("plain");
+}
+
 QString getPNGBitDepth(int code)
 {
     return code == 0 ? QStringLiteral("8") : QStringLiteral("16");

@@ -75,6 +75,12 @@ struct RunSettings {
     std::optional<double> frameCountReal() const;
 };
 
+// The most frames a naming style can number: plain 999, four-digit 9999,
+// letter 25 (a to y).
+qint64 frameLimit(FrameStyle style);
+// "plain", "four-digit", "letter": the style as the command line names it.
+QString frameStyleName(FrameStyle style);
+
 // Leading-number reads of a text, as a text field's integerValue and
 // doubleValue do: "12abc" is 12, "abc" is no number.
 std::optional<qint64> leadingInteger(const QString& text);

@@ -53,9 +53,9 @@ public:
     QStringList filesToRemove; // task files of the current tool run
     QStringList unwrittenTaskFiles; // task files of the current tool run that could not be written
     QStringList runOutputs; // outputs the current tool run is to write
-    // The run's plan for this step: one tool run per input (or one without
-    // input); plannedRun is the current one. Without a plan the step works
-    // out each tool run's tasks itself.
+    // The run's plan for this step: its tool runs in plan order (one per
+    // input, or one without input); plannedRun is the current one. The
+    // writers only ever write a planned tool run.
     QList<const PlannedToolRun*> plannedRuns;
     const PlannedToolRun* plannedRun = nullptr;
     // Whether writing a task leaves its values in the records (STARTVALUE);
@@ -70,11 +70,14 @@ public:
     RandomDraw randomDraw; // the run's random source (0..999)
 
     // ---- Step runner (worker thread) ------------------------------------
+    // Shows the filter, then makes the planned tool runs (runOnSources).
     void runSeries();
     void showSetupInfo();
+    // The planned tool runs in order, each after reporting its source (the
+    // input's name, or "<no source>"); none starts after an abort.
     void runOnSources();
-    void runEmpty();
-    void runFilterNoSources() { runEmpty(); }
+    // One tool run: plannedRun's task files written, the tool run on them,
+    // its files handed over.
     void runFilterOn(const QString& inputPath, const QString& outfile);
     ToolRunOutcome captureStandardOutputAndRouteToTextView(ToolRun& task);
     // Stops the step: the running tool is terminated, no further run starts.
@@ -88,20 +91,24 @@ public:
 
     // ---- Task writers (worker thread) -----------------------------------
     // Each writes controlfile.xml and the run files of one tool run into
-    // outPath, replaces filesToRemove, appends to outFiles/realFileNames and
-    // returns the control file's path, or an empty string on failure.
+    // outPath, replaces filesToRemove and returns the control file's path,
+    // or an empty string on failure. The tool run written is plannedRun;
+    // without one, the step plans it first (planToolRun).
     QString createBatchFileWithFilepath(const QString& filepath, const QString& out);
     QString createBatchFileNoFile();
-    // The tasks of one tool run, named and valued as the writers would: the
-    // records advance, outFiles and realFileNames grow. Nothing is written.
+    // Writes the task files of a planned tool run for `imagepath`.
+    QString writeToolRunFiles(const PlannedToolRun& run, const QString& imagepath);
+    // Ends a control file with GlobalSettings and writes it.
+    QString writeControlFile(pugi::xml_document& document);
+    // The tasks of one tool run, named and valued: the records advance,
+    // outFiles and realFileNames grow. Nothing is written.
     PlannedToolRun planToolRun(const QString& filepath, const QString& out);
-    // The tasks of one tool run in order, each handed to `take` until it
-    // returns false. `withValues`: the value rule runs now (for a plan);
-    // otherwise when the task's run file is written.
+    // The tasks of one tool run in order (frames, and maps per frame), each
+    // handed to `take` until it returns false. `withValues`: the value rule
+    // runs now; otherwise when the task's run file is written.
     void forEachTask(const QString& out, bool withValues, const std::function<bool(PlannedTask&&)>& take);
     PlannedTask planOrdinaryTask(qint64 index, const QString& outfile, bool withValues);
-    PlannedTask planMapTask(
-        qint64 index, const QString& outfile, qint64 mapindex, bool first, bool withValues);
+    PlannedTask planMapTask(qint64 index, const QString& outfile, qint64 mapindex, bool first, bool withValues);
     // Writes one task of the control file and its run file.
     pugi::xml_node writePlannedTask(
         const PlannedTask& task, const QString& imagepath, QString* error, pugi::xml_node tasks);

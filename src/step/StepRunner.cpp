@@ -95,12 +95,7 @@ void filterProcessObject::runSeries()
     if (isAborted.load())
         return;
     showSetupInfo();
-    if (inFiles.isEmpty()) {
-        passOnSourceInfoWithData(kNoSource);
-        runEmpty();
-    } else {
-        runOnSources();
-    }
+    runOnSources();
 }
 
 void filterProcessObject::showSetupInfo()
@@ -112,38 +107,37 @@ void filterProcessObject::showSetupInfo()
 
 void filterProcessObject::runOnSources()
 {
-    for (qsizetype i = 0; i < inFiles.size(); ++i) {
+    for (qsizetype i = 0; i < plannedRuns.size(); ++i) {
         if (i > 0 && isAborted.load())
             break;
-        const QString input = inFiles.at(i);
-        plannedRun = plannedRuns.value(i);
-        passOnSourceInfoWithData(QFileInfo(input).fileName());
-        runFilterOn(input, i < originalFileNames.size() ? originalFileNames.at(i) : QString());
+        plannedRun = plannedRuns.at(i);
+        if (!plannedRun)
+            continue;
+        const QString& input = plannedRun->input;
+        passOnSourceInfoWithData(input.isEmpty() ? kNoSource : QFileInfo(input).fileName());
+        runFilterOn(input, plannedRun->baseName);
     }
-}
-
-void filterProcessObject::runEmpty()
-{
-    // The same tool run as for an input, without one (createBatchFileNoFile).
-    plannedRun = plannedRuns.value(0);
-    runFilterOn(QString(), QString());
 }
 
 void filterProcessObject::runFilterOn(const QString& inputPath, const QString& outfile)
 {
+    if (!plannedRun)
+        return;
     // Every output of this tool run is to be kept as it is: no tool run,
-    // but the values advance as if it had rendered.
-    if (plannedRun && !plannedRun->hasWork()) {
-        for (const PlannedTask& task : plannedRun->tasks)
-            outFiles.append(task.resultPath);
+    // but the values advance as if it had rendered. A tool run without any
+    // task still starts the tool.
+    if (!plannedRun->hasWork()) {
         storePlannedValues(*plannedRun);
         return;
     }
+    runOutputs.clear();
+    for (const PlannedTask& task : plannedRun->tasks) {
+        if (!task.skipped)
+            runOutputs.append(task.resultPath);
+    }
     // The task files are written before the tool starts.
-    const qsizetype known = outFiles.size();
     unwrittenTaskFiles.clear();
     const QString controlFile = createBatchFileWithFilepath(inputPath, outfile);
-    runOutputs = outFiles.mid(known);
     auto run = std::make_unique<ToolRun>(toolPath, QStringList { controlFile });
     {
         QMutexLocker lock(&toolTaskMutex);

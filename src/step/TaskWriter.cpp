@@ -354,16 +354,16 @@ void filterProcessObject::forEachTask(
     const QList<qint64> maps = useMaps ? filterData->integers(key::Maps) : QList<qint64>();
     // With maps on and none chosen there is no task at all, whatever the count.
     const qint64 frames = useMaps && maps.isEmpty() ? 0 : count;
-
     qint64 k = 0;
     for (qint64 f = 0; f < frames; ++f) {
-        if (useMaps) {
-            for (qsizetype m = 0; m < maps.size(); ++m, ++k) {
-                if (!take(planMapTask(k, out, maps[m], m == 0, withValues)))
-                    return;
-            }
-        } else if (!take(planOrdinaryTask(f, out, withValues))) {
-            return;
+        if (!useMaps) {
+            if (!take(planOrdinaryTask(f, out, withValues)))
+                return;
+            continue;
+        }
+        for (qsizetype m = 0; m < maps.size(); ++m, ++k) {
+            if (!take(planMapTask(k, out, maps[m], m == 0, withValues)))
+                return;
         }
     }
 }
@@ -397,36 +397,43 @@ PlannedTask filterProcessObject::planMapTask(
 
 QString filterProcessObject::createBatchFileWithFilepath(const QString& filepath, const QString& out)
 {
+    if (plannedRun)
+        return writeToolRunFiles(*plannedRun, filepath);
+    // A step without a run plan names each task as it writes it; its values
+    // come when its run file is written, so a task that fails ends the file
+    // with the values where they were.
     pugi::xml_document document;
     pugi::xml_node tasks = document.append_child("Tasks");
     filesToRemove = QStringList();
     QString error;
     bool written = true;
-    if (plannedRun) {
-        // A run computed ahead: its names and values, task by task.
-        for (const PlannedTask& task : plannedRun->tasks)
-            outFiles.append(task.resultPath);
-        for (const PlannedTask& task : plannedRun->tasks) {
-            if (task.skipped) {
-                storeStartValues(*this, task.values);
-                continue;
-            }
-            if (!writePlannedTask(task, filepath, &error, tasks)) {
-                written = false;
-                break;
-            }
-        }
-    } else {
-        // A step on its own works each task out as it writes it.
-        forEachTask(out, false, [&](PlannedTask&& task) {
-            written = !writePlannedTask(task, filepath, &error, tasks).empty();
-            return written;
-        });
-    }
-    if (!written)
-        return {};
-    createGlobalSettings(tasks);
+    forEachTask(out, false, [&](PlannedTask&& task) {
+        written = !writePlannedTask(task, filepath, &error, tasks).empty();
+        return written;
+    });
+    return written ? writeControlFile(document) : QString();
+}
 
+QString filterProcessObject::writeToolRunFiles(const PlannedToolRun& run, const QString& imagepath)
+{
+    pugi::xml_document document;
+    pugi::xml_node tasks = document.append_child("Tasks");
+    filesToRemove = QStringList();
+    QString error;
+    for (const PlannedTask& task : run.tasks) {
+        if (task.skipped) {
+            storeStartValues(*this, task.values);
+            continue;
+        }
+        if (writePlannedTask(task, imagepath, &error, tasks).empty())
+            return {};
+    }
+    return writeControlFile(document);
+}
+
+QString filterProcessObject::writeControlFile(pugi::xml_document& document)
+{
+    createGlobalSettings(document.document_element());
     const QString target = joinPath(outPath, QString::fromLatin1(kControlFileName));
     filesToRemove.append(target);
     if (!writeTaskFile(*this, target, serializeXml(document))) {

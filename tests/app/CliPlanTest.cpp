@@ -5,7 +5,10 @@
 #include "support/CliFixture.h"
 #include "support/NothingLost.h"
 
+#include <QDir>
 #include <QFileInfo>
+
+#include <sys/stat.h>
 
 namespace quillon {
 namespace {
@@ -70,10 +73,62 @@ TEST_F(CliPlan, ThePlanIsCheckedBeforeAnythingIsWritten)
     EXPECT_TRUE(replaced.out.contains(QStringLiteral("replaced 1 existing files")));
     EXPECT_NE(batchSnapshot(m_out), before);
 
-    // Outputs inside the input directory: said, and the run goes on.
+    // The input directory as the output directory: said, and the run goes on.
     expectExit(
         run(baseFlags() + QStringList { "--input-dir", m_in, "--output", m_in + "/", "--frames", "1" }), 0,
-        "inside the input directory");
+        "The output directory is the input directory");
+}
+
+TEST_F(CliPlan, ADryRunAndTheRunAgreeOnEveryCheck)
+{
+    const QString photo = m_in + QStringLiteral("/photo.png");
+    ASSERT_TRUE(writeBatchInputImage(photo));
+    const QString fifo = m_in + QStringLiteral("/pipe");
+    ASSERT_EQ(::mkfifo(QFile::encodeName(fifo).constData(), 0600), 0);
+    const QString existing = m_out + QStringLiteral("/my-exportphoto-1.png");
+    const QString made = m_out + QStringLiteral("/made/deeper");
+    struct Case {
+        QStringList flags;
+        int exitCode;
+        const char* dryShows; // in the dry run's standard output (the plan) or error
+        const char* runShows; // in the run's standard error
+        bool existingOutput = false;
+    };
+    const QStringList one { "--input", photo, "--frames", "1" };
+    const QStringList all { "--input-dir", m_in, "--frames", "1" };
+    // clang-format off: a row per check
+    const Case cases[] = {
+        { one + QStringList { "--preset", "99" }, 2, "Glow (step 1) has no preset at index 99: it has 2 presets",
+          "has no preset at index 99" },
+        { QStringList { "--input", photo, "--frames", "31", "--frame-style", "letter" }, 2,
+          "must not be more than 25 with letter frame names", "must not be more than 25" },
+        { one + QStringList { "--existing", "stop" }, 2, "1 of the planned outputs exist already",
+          "1 of the planned outputs exist already", true },
+        { one + QStringList { "--existing", "skip", "--json" }, 0, "\"skipped\": true", "0 written, 0 missing, 1 not run",
+          true },
+        { QStringList { "--input", photo, "--frames", "1", "--output", made, "--mkdir" }, 0,
+          "my-exportphoto-1.png", "1 written" },
+        { all, 0, "1 entries of the input directory are not images and were left out: pipe", "1 written" },
+        { QStringList { "--input-dir", m_in, "--frames", "1", "--output", m_in + "/sub" , "--mkdir" }, 0,
+          "\n1 tool runs, 1 outputs", "1 written" },
+    };
+    // clang-format on
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.flags.join(QLatin1Char(' ')).toStdString());
+        if (c.existingOutput)
+            writeFile(QStringLiteral("out/my-exportphoto-1.png"), "mine");
+        const auto before = batchSnapshot(m_temp.path());
+        const CliResult dry = run(baseFlags() + c.flags + QStringList { "--dry-run" });
+        expectExit(dry, c.exitCode);
+        EXPECT_TRUE((dry.out + dry.err).contains(QString::fromUtf8(c.dryShows))) << dry.out.toStdString();
+        // Nothing created, written or changed.
+        EXPECT_EQ(batchSnapshot(m_temp.path()), before);
+        EXPECT_FALSE(QFileInfo::exists(made) || QFileInfo::exists(m_in + QStringLiteral("/sub")));
+        const CliResult real = run(baseFlags() + c.flags);
+        expectExit(real, c.exitCode, QString::fromUtf8(c.runShows));
+        QFile::remove(existing);
+        QDir(m_out + QStringLiteral("/made")).removeRecursively();
+    }
 }
 
 TEST_F(CliPlan, ProgressReportAndQuietOutput)

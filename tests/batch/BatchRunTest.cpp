@@ -2,6 +2,7 @@
 // the test's thread so every report takes the real queued path.
 
 #include "batch/BatchController.h"
+#include "batch/RunCleanup.h"
 #include "support/BatchFixtures.h"
 #include "support/BatchRunFixture.h"
 
@@ -54,7 +55,6 @@ TEST_F(BatchRun, OneStepOverTwoInputsDeletesTaskFilesAndKeepsOutputs)
     // Both tool runs used the same control file path; it is removed once.
     const QString control = QDir(m_out).filePath(QStringLiteral("controlfile.xml"));
     EXPECT_EQ(deletedLines().count(QStringLiteral("deleted ") + control), 1);
-    EXPECT_TRUE(m_controller.interimFiles().isEmpty());
     EXPECT_TRUE(m_stdout.contains(m_display.renderLines.value(0)));
 }
 
@@ -143,10 +143,11 @@ TEST_F(BatchRun, UserFilesAreNeverDeleted)
     m_settings.sourcePath = inside;
     BatchEnvGuard delay("QUILLON_STANDIN_DELAY_MS", "300");
 
+    RunCleanup cleanup;
+    cleanup.begin(m_out, { inside });
+    cleanup.collect({ inside, outside, m_out, QDir(m_out).filePath(QStringLiteral("../in/elsewhere.png")) });
+    EXPECT_TRUE(cleanup.files().isEmpty());
     start(chain({ "Keep", "Keep2" }));
-    m_controller.collectForDeletionWithList(
-        { inside, outside, m_out, QDir(m_out).filePath(QStringLiteral("../in/elsewhere.png")) });
-    EXPECT_TRUE(m_controller.interimFiles().isEmpty());
     ASSERT_TRUE(waitForIdle());
 
     EXPECT_TRUE(QFileInfo::exists(inside));
@@ -190,6 +191,8 @@ TEST_F(BatchRun, EveryFailedCheckShowsItsMessageAndStartsNothing)
         std::optional<QString> tool = {}, output = {};
         std::optional<InputMode> mode = {};
         std::optional<QString> source = {}, prefix = {}, frames = {};
+        std::optional<FrameStyle> style = {};
+        std::optional<int> preset = {};
     };
     using enum InputMode;
     // clang-format off: a row per failed check
@@ -207,6 +210,12 @@ TEST_F(BatchRun, EveryFailedCheckShowsItsMessageAndStartsNothing)
         { .message = "Input directory empty", .mode = Directory, .source = empty },
         { .message = "No filename gives (file prefix when running without input)", .mode = None, .prefix = "" },
         { .message = "Number of frames must not be negative", .mode = None, .frames = "-3" },
+        { .message = "Number of frames must not be more than 25 with letter frame names", .mode = None,
+          .frames = "26", .style = FrameStyle::Letter },
+        { .message = "Number of frames must not be more than 999 with plain frame names", .mode = None,
+          .frames = "1000" },
+        { .message = "The filter Check (step 1) has no preset at index 3: it has 2 presets", .mode = None,
+          .preset = 3 },
     };
     // clang-format on
     for (const Case& c : cases) {
@@ -217,12 +226,17 @@ TEST_F(BatchRun, EveryFailedCheckShowsItsMessageAndStartsNothing)
         s.sourcePath = c.source.value_or(s.sourcePath);
         s.outputPrefix = c.prefix.value_or(s.outputPrefix);
         s.frameCountText = c.frames.value_or(s.frameCountText);
+        s.nameStyle = c.style.value_or(s.nameStyle);
+        s.presetIndex = c.preset.value_or(s.presetIndex);
         m_display.events.clear();
-        QString error;
-        EXPECT_FALSE(m_controller.startBatchWithSender(c.emptyChain ? RecordList() : chain, s, &error));
-        EXPECT_EQ(error, QString::fromLatin1(c.message));
-        // The alert alone: no progress sheet was begun.
-        EXPECT_EQ(m_display.events, QStringList { QStringLiteral("alert:") + QLatin1String(c.message) });
+        // The described message first; a path, where there is one, follows
+        // on a line of its own.
+        const QString error = refusalOf(c.emptyChain ? RecordList() : chain, s);
+        EXPECT_EQ(error.section(QLatin1Char('\n'), 0, 0), QString::fromLatin1(c.message));
+        // The alert, and no tool run.
+        EXPECT_EQ(m_display.events.filter(QStringLiteral("alert:")).join(QString()),
+            QStringLiteral("alert:") + error);
+        EXPECT_TRUE(m_display.events.filter(QStringLiteral("filter:")).isEmpty());
         EXPECT_FALSE(m_controller.isRunning());
     }
     EXPECT_TRUE(batchDirectoryNames(m_out).isEmpty());
@@ -236,8 +250,7 @@ TEST_F(BatchRun, AnUnreadableInputDirectoryCannotBeScanned)
     ASSERT_TRUE(QFile::setPermissions(m_in, QFileDevice::WriteOwner));
     m_settings.inputMode = InputMode::Directory;
     m_settings.sourcePath = m_in;
-    QString error;
-    EXPECT_FALSE(m_controller.startBatchWithSender({ filter(QStringLiteral("Scan")) }, m_settings, &error));
+    const QString error = refusalOf({ filter(QStringLiteral("Scan")) }, m_settings);
     QFile::setPermissions(m_in, QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
     EXPECT_EQ(error, QStringLiteral("Error scanning input directory"));
 }

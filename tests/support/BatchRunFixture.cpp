@@ -75,12 +75,22 @@ void BatchRunFixture::start(const RecordList& chain)
     ASSERT_TRUE(m_controller.startBatchWithSender(chain, m_settings, &error)) << error.toStdString();
 }
 
+QString BatchRunFixture::refusalOf(const RecordList& chain, const RunSettings& settings)
+{
+    QString error;
+    if (!m_controller.startBatchWithSender(chain, settings, &error))
+        return error;
+    waitForIdle();
+    return m_controller.refusal();
+}
+
 bool BatchRunFixture::waitForIdle()
 {
     if (!m_controller.isRunning())
         return true;
     QEventLoop loop;
     QObject::connect(&m_controller, &BatchController::runFinished, &loop, &QEventLoop::quit);
+    QObject::connect(&m_controller, &BatchController::runRefused, &loop, &QEventLoop::quit);
     QTimer::singleShot(100000, &loop, &QEventLoop::quit); // a safety net, not a wait
     if (m_controller.isRunning())
         loop.exec();

@@ -89,6 +89,9 @@ public: // table-driven tests check the run's traces from outside
     // Serves events until the run has completed: reports are handled as soon
     // as they arrive. False when it has not completed within 100 s.
     bool waitForIdle();
+    // Starts a run and waits for its end: why it was refused (at once or
+    // once planned), or an empty string when it ran.
+    QString refusalOf(const RecordList& chain, const RunSettings& settings);
 
     QTemporaryDir m_temp;
     QString m_out;

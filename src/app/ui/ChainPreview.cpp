@@ -53,6 +53,8 @@ ChainPreview::ChainPreview(QWidget* parent)
     setObjectName(QStringLiteral("chainPreview"));
     m_batch->setStandardOutput([](const QString&) {});
     connect(m_batch.get(), &BatchController::runFinished, this, &ChainPreview::runFinished);
+    connect(m_batch.get(), &BatchController::runRefused, this,
+        [this](const QString& message) { finish(tr("Preview: %1").arg(message), false); });
 
     m_previewButton = new QPushButton(tr("Preview"), this);
     m_previewButton->setObjectName(QStringLiteral("previewButton"));

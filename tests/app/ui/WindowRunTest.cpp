@@ -40,10 +40,18 @@ protected:
     }
 
     ProgressSheet* sheet() { return delegate().progressSheet(); }
+    // Presses Start and waits until the run is planned and refused (or asked
+    // about and cancelled).
+    void clickStartUntilSettled()
+    {
+        click("startButton");
+        ASSERT_TRUE(waitFor([&] { return !delegate().batchController()->isRunning(); }));
+    }
     // Starts the run and waits until `ready` holds with its first tool run going.
     template <class Ready> void startUntil(Ready ready)
     {
         click("startButton");
+        ASSERT_TRUE(waitFor([&] { return sheet()->isVisible() || !delegate().batchController()->isRunning(); }));
         ASSERT_TRUE(sheet()->isVisible()) << alerts().join(QStringLiteral("; ")).toStdString();
         ASSERT_TRUE(waitFor([&] { return sheet()->toolRunsStarted() >= 1 && ready(); }));
     }
@@ -57,7 +65,7 @@ TEST_F(WindowRunTest, AFullRunDeletesItsInterimFilesAndShowsEveryOutputInTheResu
     QSignalSpy finished(delegate().batchController(), &BatchController::runFinished);
     click("startButton");
     // The first step once without input, the second once per frame.
-    EXPECT_EQ(sheet()->toolRunsPlanned(), 4);
+    ASSERT_TRUE(waitFor([&] { return sheet()->toolRunsPlanned() == 4; }));
 
     ASSERT_TRUE(waitFor([&] { return finished.count() == 1; }));
     EXPECT_FALSE(sheet()->isVisible());
@@ -136,7 +144,7 @@ TEST_F(WindowRunTest, ImagesAreCountedAndThePlanChecksAskOrRefuse)
 
     // The outputs exist now: the user is asked, and Cancel starts nothing.
     MessageBoxes::instance().setNextExistingAnswer(ExistingOutputs::Cancel);
-    click("startButton");
+    clickStartUntilSettled();
     EXPECT_TRUE(alerts().last().startsWith(QStringLiteral("3 of the planned outputs exist already")));
     EXPECT_FALSE(sheet()->isVisible());
     MessageBoxes::instance().setNextExistingAnswer(ExistingOutputs::Replace);
@@ -148,15 +156,15 @@ TEST_F(WindowRunTest, ImagesAreCountedAndThePlanChecksAskOrRefuse)
     ASSERT_TRUE(QDir().mkpath(photos + QStringLiteral("/out")));
     for (const char* name : { "/photo.png", "/photo.jpg" })
         ASSERT_TRUE(QFile(photos + QLatin1String(name)).open(QIODevice::WriteOnly));
-    locate("locateOutputButton", photos + QStringLiteral("/out"));
+    locate("locateOutputButton", photos);
     choose(popup("sourceTypePopup"), 1);
     typeInto("sourcePathField", photos);
-    click("startButton");
+    clickStartUntilSettled();
     EXPECT_TRUE(alerts().last().startsWith(QStringLiteral("Outputs would overwrite each other: ")))
         << alerts().last().toStdString();
     ASSERT_TRUE(QFile::remove(photos + QStringLiteral("/photo.jpg")));
-    click("startButton");
-    EXPECT_TRUE(alerts().last().contains(QStringLiteral("inside the input directory"))) << alerts().last().toStdString();
+    clickStartUntilSettled();
+    EXPECT_TRUE(alerts().last().contains(QStringLiteral("is the input directory"))) << alerts().last().toStdString();
     EXPECT_FALSE(sheet()->isVisible());
     EXPECT_EQ(finished.count(), 1);
 }
