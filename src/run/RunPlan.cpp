@@ -18,6 +18,10 @@ QString plannedValueText(const QVariant& value)
 
 bool PlannedToolRun::hasWork() const
 {
+    // A tool run without any task still starts the tool: its control file
+    // holds only the global settings.
+    if (tasks.isEmpty())
+        return true;
     for (const PlannedTask& task : tasks) {
         if (!task.skipped)
             return true;

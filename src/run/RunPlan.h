@@ -45,6 +45,8 @@ struct PlannedToolRun {
     QString baseName; // the name its outputs are named after; empty without input
     QList<PlannedTask> tasks;
 
+    // Whether the tool starts: it has a task that is not skipped, or no
+    // task at all.
     bool hasWork() const;
 };
 

@@ -131,6 +131,32 @@ TEST_F(CliPlan, ADryRunAndTheRunAgreeOnEveryCheck)
     }
 }
 
+// A tool run with no task still starts the tool (its control file holds
+// only the global settings); a later step whose step before wrote nothing
+// runs once without input.
+TEST_F(CliPlan, ToolRunsWithoutATaskStillRun)
+{
+    const QString photo = m_in + QStringLiteral("/photo.png");
+    ASSERT_TRUE(writeBatchInputImage(photo));
+    const QString record = m_temp.path() + QStringLiteral("/record");
+    const QStringList none { "--tool", kTool, "--output", m_out, "--format", "PNG", "--frames", "0", "--prefix", "p" };
+    const QStringList cases[] = {
+        QStringList { "--filter", m_definition } + none,
+        QStringList { "--filter", m_definition, m_definition } + none,
+        QStringList { "--filter", m_definition, m_definition, "--input", photo } + none,
+    };
+    QString listing;
+    for (const QStringList& flags : cases) {
+        QFile::remove(record);
+        expectExit(run(flags, { { "QUILLON_STANDIN_RECORD", record } }), 0);
+        listing += QStringLiteral("# --frames 0%1%2\n")
+                       .arg(flags.count(m_definition) > 1 ? QStringLiteral(", two filters") : QString(),
+                           flags.contains("--input") ? QStringLiteral(", an input") : QString());
+        listing += QString::fromUtf8(fileBytes(record)).replace(m_out + QLatin1Char('/'), QString());
+    }
+    EXPECT_EQ(listing, QString::fromUtf8(fileBytes(QStringLiteral(QUILLON_SOURCE_DIR "/tests/app/data/empty-task-runs.txt"))));
+}
+
 TEST_F(CliPlan, ProgressReportAndQuietOutput)
 {
     const QString report = m_temp.path() + QStringLiteral("/report.json");
