@@ -7,6 +7,7 @@
 
 #include "batch/RunPlanner.h"
 #include "run/RunPlan.h"
+#include "run/WineTool.h"
 #include "step/FilterProcessObject.h"
 #include "variations/ValueRule.h"
 
@@ -56,6 +57,7 @@ void BatchController::buildLaunchQueue()
         auto step = std::make_unique<filterProcessObject>(record, i == 0 ? inputs : QStringList(),
             QStringList(), i == 0, i == count - 1, i, this, baseNames);
         step->toolPath = m_settings.toolPath;
+        step->wine = m_plan ? m_plan->wine : nullptr;
         // A part's task files go to its own folder; the plan names the outputs.
         step->outPath = m_part ? m_journal.jobFolder(m_part->jobFolder) : m_settings.outputPath;
         step->randomDraw = m_random->drawFunction();
@@ -142,6 +144,9 @@ void BatchController::runLaunchQueue(LaunchQueue& queue)
                 break;
         }
     }
+    // A wineserver that the run's tool runs brought up is gone before the run ends.
+    if (!queue.empty() && queue.front()->wine)
+        queue.front()->wine->finishRun();
     QStringList interim;
     callOnControllerThread([this, &interim] { interim = beginCompletion(); });
     const QStringList deletedLines = deleteInterimFiles(interim);
@@ -169,6 +174,7 @@ void BatchController::runStepInSlots(filterProcessObject& step, int slots)
         auto slot = std::make_unique<filterProcessObject>(step.filterData, QStringList(), QStringList(),
             step.isFirst, step.isLast, step.chainid, this, QStringList());
         slot->toolPath = step.toolPath;
+        slot->wine = step.wine;
         slot->outPath = folder;
         slot->randomDraw = step.randomDraw;
         // The records are shared by the slots: they are left where the

@@ -3,6 +3,7 @@
 #include "batch/BatchController.h"
 #include "batch/InputListing.h"
 #include "batch/PlanChecks.h"
+#include "run/WineTool.h"
 #include "step/FilterProcessObject.h"
 #include "step/SilentStepParent.h"
 #include "variations/ValueRule.h"
@@ -133,6 +134,9 @@ StartPlan planStart(const RecordList& chain, const RunSettings& settings, const 
         start.inputs = std::move(listing.paths);
     }
     start.plan = std::make_shared<RunPlan>(planRun(chain, settings, start.inputs, settings.seed.value_or(0)));
+    start.refusal = WineTool::attachTo(*start.plan, settings);
+    if (!start.refusal.isEmpty())
+        return start;
     checkStartPlan(start);
     return start;
 }

@@ -144,7 +144,7 @@ void filterProcessObject::runFilterOn(const QString& inputPath, const QString& o
     unwrittenTaskFiles.clear();
     const QString controlFile = createBatchFileWithFilepath(inputPath, outfile);
     runOutputs = outFiles.mid(known);
-    auto run = std::make_unique<ToolRun>(toolPath, QStringList { controlFile });
+    auto run = std::make_unique<ToolRun>(toolLaunch(controlFile));
     {
         QMutexLocker lock(&toolTaskMutex);
         toolTask = std::move(run);
