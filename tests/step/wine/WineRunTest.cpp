@@ -8,6 +8,7 @@
 
 #include <QDirIterator>
 #include <QFile>
+#include <QFileInfo>
 
 #include <csignal>
 
@@ -16,6 +17,7 @@ namespace {
 
 using test::CliFixture;
 using test::CliResult;
+using test::kTool;
 
 const QString kWindowsTool = QStringLiteral(QUILLON_STANDIN_WIN_PATH);
 
@@ -27,7 +29,7 @@ QByteArray bmp(int w, int h, int seed)
     for (int y = 0; y < h; ++y) {
         QByteArray row;
         for (int x = 0; x < w; ++x)
-            row += QByteArray { char(x * 7 + seed), char(y * 13 + seed * 3), char(x * y + seed) };
+            row += QByteArray(1, char(x * 7 + seed)) + char(y * 13 + seed * 3) + char(x * y + seed);
         pixels += row + QByteArray(stride - row.size(), '\0');
     }
     const auto le = [](quint32 value, int size) {
@@ -52,7 +54,7 @@ QStringList wineProcesses(const QString& prefix)
             continue;
         const QString exe = QFile::symLinkTarget(dir + QStringLiteral("/exe"));
         QFile environ(dir + QStringLiteral("/environ"));
-        if (!exe.contains(QLatin1String("wine")) || !environ.open(QIODevice::ReadOnly))
+        if (!QFileInfo(exe).fileName().startsWith(QLatin1String("wine")) || !environ.open(QIODevice::ReadOnly))
             continue;
         if (environ.readAll().split('\0').contains("WINEPREFIX=" + prefix.toUtf8()))
             found.append(dir + QLatin1Char(' ') + exe);
