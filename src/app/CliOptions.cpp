@@ -138,7 +138,8 @@ void addOptions(QCommandLineParser& parser)
     valued("tool", "PATH", "The render tool executable; a name without a slash is looked up on PATH.");
     valued("wine", "PREFIX",
         "Run the render tool, a Windows program (.exe), under Wine: --wine alone in the user's prefix "
-        "($WINEPREFIX, else ~/.wine), --wine=PREFIX in that one. The tool gets every path in its Windows form.");
+        "($WINEPREFIX, else ~/.wine), --wine=PREFIX in that one. The tool gets every path in its Windows "
+        "form.");
     valued("wine-binary", "PATH", "With --wine: the wine launcher (default: wine on PATH).");
     valued("output", "DIR", "The output directory (also holds the task files and the log).");
     flag("mkdir", "Create the output directory (and its parents) when it is missing.");

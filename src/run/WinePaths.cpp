@@ -30,7 +30,8 @@ QString WinePaths::effectivePrefix(const QString& given)
 {
     if (!given.isEmpty())
         return QDir::cleanPath(QFileInfo(given).absoluteFilePath());
-    const QString fromEnvironment = QProcessEnvironment::systemEnvironment().value(QStringLiteral("WINEPREFIX"));
+    const QString fromEnvironment
+        = QProcessEnvironment::systemEnvironment().value(QStringLiteral("WINEPREFIX"));
     if (!fromEnvironment.isEmpty())
         return QDir::cleanPath(QFileInfo(fromEnvironment).absoluteFilePath());
     return QDir::homePath() + QStringLiteral("/.wine");
@@ -45,7 +46,8 @@ WinePaths WinePaths::read(const QString& prefix)
         paths.m_drives.append({ QLatin1Char('Z'), QStringLiteral("/") });
         return paths;
     }
-    const QStringList names = devices.entryList(QDir::System | QDir::AllEntries | QDir::NoDotAndDotDot, QDir::Name);
+    const QStringList names
+        = devices.entryList(QDir::System | QDir::AllEntries | QDir::NoDotAndDotDot, QDir::Name);
     for (const QString& name : names) {
         if (name.size() != 2 || name.at(1) != QLatin1Char(':') || !name.at(0).isLetter()
             || name.at(0).unicode() > 0x7f)
@@ -85,11 +87,14 @@ QString WinePaths::windowsPath(const QString& path, QString* error) const
             best = &drive;
     }
     if (!best)
-        return refuse(QStringLiteral("Wine cannot reach %1: no drive in %2/dosdevices leads to a folder that holds it")
-                          .arg(path, m_prefix));
+        return refuse(
+            QStringLiteral("Wine cannot reach %1: no drive in %2/dosdevices leads to a folder that holds it")
+                .arg(path, m_prefix));
     const QString rest = best->root == QLatin1String("/") ? clean.mid(1) : clean.mid(best->root.size() + 1);
-    if (!std::all_of(rest.cbegin(), rest.cend(), [](QChar c) { return c == QLatin1Char('/') || isWindowsNameCharacter(c); }))
-        return refuse(QStringLiteral("%1 cannot be given to a Windows program: a name in it holds one of \\ : * ? \" < > |")
+    if (!std::all_of(rest.cbegin(), rest.cend(),
+            [](QChar c) { return c == QLatin1Char('/') || isWindowsNameCharacter(c); }))
+        return refuse(QStringLiteral(
+            "%1 cannot be given to a Windows program: a name in it holds one of \\ : * ? \" < > |")
                           .arg(path));
     QString windows = QString(best->letter) + QStringLiteral(":\\") + rest;
     windows.replace(QLatin1Char('/'), QLatin1Char('\\'));

@@ -27,7 +27,7 @@ QString findProgram(const QString& setting, const QString& fallbackName)
     const QString name = setting.isEmpty() ? fallbackName : setting;
     if (name.contains(QLatin1Char('/')))
         return QFileInfo(name).isExecutable() && !QFileInfo(name).isDir() ? QFileInfo(name).absoluteFilePath()
-                                                                         : QString();
+                                                                          : QString();
     return QStandardPaths::findExecutable(name);
 }
 
@@ -151,14 +151,14 @@ void WineTool::finishRun(int limitMs)
 
 bool WineTool::serverRunning(const QString& prefix)
 {
-    struct stat info {};
+    struct stat info { };
     if (::stat(QFile::encodeName(prefix).constData(), &info) != 0)
         return false;
     for (const QString& candidate : serverLockCandidates(prefix, info.st_dev, info.st_ino)) {
         const int fd = ::open(QFile::encodeName(candidate).constData(), O_RDONLY | O_CLOEXEC);
         if (fd < 0)
             continue;
-        struct flock query {};
+        struct flock query { };
         query.l_type = F_WRLCK;
         query.l_whence = SEEK_SET;
         const bool held = ::fcntl(fd, F_GETLK, &query) == 0 && query.l_type != F_UNLCK;

@@ -1,8 +1,8 @@
 #include "step/ToolRun.h"
 
 #include <QEventLoop>
-#include <QProcessEnvironment>
 #include <QMetaObject>
+#include <QProcessEnvironment>
 #include <QStringDecoder>
 
 #include <csignal>

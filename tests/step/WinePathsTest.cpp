@@ -19,8 +19,8 @@ TEST(WinePaths, DrivesFromDosdevicesLinks)
     ASSERT_TRUE(temp.isValid());
     const QString root = temp.path();
     QDir dir(root);
-    for (const char* folder : { "full/dosdevices", "full/drive_c/windows", "data/deep", "data/other",
-             "dOnly/dosdevices", "fresh" })
+    for (const char* folder :
+        { "full/dosdevices", "full/drive_c/windows", "data/deep", "data/other", "dOnly/dosdevices", "fresh" })
         ASSERT_TRUE(dir.mkpath(QString::fromLatin1(folder)));
     const auto link = [&root](const QString& target, const char* name) {
         ASSERT_TRUE(QFile::link(target, root + QLatin1Char('/') + QString::fromLatin1(name))) << name;
@@ -44,14 +44,18 @@ TEST(WinePaths, DrivesFromDosdevicesLinks)
     } rows[] = {
         { "full", QStringLiteral("/usr/share/a.png"), QStringLiteral("Z:\\usr\\share\\a.png"), "" },
         { "full", QStringLiteral("/"), QStringLiteral("Z:\\"), "" },
-        { "full", root + QStringLiteral("/full/drive_c/windows/a.txt"), QStringLiteral("C:\\windows\\a.txt"), "" },
+        { "full", root + QStringLiteral("/full/drive_c/windows/a.txt"), QStringLiteral("C:\\windows\\a.txt"),
+            "" },
         { "full", root + QStringLiteral("/data/a b/ü.png"), QStringLiteral("D:\\a b\\ü.png"), "" },
         { "full", root + QStringLiteral("/data/deep/x.png"), QStringLiteral("E:\\x.png"), "" },
         { "full", root + QStringLiteral("/data/deeper/x.png"), QStringLiteral("D:\\deeper\\x.png"), "" },
         { "full", root + QStringLiteral("/data/other/x.png"), QStringLiteral("F:\\x.png"), "" },
         { "full", root + QStringLiteral("/data/x/../deep/./y.png"), QStringLiteral("E:\\y.png"), "" },
         { "full", root + QStringLiteral("/missing/x.png"),
-            QStringLiteral("Z:") + QString(root + QStringLiteral("/missing/x.png")).replace(QLatin1Char('/'), QLatin1Char('\\')), "" },
+            QStringLiteral("Z:")
+                + QString(root + QStringLiteral("/missing/x.png"))
+                      .replace(QLatin1Char('/'), QLatin1Char('\\')),
+            "" },
         { "full", QString(), QString(), "" },
         { "full", QStringLiteral("out/a.png"), QString(), "is not an absolute path" },
         { "full", root + QStringLiteral("/data/a:b.png"), QString(), "a name in it holds one of" },

@@ -37,7 +37,10 @@ private:
         return false;
     }
 
-    bool startsWith(const char* prefix) const { return m_text.compare(m_at, std::strlen(prefix), prefix) == 0; }
+    bool startsWith(const char* prefix) const
+    {
+        return m_text.compare(m_at, std::strlen(prefix), prefix) == 0;
+    }
 
     void skipSpace()
     {
@@ -85,10 +88,7 @@ private:
         }
     }
 
-    static bool isNameChar(char c)
-    {
-        return !std::strchr(" \t\r\n/>=<\"'", c) && c != '\0';
-    }
+    static bool isNameChar(char c) { return !std::strchr(" \t\r\n/>=<\"'", c) && c != '\0'; }
 
     bool name(std::string* out)
     {

@@ -53,7 +53,8 @@ bool wholeNumber(const std::string& text, std::int64_t* value)
 {
     std::size_t begin = 0;
     std::size_t end = text.size();
-    const auto blank = [](char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r' || c == '\f' || c == '\v'; };
+    const auto blank
+        = [](char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r' || c == '\f' || c == '\v'; };
     while (begin < end && blank(text[begin]))
         ++begin;
     while (end > begin && blank(text[end - 1]))
@@ -87,10 +88,10 @@ int round16(float value)
     return static_cast<int>(value + 0.5f);
 }
 
-// 16-bit channel to 8 bits, rounding as Qt does.
+// A 16-bit channel to 8 bits, the value / 257 rounded, as QColor reads one.
 int to8(int value)
 {
-    return (value - (value >> 8) + 0x80) >> 8;
+    return (value + 128 - ((value + 128) >> 8)) >> 8;
 }
 
 // Hue, saturation and value to RGB exactly as QColor::fromHsv(h, s, v)
@@ -108,27 +109,17 @@ Rgb fromHsv(int hue, int saturation, int value)
     const int i = static_cast<int>(h);
     const float f = h - static_cast<float>(i);
     const float p = v * (1.0f - s);
-    int r = 0;
-    int g = 0;
-    int b = 0;
     const int vv = round16(v * 65535.0f);
     const int pp = round16(p * 65535.0f);
+    Rgb rgb;
     if (i & 1) {
         const int q = round16(v * (1.0f - (s * f)) * 65535.0f);
-        switch (i) {
-        case 1: r = q; g = vv; b = pp; break;
-        case 3: r = pp; g = q; b = vv; break;
-        default: r = vv; g = pp; b = q; break;
-        }
+        rgb = i == 1 ? Rgb { q, vv, pp } : i == 3 ? Rgb { pp, q, vv } : Rgb { vv, pp, q };
     } else {
         const int t = round16(v * (1.0f - (s * (1.0f - f))) * 65535.0f);
-        switch (i) {
-        case 0: r = vv; g = t; b = pp; break;
-        case 2: r = pp; g = vv; b = t; break;
-        default: r = t; g = pp; b = vv; break;
-        }
+        rgb = i == 0 ? Rgb { vv, t, pp } : i == 2 ? Rgb { pp, vv, t } : Rgb { t, pp, vv };
     }
-    return { to8(r), to8(g), to8(b) };
+    return { to8(rgb.r), to8(rgb.g), to8(rgb.b) };
 }
 
 struct Pattern {
@@ -261,8 +252,8 @@ Picture decodeBmp(const std::string& bytes)
         for (int x = 0; x < width; ++x) {
             const std::size_t at = row + std::size_t(x) * step;
             picture.pixels[std::size_t(y) * std::size_t(width) + std::size_t(x)]
-                = argb(255, static_cast<unsigned char>(bytes[at + 2]), static_cast<unsigned char>(bytes[at + 1]),
-                    static_cast<unsigned char>(bytes[at]));
+                = argb(255, static_cast<unsigned char>(bytes[at + 2]),
+                    static_cast<unsigned char>(bytes[at + 1]), static_cast<unsigned char>(bytes[at]));
         }
     }
     return picture;
@@ -324,7 +315,8 @@ std::string encodeBmp(const Picture& picture)
     for (int y = picture.height - 1; y >= 0; --y) {
         const std::size_t begin = out.size();
         for (int x = 0; x < picture.width; ++x) {
-            const std::uint32_t pixel = picture.pixels[std::size_t(y) * std::size_t(picture.width) + std::size_t(x)];
+            const std::uint32_t pixel
+                = picture.pixels[std::size_t(y) * std::size_t(picture.width) + std::size_t(x)];
             out += static_cast<char>(pixel & 0xff);
             out += static_cast<char>((pixel >> 8) & 0xff);
             out += static_cast<char>((pixel >> 16) & 0xff);

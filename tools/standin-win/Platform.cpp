@@ -48,13 +48,13 @@ std::FILE* openFile(const std::string& path, const wchar_t* mode)
 
 bool isDirectory(const std::string& path)
 {
-    struct _stat64 info {};
+    struct _stat64 info { };
     return _wstat64(widen(path).c_str(), &info) == 0 && (info.st_mode & _S_IFDIR);
 }
 
 bool exists(const std::string& path)
 {
-    struct _stat64 info {};
+    struct _stat64 info { };
     return _wstat64(widen(path).c_str(), &info) == 0;
 }
 
@@ -75,13 +75,13 @@ std::FILE* openFile(const std::string& path, const wchar_t* mode)
 
 bool isDirectory(const std::string& path)
 {
-    struct stat info {};
+    struct stat info { };
     return ::stat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
 }
 
 bool exists(const std::string& path)
 {
-    struct stat info {};
+    struct stat info { };
     return ::stat(path.c_str(), &info) == 0;
 }
 

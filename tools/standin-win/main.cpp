@@ -81,8 +81,8 @@ void journal(const std::string& line)
         appendToFile(path, line + "\n");
 }
 
-bool parseControlFile(const std::string& bytes, std::vector<TaskSpec>* tasks, std::string* format,
-    std::string* error)
+bool parseControlFile(
+    const std::string& bytes, std::vector<TaskSpec>* tasks, std::string* format, std::string* error)
 {
     XmlElement root;
     std::string why;
@@ -192,7 +192,8 @@ int runStandin(const std::vector<std::string>& args)
         printError(error);
         return 1;
     }
-    const std::int64_t delayMs = std::clamp<std::int64_t>(envNumber("QUILLON_STANDIN_DELAY_MS"), 0, 24 * 3600 * 1000);
+    const std::int64_t delayMs
+        = std::clamp<std::int64_t>(envNumber("QUILLON_STANDIN_DELAY_MS"), 0, 24 * 3600 * 1000);
     bool allWritten = true;
     for (std::size_t i = 0; i < tasks.size(); ++i) {
         const TaskSpec& task = tasks[i];

@@ -38,8 +38,9 @@ QByteArray bmp(int w, int h, int seed)
             bytes += char((value >> (8 * i)) & 0xff);
         return bytes;
     };
-    return "BM" + le(54 + pixels.size(), 4) + le(0, 4) + le(54, 4) + le(40, 4) + le(w, 4) + le(h, 4) + le(1, 2)
-        + le(24, 2) + le(0, 4) + le(pixels.size(), 4) + le(2835, 4) + le(2835, 4) + le(0, 4) + le(0, 4) + pixels;
+    return "BM" + le(54 + pixels.size(), 4) + le(0, 4) + le(54, 4) + le(40, 4) + le(w, 4) + le(h, 4)
+        + le(1, 2) + le(24, 2) + le(0, 4) + le(pixels.size(), 4) + le(2835, 4) + le(2835, 4) + le(0, 4)
+        + le(0, 4) + pixels;
 }
 
 // Wine's processes of `prefix` (the launcher, Windows programs, the
@@ -54,7 +55,8 @@ QStringList wineProcesses(const QString& prefix)
             continue;
         const QString exe = QFile::symLinkTarget(dir + QStringLiteral("/exe"));
         QFile environ(dir + QStringLiteral("/environ"));
-        if (!QFileInfo(exe).fileName().startsWith(QLatin1String("wine")) || !environ.open(QIODevice::ReadOnly))
+        if (!QFileInfo(exe).fileName().startsWith(QLatin1String("wine"))
+            || !environ.open(QIODevice::ReadOnly))
             continue;
         if (environ.readAll().split('\0').contains("WINEPREFIX=" + prefix.toUtf8()))
             found.append(dir + QLatin1Char(' ') + exe);
@@ -73,14 +75,15 @@ protected:
         writeFile(QStringLiteral("in/beta.bmp"), bmp(20, 25, 99));
         QFile chain(QStringLiteral(QUILLON_SOURCE_DIR "/tests/step/wine/two-sweeps.qlch"));
         ASSERT_TRUE(chain.open(QIODevice::ReadOnly));
-        m_chain = writeFile(QStringLiteral("chain.qlch"), chain.readAll().replace("@DEFINITION@", m_definition.toUtf8()));
+        m_chain = writeFile(
+            QStringLiteral("chain.qlch"), chain.readAll().replace("@DEFINITION@", m_definition.toUtf8()));
     }
 
     // Two filters, each sweeping a parameter, over both inputs.
     QStringList flags(const QString& tool, const QString& out) const
     {
-        return { "--chain", m_chain, "--tool", tool, "--output", out, "--mkdir", "--input-dir", m_in, "--format",
-            "BMP", "--frames", "3", "--seed", "7" };
+        return { "--chain", m_chain, "--tool", tool, "--output", out, "--mkdir", "--input-dir", m_in,
+            "--format", "BMP", "--frames", "3", "--seed", "7" };
     }
 
     static QString windowsForm(const QString& path)
@@ -102,13 +105,14 @@ TEST_F(WineRun, TheWindowsToolRendersWhatTheNativeOneDoes)
     const CliResult plan = run(flags(kWindowsTool, wine) + QStringList { "--wine=" + m_prefix, "--dry-run" });
     EXPECT_EQ(plan.exitCode, 0) << plan.err.toStdString();
     const QString last = wine + QStringLiteral("/my-exportmy-exportbeta-3.bmp");
-    EXPECT_TRUE(plan.out.contains(last + QStringLiteral(" = ") + windowsForm(last))) << plan.out.toStdString();
+    EXPECT_TRUE(plan.out.contains(last + QStringLiteral(" = ") + windowsForm(last)))
+        << plan.out.toStdString();
 
     const CliResult result = run(flags(kWindowsTool, wine) + QStringList { "--wine=" + m_prefix });
     expectExit(result, 0, "6 written, 0 missing");
     // The tool was given the control file's Windows path.
-    EXPECT_TRUE(result.out.contains(
-        QStringLiteral("Quillon stand-in render tool: ") + windowsForm(wine + QStringLiteral("/controlfile.xml"))))
+    EXPECT_TRUE(result.out.contains(QStringLiteral("Quillon stand-in render tool: ")
+        + windowsForm(wine + QStringLiteral("/controlfile.xml"))))
         << result.out.toStdString();
     const auto expected = byName(native);
     EXPECT_EQ(expected.size(), 6);
@@ -121,7 +125,8 @@ TEST_F(WineRun, TheWindowsToolRendersWhatTheNativeOneDoes)
 TEST_F(WineRun, AbortEndsWinesProcesses)
 {
     QProcess process;
-    start(process, flags(kWindowsTool, m_out) + QStringList { "--wine" }, { { "QUILLON_STANDIN_HANG", "1" } });
+    start(
+        process, flags(kWindowsTool, m_out) + QStringList { "--wine" }, { { "QUILLON_STANDIN_HANG", "1" } });
     readUntil(process, "Quillon stand-in render tool: Z:");
     EXPECT_FALSE(wineProcesses(m_prefix).isEmpty());
     ASSERT_GT(process.processId(), 0);
