@@ -110,6 +110,20 @@ QStringList expandFilterLists(const QStringList& arguments)
     return expanded;
 }
 
+// --wine takes its prefix only as --wine=PREFIX: alone it stands for the
+// user's prefix, so it is given an empty value here.
+QStringList expandBareWine(const QStringList& arguments)
+{
+    QStringList expanded = arguments;
+    for (qsizetype i = 1; i < expanded.size(); ++i) {
+        if (expanded.at(i) == QLatin1String("--"))
+            break;
+        if (expanded.at(i) == QLatin1String("--wine") || expanded.at(i) == QLatin1String("-wine"))
+            expanded[i] += QLatin1Char('=');
+    }
+    return expanded;
+}
+
 void addOptions(QCommandLineParser& parser)
 {
     const auto valued = [&parser](const char* name, const char* valueName, const char* help) {
@@ -122,6 +136,11 @@ void addOptions(QCommandLineParser& parser)
     valued("chain", "FILE", "Run the chain file FILE (.qlch).");
     valued("filter", "DEFINITION", "Run these filter definitions (.ffxml), in the order given.");
     valued("tool", "PATH", "The render tool executable; a name without a slash is looked up on PATH.");
+    valued("wine", "PREFIX",
+        "Run the render tool, a Windows program (.exe), under Wine: --wine alone in the user's prefix "
+        "($WINEPREFIX, else ~/.wine), --wine=PREFIX in that one. The tool gets every path in its Windows "
+        "form.");
+    valued("wine-binary", "PATH", "With --wine: the wine launcher (default: wine on PATH).");
     valued("output", "DIR", "The output directory (also holds the task files and the log).");
     flag("mkdir", "Create the output directory (and its parents) when it is missing.");
     valued("input", "FILE", "Render one input image.");
@@ -245,7 +264,7 @@ CliParseResult parseCliArguments(const QStringList& arguments, CliOptions* optio
     QCommandLineParser parser;
     parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
     addOptions(parser);
-    if (!parser.parse(expandFilterLists(arguments)))
+    if (!parser.parse(expandBareWine(expandFilterLists(arguments))))
         return usageError(error, parser.errorText());
     if (parser.isSet(QStringLiteral("help")))
         return CliParseResult::Help;
@@ -287,6 +306,15 @@ CliParseResult parseCliArguments(const QStringList& arguments, CliOptions* optio
     result.saveChainFile = value("save-chain");
 
     settings.toolPath = value("tool");
+    if (isSet("wine-binary") && !isSet("wine"))
+        return usageError(error, QStringLiteral("--wine-binary needs --wine"));
+    if (isSet("wine")) {
+        if (!result.slurmBundle.isEmpty())
+            return usageError(error, QStringLiteral("--wine cannot be combined with --slurm-bundle"));
+        settings.toolWine = 1;
+        settings.winePrefix = value("wine");
+        settings.wineBinary = value("wine-binary");
+    }
     settings.outputPath = value("output");
     result.makeOutputDirectory = isSet("mkdir");
     if (isSet("input") && isSet("input-dir"))

@@ -22,7 +22,7 @@ PreferenceKey integer(const QString& key, qint64 reset)
 
 // Reset order matters only in that PREF_RESET comes last: a store that lost
 // power half-way through a reset is reset again at the next launch.
-const std::array<PreferenceKey, 34> kTable { {
+const std::array<PreferenceKey, 35> kTable { {
     integer(pref::CB_ANTIALIAS, 1),
     integer(pref::CB_MT, 1),
     integer(pref::CB_NORMALFLIP, 0),
@@ -37,6 +37,8 @@ const std::array<PreferenceKey, 34> kTable { {
     text(pref::NUM_FRAMES, QStringLiteral("10")),
     text(pref::TOOL_JOBS, QStringLiteral("1")),
     text(pref::TOOL_PATH, QString()),
+    // The tool is a Windows program run under Wine.
+    integer(pref::TOOL_WINE, 0),
     text(pref::OUTPUT_DIR, QString()),
     text(pref::INPUT_PATH, QString()),
     text(pref::FILTERS_PATH, QString()),

@@ -16,6 +16,7 @@ namespace pref {
 inline const QString PREF_RESET = QStringLiteral("PREF_RESET");
 inline const QString TOOL_PATH = QStringLiteral("TOOL_PATH");
 inline const QString TOOL_JOBS = QStringLiteral("TOOL_JOBS");
+inline const QString TOOL_WINE = QStringLiteral("TOOL_WINE");
 inline const QString FILTERS_PATH = QStringLiteral("FILTERS_PATH");
 inline const QString OUTPUT_DIR = QStringLiteral("OUTPUT_DIR");
 inline const QString INPUT_PATH = QStringLiteral("INPUT_PATH");

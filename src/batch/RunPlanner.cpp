@@ -2,6 +2,7 @@
 
 #include "batch/InputListing.h"
 #include "batch/PlanChecks.h"
+#include "run/WineTool.h"
 #include "step/FilterProcessObject.h"
 #include "step/SilentStepParent.h"
 #include "variations/ValueRule.h"
@@ -191,6 +192,9 @@ StartPlan planStart(const PlanRequest& request)
         start.inputs = std::move(listing.paths);
     }
     start.plan = std::make_shared<RunPlan>(planRun(request.chain, settings, start.inputs, *settings.seed));
+    start.refusal = WineTool::attachTo(*start.plan, settings);
+    if (!start.refusal.isEmpty())
+        return start;
     start.warning = outputInsideInputWarning(settings);
     checkStartPlan(start);
     return start;

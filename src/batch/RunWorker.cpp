@@ -3,6 +3,7 @@
 #include "batch/RunCleanup.h"
 #include "batch/RunJournal.h"
 #include "batch/RunLog.h"
+#include "run/WineTool.h"
 #include "step/FilterProcessObject.h"
 
 #include <QMutexLocker>
@@ -51,6 +52,9 @@ void RunWorker::run()
     for (int step = 0; step < plan.steps && !m_aborted.load(); ++step)
         runStep(step, byStep.at(step));
     setRunning({});
+    // A wineserver that the run's tool runs brought up is gone before the run ends.
+    if (m_job.plan->wine)
+        m_job.plan->wine->finishRun();
     if (m_job.settings.toolLog == 1 && m_job.log)
         m_job.log->close();
     Q_EMIT finished(m_job.cleanup ? m_job.cleanup->deleteCollected(*m_job.journal) : QStringList());
@@ -61,6 +65,7 @@ void RunWorker::runStep(int index, const QList<const PlannedToolRun*>& runs)
     RecordPtr record = m_job.chain.at(static_cast<size_t>(index));
     filterProcessObject step(record, {}, {}, index == 0, index == m_job.plan->steps - 1, index, this, {});
     step.toolPath = m_job.settings.toolPath;
+    step.wine = m_job.plan->wine;
     step.outPath = m_job.taskFolder.isEmpty() ? m_job.settings.outputPath : m_job.taskFolder;
     step.plannedRuns = runs;
     // A later step's inputs are the outputs of the step before: handed over
@@ -95,6 +100,7 @@ bool RunWorker::runStepInSlots(filterProcessObject& step, int slots)
         auto slot = std::make_unique<filterProcessObject>(
             step.filterData, QStringList(), QStringList(), step.isFirst, step.isLast, step.chainid, this, QStringList());
         slot->toolPath = step.toolPath;
+        slot->wine = step.wine;
         slot->outPath = folders.at(k);
         // The slots share the records: they are left where the step ends
         // once every slot is done.

@@ -1,5 +1,7 @@
 #include "run/RunPlan.h"
 
+#include "run/WineTool.h"
+
 #include <QFileInfo>
 #include <QHash>
 #include <QJsonArray>
@@ -116,6 +118,8 @@ QString RunPlan::describe() const
             if (task.carriesValues)
                 values = task.values;
             text += task.resultPath;
+            if (wine)
+                text += QStringLiteral(" = ") + wine->windowsPath(task.resultPath);
             if (task.skipped)
                 text += QStringLiteral("  (skipped: exists)");
             for (const auto& [index, value] : values) {
@@ -151,18 +155,32 @@ QJsonObject RunPlan::toJsonObject(
                 { QStringLiteral("skipped"), task.skipped } };
             if (task.mapKind)
                 entry.insert(QStringLiteral("map"), *task.mapKind);
+            if (wine)
+                entry.insert(QStringLiteral("windowsResult"), wine->windowsPath(task.resultPath));
             if (statuses && statuses->contains(task.resultPath))
                 entry.insert(QStringLiteral("status"), statuses->value(task.resultPath));
             tasks.append(entry);
         }
         QJsonObject entry { { QStringLiteral("step"), run.step }, { QStringLiteral("input"), run.input },
             { QStringLiteral("baseName"), run.baseName }, { QStringLiteral("tasks"), tasks } };
+        if (wine && !run.input.isEmpty())
+            entry.insert(QStringLiteral("windowsInput"), wine->windowsPath(run.input));
         if (outcomes)
             insertToolRunOutcome(entry, outcomes->value(r));
         runs.append(entry);
     }
-    const QJsonObject root { { QStringLiteral("seed"), QString::number(seed) },
-        { QStringLiteral("steps"), steps }, { QStringLiteral("toolRuns"), runs } };
+    QJsonObject root { { QStringLiteral("seed"), QString::number(seed) }, { QStringLiteral("steps"), steps },
+        { QStringLiteral("toolRuns"), runs } };
+    if (wine) {
+        QJsonObject drives;
+        for (const WinePaths::Drive& drive : wine->paths().drives()) {
+            if (!drives.contains(QString(drive.letter) + QLatin1Char(':')))
+                drives.insert(QString(drive.letter) + QLatin1Char(':'), drive.root);
+        }
+        root.insert(QStringLiteral("wine"),
+            QJsonObject { { QStringLiteral("binary"), wine->binary() },
+                { QStringLiteral("prefix"), wine->paths().prefix() }, { QStringLiteral("drives"), drives } });
+    }
     return root;
 }
 

@@ -10,9 +10,12 @@
 #include <QStringList>
 #include <QVariant>
 
+#include <memory>
 #include <optional>
 
 namespace quillon {
+
+class WineTool;
 
 // The value one task gives one parameter of its filter: the parameter's
 // position in the filter's list and the value (a double or an integer).
@@ -57,6 +60,9 @@ struct RunPlan {
     int steps = 0;
     quint64 seed = 0;
     QList<QStringList> stepParameters; // per step, the parameter names in the filter's order
+    // A tool run under Wine: the launcher, the drives and the Windows form of
+    // every path; null for a native tool.
+    std::shared_ptr<WineTool> wine;
 
     // The outputs of the last step, in plan order (skipped ones included).
     QStringList finalOutputs() const;
@@ -72,8 +78,8 @@ struct RunPlan {
     // name written twice; empty when every output has a name of its own.
     QStringList collisions() const;
 
-    // One line per output ("PATH  name=value ..."), then "N tool runs, M
-    // outputs".
+    // One line per output ("PATH  name=value ..."; under Wine
+    // "PATH = WINDOWS PATH  name=value ..."), then "N tool runs, M outputs".
     QString describe() const;
     // The plan as JSON (the schema is in docs/run-plan.md); with `statuses`
     // (result path -> status), each task also says what became of it; with

@@ -21,6 +21,11 @@ struct RunSettings {
     QString outputPath;
     QString sourcePath;
     InputMode inputMode = InputMode::File;
+    // A Windows build of the tool, run as `wine TOOL WINPATH` with every
+    // path it is given in its Windows form: 1 on, 0 off.
+    int toolWine = 0;
+    QString winePrefix; // WINEPREFIX for the tool; empty: the user's
+    QString wineBinary; // the wine launcher; empty: "wine" on PATH
 
     // Output naming and frames.
     QString outputPrefix = QStringLiteral("my-export");

@@ -1,6 +1,7 @@
 #include "step/FilterProcessObject.h"
 
 #include "run/RunSettings.h"
+#include "run/WineTool.h"
 #include "step/StepParent.h"
 
 #include "step/ToolRun.h"
@@ -24,6 +25,16 @@ filterProcessObject::filterProcessObject(RecordPtr filterData_, QStringList inFi
 
 // Out of line: ToolRun is only forward-declared in the header.
 filterProcessObject::~filterProcessObject() = default;
+
+ToolLaunch filterProcessObject::toolLaunch(const QString& controlFile) const
+{
+    return wine ? wine->launch(toolPath, controlFile) : ToolLaunch { toolPath, { controlFile }, {} };
+}
+
+QString filterProcessObject::pathForTool(const QString& path) const
+{
+    return wine ? wine->windowsPath(path) : path;
+}
 
 const RunSettings& filterProcessObject::settings() const
 {

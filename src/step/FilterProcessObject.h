@@ -1,6 +1,7 @@
 #pragma once
 
 #include "library/Record.h"
+#include "run/ToolLaunch.h"
 #include "run/ToolRunOutcome.h"
 #include "variations/ValueRule.h"
 
@@ -21,6 +22,7 @@ struct PlannedTask;
 struct PlannedToolRun;
 struct RunSettings;
 class ToolRun;
+class WineTool;
 
 // One step of a batch run: one filter of the chain applied to all of the
 // step's inputs. It writes the task files of each tool run (control file and
@@ -46,6 +48,8 @@ public:
     StepParent* parent = nullptr; // not owned
     QString toolPath;
     QString outPath;
+    // A tool run under Wine (shared by the run's steps); null for a native tool.
+    std::shared_ptr<WineTool> wine;
     // The current tool run: created, run and destroyed on the worker thread;
     // the mutex lets abortAction reach it from another thread.
     std::unique_ptr<ToolRun> toolTask;
@@ -88,6 +92,14 @@ public:
     void passOnSourceInfoWithData(const QString& source);
     void passOnRenderInfoWithData(const QString& info);
     void taskIsDoneWithData(const QStringList& paths);
+
+    // How the tool is started on a control file: the tool with the file's
+    // path, or under Wine `wine TOOL WINPATH`.
+    ToolLaunch toolLaunch(const QString& controlFile) const;
+    // A path as the tool is given it: unchanged for a native tool, its
+    // Windows form under Wine. Every path the task writers write goes
+    // through here.
+    QString pathForTool(const QString& path) const;
 
     // ---- Task writers (worker thread) -----------------------------------
     // Each writes controlfile.xml and the run files of one tool run into

@@ -138,7 +138,7 @@ void filterProcessObject::runFilterOn(const QString& inputPath, const QString& o
     // The task files are written before the tool starts.
     unwrittenTaskFiles.clear();
     const QString controlFile = createBatchFileWithFilepath(inputPath, outfile);
-    auto run = std::make_unique<ToolRun>(toolPath, QStringList { controlFile });
+    auto run = std::make_unique<ToolRun>(toolLaunch(controlFile));
     {
         QMutexLocker lock(&toolTaskMutex);
         toolTask = std::move(run);

@@ -62,7 +62,7 @@ pugi::xml_node beginTask(const filterProcessObject& step, pugi::xml_node tasks, 
 {
     pugi::xml_node task = tasks.append_child("Task");
     pugi::xml_node image = task.append_child("Image");
-    setAttribute(image, "value", imagepath);
+    setAttribute(image, "value", step.pathForTool(imagepath));
     setAttribute(image, "width", step.settings().widthText);
     setAttribute(image, "height", step.settings().heightText);
     setAttribute(task.append_child("Selection"), "value", QString());
@@ -70,9 +70,9 @@ pugi::xml_node beginTask(const filterProcessObject& step, pugi::xml_node tasks, 
 }
 
 // Result and Preset, after the output name has been recorded.
-void appendResultAndPreset(pugi::xml_node task, const QString& resultPath)
+void appendResultAndPreset(const filterProcessObject& step, pugi::xml_node task, const QString& resultPath)
 {
-    setAttribute(task.append_child("Result"), "path", resultPath);
+    setAttribute(task.append_child("Result"), "path", step.pathForTool(resultPath));
     appendOption(task, "Preset", QStringLiteral("0"));
 }
 
@@ -275,7 +275,7 @@ bool writeRunFile(filterProcessObject& step, pugi::xml_document& document, qint6
 {
     const QString path = runFilePath(step, index);
     step.filesToRemove.append(path);
-    appendOption(task, "Filter", path);
+    appendOption(task, "Filter", step.pathForTool(path));
     if (!writeTaskFile(step, path, serializeXml(document, expectedSize))) {
         printConsoleLine(QStringLiteral("HILFE!! - Could not create runfile."));
         if (error)
@@ -479,7 +479,7 @@ pugi::xml_node filterProcessObject::writePlannedTask(
 {
     const qint64 index = planned.index;
     pugi::xml_node task = beginTask(*this, tasks, imagepath);
-    appendResultAndPreset(task, planned.resultPath);
+    appendResultAndPreset(*this, task, planned.resultPath);
     if (planned.carriesValues) {
         const ParameterValues* values = planned.valuesKnown ? &planned.values : nullptr;
         if (!writeDefinitionRunFile(*this, index, planned.mapKind, values, task, error)) {

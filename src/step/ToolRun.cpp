@@ -2,6 +2,7 @@
 
 #include <QEventLoop>
 #include <QMetaObject>
+#include <QProcessEnvironment>
 #include <QStringDecoder>
 
 #include <csignal>
@@ -76,6 +77,17 @@ ToolRun::ToolRun(const QString& program, const QStringList& arguments, QObject* 
     connect(&m_process, &QProcess::readyReadStandardOutput, this, &ToolRun::routeAvailableOutput);
     connect(&m_process, &QProcess::finished, this, &ToolRun::onFinished);
     connect(&m_process, &QProcess::errorOccurred, this, &ToolRun::onError);
+}
+
+ToolRun::ToolRun(const ToolLaunch& launch, QObject* parent)
+    : ToolRun(launch.program, launch.arguments, parent)
+{
+    if (launch.environment.isEmpty())
+        return;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    for (const auto& [name, value] : launch.environment)
+        environment.insert(name, value);
+    m_process.setProcessEnvironment(environment);
 }
 
 ToolRun::~ToolRun()

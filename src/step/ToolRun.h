@@ -1,5 +1,6 @@
 #pragma once
 
+#include "run/ToolLaunch.h"
 #include "run/ToolRunOutcome.h"
 
 #include <QByteArray>
@@ -25,6 +26,7 @@ public:
     static constexpr int kTerminateGraceMilliseconds = 3000;
 
     ToolRun(const QString& program, const QStringList& arguments, QObject* parent = nullptr);
+    explicit ToolRun(const ToolLaunch& launch, QObject* parent = nullptr);
     ~ToolRun() override;
     Q_DISABLE_COPY_MOVE(ToolRun)
 

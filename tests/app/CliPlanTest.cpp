@@ -157,6 +157,27 @@ TEST_F(CliPlan, ToolRunsWithoutATaskStillRun)
     EXPECT_EQ(listing, QString::fromUtf8(fileBytes(QStringLiteral(QUILLON_SOURCE_DIR "/tests/app/data/empty-task-runs.txt"))));
 }
 
+TEST_F(CliPlan, UnderWineThePlanShowsWindowsPathsAndRefusesUnreachableOnes)
+{
+    // A Wine prefix whose one drive, D:, is the output directory.
+    const QString prefix = m_temp.path() + QStringLiteral("/prefix");
+    ASSERT_TRUE(QDir().mkpath(prefix + QStringLiteral("/dosdevices")));
+    ASSERT_TRUE(QFile::link(m_out, prefix + QStringLiteral("/dosdevices/d:")));
+    const QStringList wine = baseFlags()
+        + QStringList { "--wine=" + prefix, "--wine-binary", "/bin/true", "--dry-run", "--json" };
+    const CliResult plan = run(wine);
+    ASSERT_EQ(plan.exitCode, 0) << plan.err.toStdString();
+    const QJsonObject root = QJsonDocument::fromJson(plan.out.toUtf8()).object();
+    EXPECT_EQ(root["toolRuns"][0]["tasks"][1]["windowsResult"].toString(),
+        QStringLiteral("D:\\NX_my-export-2.png"));
+    EXPECT_EQ(root["wine"]["drives"]["D:"].toString(), m_out);
+
+    const QString photo = m_in + QStringLiteral("/photo.png");
+    ASSERT_TRUE(writeBatchInputImage(photo));
+    expectExit(run(wine + QStringList { "--input", photo }), 2, "Wine cannot reach " + photo);
+    EXPECT_TRUE(batchDirectoryNames(m_out).isEmpty());
+}
+
 TEST_F(CliPlan, ProgressReportAndQuietOutput)
 {
     const QString report = m_temp.path() + QStringLiteral("/report.json");

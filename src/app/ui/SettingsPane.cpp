@@ -76,7 +76,8 @@ SettingsPane::SettingsPane(QWidget* parent)
     m_switches = { { s.antiAliasCB, pref::CB_ANTIALIAS, false }, { s.multithreadCB, pref::CB_MT, false },
         { s.normalmapFlipCB, pref::CB_NORMALFLIP, false }, { s.ditherCB, pref::CB_DITHER, false },
         { s.progressiveCB, pref::CB_PROGRESSIVE, false }, { s.cleanupAfterCB, pref::CB_CLEANUP, false },
-        { s.toollogCB, pref::CB_TOOLLOG, false }, { s.f_jpgFullPrecisionCB, pref::JPEG_FULLPRECISION, true },
+        { s.toollogCB, pref::CB_TOOLLOG, false }, { s.toolWineCB, pref::TOOL_WINE, false },
+        { s.f_jpgFullPrecisionCB, pref::JPEG_FULLPRECISION, true },
         { s.f_pngIncludeTransCB, pref::PNG_INCLUDETRANS, true },
         { s.f_tiffIncludeTransCB, pref::TIFF_INCLUDETRANS, true },
         { s.f_tiffFloatFormatCB, pref::TIFF_FLOATFORMAT, true },
@@ -224,6 +225,12 @@ void SettingsPane::choosePath(const PathBinding& binding, const QString& path)
     prefs().set(binding.key, path);
     *binding.value = path;
     binding.field->setText(path);
+    // A Windows program runs under Wine; the box stays the user's to change.
+    if (binding.key == pref::TOOL_PATH) {
+        const bool windows = path.endsWith(QLatin1String(".exe"), Qt::CaseInsensitive);
+        m_ui->toolWineCB->setChecked(windows);
+        prefs().set(pref::TOOL_WINE, windows ? 1 : 0);
+    }
     prefs().sync();
     if (binding.key == pref::FILTERS_PATH)
         Q_EMIT filterPathChanged(path);
@@ -402,6 +409,7 @@ RunSettings SettingsPane::runSettings() const
     const Ui::SettingsPane& s = *m_ui;
     RunSettings settings;
     settings.toolPath = m_toolPath;
+    settings.toolWine = s.toolWineCB->isChecked() ? 1 : 0;
     settings.outputPath = m_outputPath;
     settings.sourcePath = m_sourcePath;
     settings.inputMode = static_cast<InputMode>(std::clamp(s.sourceTypePopup->currentIndex(), 0, 2));

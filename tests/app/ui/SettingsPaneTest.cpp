@@ -74,6 +74,19 @@ TEST_F(SettingsPaneTest, EveryChangeIsStoredAtOnceAndComesBackAfterARestart)
     EXPECT_EQ(formatIdentifier(), QStringLiteral("TIFF"));
 }
 
+TEST_F(SettingsPaneTest, AWindowsToolRunsWithWineUnlessTurnedOff)
+{
+    typeInto("renderToolPathField", QStringLiteral("/opt/ff/FFBatch.EXE"));
+    EXPECT_EQ(delegate().captureRunSettings().toolWine, 1);
+    box("toolWineCB")->click();
+    relaunch();
+    EXPECT_EQ(shown({ "toolWineCB" }), QStringList { "off" });
+    EXPECT_EQ(delegate().captureRunSettings().toolWine, 0);
+    box("toolWineCB")->click();
+    typeInto("renderToolPathField", QStringLiteral("/opt/ff/ffbatch"));
+    EXPECT_EQ(shown({ "toolWineCB" }), QStringList { "off" });
+}
+
 TEST_F(SettingsPaneTest, ResetCommandRestoresFactoryValuesButKeepsSourceTypeAndSuffix)
 {
     typeInto("renderToolPathField", QStringLiteral("/opt/tool"));
