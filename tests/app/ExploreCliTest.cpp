@@ -1,0 +1,79 @@
+// quillon-cli on a run's results: the chain that makes one output again,
+// the contact sheet and the animation.
+
+#include "chain/ChainFile.h"
+#include "support/CliFixture.h"
+
+#include <QJsonArray>
+
+namespace quillon {
+namespace {
+
+using namespace test;
+using ExploreCli = CliFixture;
+
+// Every parameter of every filter varies at random, the check box too.
+RecordList randomChain(const QStringList& definitions)
+{
+    RecordList chain;
+    for (const QString& definition : definitions) {
+        RecordPtr filter = batchChainRecord(definition);
+        for (const RecordPtr& parameter : *filter->list(key::Components)) {
+            parameter->setInteger(key::ACTIVE, 1);
+            parameter->setInteger(key::POPSTATE, 0);
+        }
+        chain.push_back(filter);
+    }
+    return chain;
+}
+
+TEST_F(ExploreCli, FromReportMakesTheChosenOutputAgain)
+{
+    const QString second = writeDefinition(QStringLiteral("second.ffxml"), QStringLiteral("Second"));
+    const QString chainPath = QDir(m_temp.path()).filePath(QStringLiteral("random.qlch"));
+    ASSERT_TRUE(writeChainFile(chainPath, randomChain({ m_definition, second })));
+    const QString report = QDir(m_temp.path()).filePath(QStringLiteral("report.json"));
+    const QString keep = QDir(m_temp.path()).filePath(QStringLiteral("keep"));
+    const QString keep2 = QDir(m_temp.path()).filePath(QStringLiteral("keep2"));
+    const QString out2 = QDir(m_temp.path()).filePath(QStringLiteral("out2"));
+    ASSERT_TRUE(QDir().mkpath(keep) && QDir().mkpath(keep2) && QDir().mkpath(out2));
+    const CliResult sweep = run({ "--chain", chainPath, "--tool", kTool, "--output", m_out, "--format", "PNG",
+                                    "--frames", "5", "--seed", "11", "--report", report },
+        { { "QUILLON_STANDIN_KEEP", keep } });
+    ASSERT_EQ(sweep.exitCode, 0) << sweep.err.toStdString();
+
+    const QString fixed = QDir(m_temp.path()).filePath(QStringLiteral("fixed.qlch"));
+    expectExit(run({ "--from-report", report, "--output-index", "9", "--save-chain", fixed }), 2,
+        "the report has outputs 1 to 5");
+    // Without --chain the definitions the report names are read.
+    const CliResult kept = run({ "--from-report", report, "--output-index", "4", "--save-chain", fixed });
+    ASSERT_EQ(kept.exitCode, 0) << kept.err.toStdString();
+
+    const CliResult again = run({ "--chain", fixed, "--tool", kTool, "--output", out2, "--format", "PNG",
+                                    "--frames", "1", "--seed", "99" },
+        { { "QUILLON_STANDIN_KEEP", keep2 } });
+    ASSERT_EQ(again.exitCode, 0) << again.err.toStdString();
+
+    // Both steps' run files of output 4 (its interim image's and its own),
+    // byte for byte, and so the image itself.
+    const QJsonArray runs = readJson(report).value("plan").toObject().value("toolRuns").toArray();
+    const QJsonObject last = runs.at(runs.size() - 5 + 3).toObject();
+    const QString finalPath = last.value("tasks").toArray().at(0).toObject().value("result").toString();
+    const QString interimPath = last.value("input").toString();
+    const auto original = byName(keep);
+    const auto repeated = byName(keep2);
+    ASSERT_EQ(repeated.size(), 2);
+    QList<QByteArray> expected { original.value(QFileInfo(interimPath).fileName() + ".ffxml"),
+        original.value(QFileInfo(finalPath).fileName() + ".ffxml") };
+    QList<QByteArray> actual = repeated.values();
+    std::sort(expected.begin(), expected.end());
+    std::sort(actual.begin(), actual.end());
+    EXPECT_EQ(actual, expected);
+    EXPECT_FALSE(expected.contains(QByteArray()));
+    const auto images = byName(out2);
+    ASSERT_EQ(images.size(), 1);
+    EXPECT_EQ(images.first(), fileBytes(finalPath));
+}
+
+} // namespace
+} // namespace quillon
