@@ -4,7 +4,9 @@
 #include "chain/ChainFile.h"
 #include "support/CliFixture.h"
 
+#include <QImage>
 #include <QJsonArray>
+#include <QStandardPaths>
 
 namespace quillon {
 namespace {
@@ -73,6 +75,35 @@ TEST_F(ExploreCli, FromReportMakesTheChosenOutputAgain)
     const auto images = byName(out2);
     ASSERT_EQ(images.size(), 1);
     EXPECT_EQ(images.first(), fileBytes(finalPath));
+}
+
+TEST_F(ExploreCli, AfterTheRunAContactSheetAndAnAnimationOfTheFrames)
+{
+    const QString sheet = QDir(m_temp.path()).filePath(QStringLiteral("sheet.png"));
+    const CliResult result = run(baseFlags() + QStringList { "--frames", "3", "--contact-sheet", sheet });
+    ASSERT_EQ(result.exitCode, 0) << result.err.toStdString();
+    const QImage image(sheet);
+    // Three tiles in rows of two: 256-pixel cells with 12-pixel gaps.
+    ASSERT_EQ(image.width(), 2 * (256 + 12) + 12);
+    EXPECT_GT(image.height(), 2 * (256 + 12));
+    EXPECT_NE(image.pixelColor(12 + 128, 12 + 128), QColor(225, 225, 225)) << "the first output is drawn";
+    EXPECT_EQ(image.pixelColor(12 + 268 + 128, 12 + 268 + 128), QColor(250, 250, 250)) << "no fourth tile";
+
+    if (QStandardPaths::findExecutable(QStringLiteral("ffmpeg")).isEmpty()
+        || QStandardPaths::findExecutable(QStringLiteral("ffprobe")).isEmpty())
+        GTEST_SKIP() << "ffmpeg is not installed";
+    for (const char* suffix : { "gif", "webm" }) {
+        const QString animation = QDir(m_temp.path()).filePath(QStringLiteral("frames.") + suffix);
+        const CliResult made = run(baseFlags() + QStringList { "--frames", "3", "--animation", animation });
+        ASSERT_EQ(made.exitCode, 0) << made.err.toStdString();
+        EXPECT_EQ(batchDirectoryNames(m_out), (QStringList { "NX_my-export-1.png", "NX_my-export-2.png", "NX_my-export-3.png" }));
+        QProcess probe;
+        probe.start(QStringLiteral("ffprobe"),
+            { "-v", "error", "-count_frames", "-select_streams", "v:0", "-show_entries", "stream=nb_read_frames",
+                "-of", "csv=p=0", animation });
+        ASSERT_TRUE(probe.waitForFinished(60000));
+        EXPECT_EQ(probe.readAllStandardOutput().trimmed(), QByteArray("3")) << suffix;
+    }
 }
 
 } // namespace
