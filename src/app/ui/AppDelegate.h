@@ -97,6 +97,10 @@ public Q_SLOTS:
     // Quits when the main window has closed.
     void windowWillClose();
 
+    // Use These Values: sets the chain to make the last run's final output
+    // at `row` (plan order) again; false when there is no such output.
+    bool useValuesOfOutput(int row);
+
 private:
     // True when the window may close: no run, or the user chose to abort it.
     bool mayClose();
