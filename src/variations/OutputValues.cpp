@@ -5,6 +5,9 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 
+#include <algorithm>
+#include <cmath>
+
 namespace quillon {
 
 namespace {
@@ -157,6 +160,21 @@ QList<std::pair<QString, QVariant>> namedOutputValues(
     return named;
 }
 
+void holdParameterAt(Record& parameter, const QVariant& value)
+{
+    const std::optional<controlType> kind = parameter.type();
+    if (!kind)
+        return;
+    for (const QString& valueKey : { key::STARTVALUE, key::MINVALUE, key::MAXVALUE }) {
+        if (isRealKind(*kind))
+            parameter.setReal(valueKey, value.toDouble());
+        else
+            parameter.setInteger(valueKey, value.toLongLong());
+    }
+    parameter.setInteger(key::ACTIVE, 1);
+    parameter.setInteger(key::POPSTATE, 1);
+}
+
 RecordList chainFixedAt(const RecordList& chain, const OutputValues& output)
 {
     RecordList fixed;
@@ -175,24 +193,52 @@ RecordList chainFixedAt(const RecordList& chain, const OutputValues& output)
             for (const auto& [index, value] : output.steps.value(static_cast<qsizetype>(position))) {
                 if (index < 0 || index >= static_cast<qsizetype>(parameters->size()))
                     continue;
-                Record* parameter = (*parameters)[static_cast<size_t>(index)].get();
-                const std::optional<controlType> kind = parameter ? parameter->type() : std::nullopt;
-                if (!kind)
-                    continue;
-                for (const QString& valueKey : { key::STARTVALUE, key::MINVALUE, key::MAXVALUE }) {
-                    if (isRealKind(*kind))
-                        parameter->setReal(valueKey, value.toDouble());
-                    else
-                        parameter->setInteger(valueKey, value.toLongLong());
-                }
-                parameter->setInteger(key::ACTIVE, 1);
-                parameter->setInteger(key::POPSTATE, 1);
+                if (Record* parameter = (*parameters)[static_cast<size_t>(index)].get())
+                    holdParameterAt(*parameter, value);
             }
             filter->setList(key::Components, parameters);
         }
         fixed.push_back(filter);
     }
     return fixed;
+}
+
+QList<QVariant> testStripValues(const Record& parameter, int count)
+{
+    const std::optional<controlType> kind = parameter.type();
+    if (!kind)
+        return {};
+    if (*kind == controlType::kTypeCheckbox)
+        return { QVariant::fromValue<qint64>(0), QVariant::fromValue<qint64>(1) };
+    const double from = parameter.real(key::MINVALUE);
+    const double to = parameter.real(key::MAXVALUE);
+    QList<QVariant> values;
+    for (int i = 0; i < count; ++i) {
+        const double value = count > 1 ? from + (to - from) * i / (count - 1) : from;
+        const QVariant typed = isRealKind(*kind) ? QVariant::fromValue<double>(value)
+                                                 : QVariant::fromValue<qint64>(std::llround(value));
+        if (!values.contains(typed))
+            values.append(typed);
+    }
+    return values;
+}
+
+RecordList testStripChain(const RecordList& chain, int position, qsizetype index, const QVariant& value)
+{
+    OutputValues held;
+    for (size_t p = 0; p < chain.size(); ++p) {
+        ParameterValues values;
+        const RecordListPtr components = chain[p] ? chain[p]->list(key::Components) : nullptr;
+        for (qsizetype i = 0; components && i < static_cast<qsizetype>(components->size()); ++i) {
+            const RecordPtr& parameter = (*components)[static_cast<size_t>(i)];
+            if (static_cast<int>(p) == position && i == index)
+                values.append({ i, value });
+            else if (parameter && parameter->integer(key::ACTIVE) == 1)
+                values.append({ i, parameter->value(key::STARTVALUE) });
+        }
+        held.steps.append(values);
+    }
+    return chainFixedAt(chain, held);
 }
 
 } // namespace quillon

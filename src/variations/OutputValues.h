@@ -39,11 +39,24 @@ bool finalOutputValuesFromReport(
 QList<std::pair<QString, QVariant>> namedOutputValues(
     const OutputValues& output, const QList<QStringList>& stepParameters);
 
+// Holds one parameter at a value: the value as its range's both ends and
+// its start value, active, in sweep (toggle) mode.
+void holdParameterAt(Record& parameter, const QVariant& value);
+
 // A chain that makes the output again: a new record for every position
 // (shared records are split), and every parameter that varied held at the
 // output's value: the value as its range's both ends and its start value,
 // active, in sweep (toggle) mode, which the value rule keeps at that value.
 // Everything else is as in `chain`.
 RecordList chainFixedAt(const RecordList& chain, const OutputValues& output);
+
+// A test strip: `count` values spread evenly from the parameter's from to
+// its to value (integers rounded, repeats dropped; a check box gives 0 and
+// 1), of the kind's value type.
+QList<QVariant> testStripValues(const Record& parameter, int count);
+// The chain of one test-strip image: the parameter at `index` of chain
+// position `position` held at `value`, every other active parameter held at
+// its start value (what chainFixedAt makes).
+RecordList testStripChain(const RecordList& chain, int position, qsizetype index, const QVariant& value);
 
 } // namespace quillon

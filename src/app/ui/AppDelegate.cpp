@@ -8,6 +8,7 @@
 #include "app/ui/ProgressSheet.h"
 #include "app/ui/ResultsSheet.h"
 #include "app/ui/SettingsPane.h"
+#include "app/ui/TestStrip.h"
 #include "app/ui/WindowBatchDisplay.h"
 #include "batch/BatchController.h"
 #include "chain/ui/ChainListModel.h"
@@ -46,6 +47,8 @@ AppDelegate::AppDelegate(QObject* parent)
     });
     connect(m_resultsSheet, &ResultsSheet::useValuesRequested, this, &AppDelegate::useValuesOfOutput);
     m_resultsSheet->setPlanSource([this] { return m_batch->plan(); });
+    m_testStrip = new TestStrip(m_window.get());
+    connect(parameterEditor(), &ParameterEditor::testStripRequested, this, &AppDelegate::showTestStrip);
 
     settingsPane()->setPreferencesSource([this]() -> Preferences& { return preferences(); });
     m_window->setLayoutStore([this]() -> Preferences& { return preferences(); });
@@ -241,6 +244,21 @@ bool AppDelegate::useValuesOfOutput(int row)
     m_window->statusBar()->showMessage(
         tr("The chain now makes %1 again.").arg(QFileInfo(outputs.at(row).resultPath).fileName()));
     return true;
+}
+
+void AppDelegate::showTestStrip(int row)
+{
+    const int position = chainPanel()->selectedChainRow();
+    const RecordListPtr& rows = params();
+    if (position < 0 || !rows || row < 0 || row >= static_cast<int>(rows->size()) || m_testStrip->isRunning())
+        return;
+    const Record& parameter = *(*rows)[static_cast<size_t>(row)];
+    constexpr int kValues = 5;
+    disconnect(m_testStrip, &TestStrip::valueChosen, this, nullptr);
+    connect(m_testStrip, &TestStrip::valueChosen, this,
+        [this, row](const QVariant& value) { parameterEditor()->holdRowAt(row, value); });
+    m_testStrip->start(chain(), captureRunSettings(), position, row,
+        parameter.string(key::CONTROL_NAME, tr("Variations")), testStripValues(parameter, kValues));
 }
 
 bool AppDelegate::mayClose()

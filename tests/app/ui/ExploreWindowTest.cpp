@@ -5,6 +5,7 @@
 
 #include "app/ui/ResultsExports.h"
 #include "app/ui/ResultsSheet.h"
+#include "app/ui/TestStrip.h"
 #include "batch/BatchController.h"
 #include "chain/ui/ChainListModel.h"
 #include "variations/OutputValues.h"
@@ -131,6 +132,29 @@ TEST_F(ExploreWindowTest, TheContactSheetAndTheAnimationOfTheResults)
     ASSERT_TRUE(waitFor([&] { return saved.count() == 2; })) << alerts().join(';').toStdString();
     EXPECT_TRUE(fileBytes(animation).startsWith("GIF89a"));
     EXPECT_EQ(files(outputDir()), before) << "the frames are left as they were";
+}
+
+TEST_F(ExploreWindowTest, ATestStripRendersFiveValuesAndHoldsTheChosenOne)
+{
+    prepareRun(1, QStringLiteral("3"), QStringLiteral("res"));
+    Record& amount = *(*delegate().chain()[0]->list(key::Components))[0];
+    amount.setInteger(key::ACTIVE, 1);
+    widget<QTabWidget>("mainTabControl")->setCurrentIndex(1);
+    widget<QTableView>("filterList")->selectRow(0);
+    widget<QTableView>("filterParamList")->selectRow(0);
+    QSignalSpy finished(delegate().testStrip(), &TestStrip::finished);
+    click("testStripButton");
+    ASSERT_TRUE(waitFor([&] { return finished.count() == 1; }));
+    EXPECT_EQ(delegate().testStrip()->shown(), 5);
+    EXPECT_TRUE(batchDirectoryNames(outputDir()).isEmpty()) << "nothing in the output directory";
+
+    auto* middle = delegate().testStrip()->findChild<QPushButton*>(QStringLiteral("testStripChoice2"));
+    ASSERT_NE(middle, nullptr);
+    EXPECT_EQ(middle->text(), QStringLiteral("Amount = 0.500"));
+    middle->click();
+    EXPECT_EQ(amount.real(key::MINVALUE), 0.5);
+    EXPECT_EQ(amount.real(key::MAXVALUE), 0.5);
+    EXPECT_EQ(amount.integer(key::POPSTATE), 1);
 }
 
 } // namespace
