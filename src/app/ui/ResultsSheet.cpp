@@ -98,6 +98,9 @@ ResultsSheet::ResultsSheet(QWidget* parent)
     m_fps->setValue(24);
     m_fps->setSuffix(tr(" fps"));
     m_fps->setAccessibleName(tr("Frames per second of the animation"));
+    auto* fpsLabel = new QLabel(tr("Animation:"), this);
+    fpsLabel->setBuddy(m_fps);
+    sortRow->addWidget(fpsLabel);
     sortRow->addWidget(m_fps);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
 
