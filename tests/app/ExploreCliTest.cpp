@@ -89,6 +89,12 @@ TEST_F(ExploreCli, AfterTheRunAContactSheetAndAnAnimationOfTheFrames)
     EXPECT_NE(image.pixelColor(12 + 128, 12 + 128), QColor(225, 225, 225)) << "the first output is drawn";
     EXPECT_EQ(image.pixelColor(12 + 268 + 128, 12 + 268 + 128), QColor(250, 250, 250)) << "no fourth tile";
 
+    // Without ffmpeg the run's outputs stay and the animation is refused with the reason.
+    const CliResult without
+        = run(baseFlags() + QStringList { "--animation", "a.gif" }, { { "PATH", "/nonexistent" } });
+    expectExit(without, 2, "ffmpeg was not found on PATH");
+    EXPECT_TRUE(without.err.contains(QStringLiteral("2 written, 0 missing"))) << without.err.toStdString();
+
     if (QStandardPaths::findExecutable(QStringLiteral("ffmpeg")).isEmpty()
         || QStandardPaths::findExecutable(QStringLiteral("ffprobe")).isEmpty())
         GTEST_SKIP() << "ffmpeg is not installed";
