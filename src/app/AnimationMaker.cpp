@@ -110,7 +110,8 @@ QString AnimationMaker::ffmpegPath()
 bool AnimationMaker::isAnimationName(const QString& path)
 {
     const QString suffix = QFileInfo(path).suffix().toLower();
-    return suffix == QLatin1String("gif") || suffix == QLatin1String("webm") || suffix == QLatin1String("mp4");
+    return suffix == QLatin1String("gif") || suffix == QLatin1String("webm")
+        || suffix == QLatin1String("mp4");
 }
 
 void AnimationMaker::start(QList<AnimationClip> clips, int framesPerSecond)
@@ -152,7 +153,8 @@ void AnimationMaker::startClip()
     // order, whatever the frames are called.
     const QString suffix = QFileInfo(clip.frames.first()).suffix().toLower();
     for (qsizetype i = 0; i < clip.frames.size(); ++i) {
-        const QString link = m_folder->filePath(QStringLiteral("frame-%1.%2").arg(i + 1, 6, 10, QLatin1Char('0')).arg(suffix));
+        const QString link = m_folder->filePath(
+            QStringLiteral("frame-%1.%2").arg(i + 1, 6, 10, QLatin1Char('0')).arg(suffix));
         if (!QFile::link(QFileInfo(clip.frames.at(i)).absoluteFilePath(), link)) {
             finish(false, tr("Cannot link the frame %1 into a temporary folder").arg(clip.frames.at(i)));
             return;
@@ -160,10 +162,11 @@ void AnimationMaker::startClip()
     }
     const QString animationSuffix = QFileInfo(clip.outputPath).suffix().toLower();
     m_output = m_folder->filePath(QStringLiteral("animation.") + animationSuffix);
-    QStringList arguments { QStringLiteral("-nostdin"), QStringLiteral("-hide_banner"), QStringLiteral("-nostats"),
-        QStringLiteral("-loglevel"), QStringLiteral("error"), QStringLiteral("-progress"), QStringLiteral("pipe:1"),
-        QStringLiteral("-framerate"), QString::number(m_fps), QStringLiteral("-start_number"),
-        QStringLiteral("1"), QStringLiteral("-i"), m_folder->filePath(QStringLiteral("frame-%06d.") + suffix) };
+    QStringList arguments { QStringLiteral("-nostdin"), QStringLiteral("-hide_banner"),
+        QStringLiteral("-nostats"), QStringLiteral("-loglevel"), QStringLiteral("error"),
+        QStringLiteral("-progress"), QStringLiteral("pipe:1"), QStringLiteral("-framerate"),
+        QString::number(m_fps), QStringLiteral("-start_number"), QStringLiteral("1"), QStringLiteral("-i"),
+        m_folder->filePath(QStringLiteral("frame-%06d.") + suffix) };
     arguments += encoderArguments(animationSuffix);
     arguments += m_output;
 
@@ -171,9 +174,8 @@ void AnimationMaker::startClip()
     m_process = new QProcess(this);
     m_process->setWorkingDirectory(m_folder->path());
     connect(m_process, &QProcess::readyReadStandardOutput, this, &AnimationMaker::readProgress);
-    connect(m_process, &QProcess::readyReadStandardError, this, [this] {
-        m_errors = (m_errors + m_process->readAllStandardError()).right(kErrorTail);
-    });
+    connect(m_process, &QProcess::readyReadStandardError, this,
+        [this] { m_errors = (m_errors + m_process->readAllStandardError()).right(kErrorTail); });
     connect(m_process, &QProcess::finished, this, &AnimationMaker::clipEnded);
     connect(m_process, &QProcess::errorOccurred, this, [this](QProcess::ProcessError error) {
         if (error == QProcess::FailedToStart)
@@ -198,8 +200,9 @@ void AnimationMaker::clipEnded(int exitCode, QProcess::ExitStatus status)
         return;
     }
     if (status != QProcess::NormalExit || exitCode != 0) {
-        finish(false, tr("ffmpeg failed making %1: %2")
-                          .arg(m_clips.at(m_clip).outputPath, QString::fromUtf8(m_errors).trimmed()));
+        finish(false,
+            tr("ffmpeg failed making %1: %2")
+                .arg(m_clips.at(m_clip).outputPath, QString::fromUtf8(m_errors).trimmed()));
         return;
     }
     QString error;

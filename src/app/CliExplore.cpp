@@ -32,7 +32,8 @@ int CliRun::execFromReport(const CliOptions& options)
 {
     QFile file(options.fromReport);
     if (!file.open(QIODevice::ReadOnly)) {
-        writeCliError(QStringLiteral("Cannot read the run report %1: %2").arg(options.fromReport, file.errorString()));
+        writeCliError(
+            QStringLiteral("Cannot read the run report %1: %2").arg(options.fromReport, file.errorString()));
         return kCliExitFailed;
     }
     const QByteArray json = file.readAll();
@@ -97,7 +98,8 @@ int CliRun::writeRunResults(const CliOptions& options, const BatchController& co
             loop.exec();
         if (made) {
             for (const AnimationClip& clip : clips)
-                consoleLine(lcFiles(), QStringLiteral("animation %1 (%2 frames)").arg(clip.outputPath).arg(clip.frames.size()));
+                consoleLine(lcFiles(),
+                    QStringLiteral("animation %1 (%2 frames)").arg(clip.outputPath).arg(clip.frames.size()));
         } else {
             code = m_interrupted.load() ? kCliExitInterrupted : kCliExitFailed;
         }

@@ -300,8 +300,9 @@ CliParseResult parseCliArguments(const QStringList& arguments, CliOptions* optio
             return usageError(error, QStringLiteral("--from-report needs --save-chain FILE"));
         if (clusterModes > 0)
             return usageError(error,
-                QStringLiteral("--from-report cannot be combined with --slurm-bundle, --run-part, --collect or "
-                               "--dry-run"));
+                QStringLiteral(
+                    "--from-report cannot be combined with --slurm-bundle, --run-part, --collect or "
+                    "--dry-run"));
     } else if (parser.isSet(QStringLiteral("output-index"))) {
         return usageError(error, QStringLiteral("--output-index needs --from-report"));
     }
@@ -314,7 +315,8 @@ CliParseResult parseCliArguments(const QStringList& arguments, CliOptions* optio
         bool ok = false;
         result.framesPerSecond = parser.value(QStringLiteral("fps")).toInt(&ok);
         if (!ok || result.framesPerSecond < 1 || result.framesPerSecond > 240)
-            return usageError(error, QStringLiteral("--fps needs a number of frames per second from 1 to 240"));
+            return usageError(
+                error, QStringLiteral("--fps needs a number of frames per second from 1 to 240"));
     }
     if ((!result.contactSheet.isEmpty() || !result.animation.isEmpty()) && clusterModes > 0)
         return usageError(error,

@@ -89,8 +89,8 @@ QImage drawContactSheet(const QList<ContactTile>& tiles, const std::atomic<bool>
         const int shown = static_cast<int>(std::min<qsizetype>(tile.label.size(), kMaxLabelLines));
         for (int line = 0; line < shown; ++line) {
             const QString text = metrics.elidedText(tile.label.at(line), Qt::ElideMiddle, kCell);
-            painter.drawText(origin.x(), origin.y() + kCell + 2 + metrics.ascent() + line * metrics.lineSpacing(),
-                text);
+            painter.drawText(
+                origin.x(), origin.y() + kCell + 2 + metrics.ascent() + line * metrics.lineSpacing(), text);
         }
     }
     painter.end();

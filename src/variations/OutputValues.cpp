@@ -155,7 +155,8 @@ QList<std::pair<QString, QVariant>> namedOutputValues(
     for (qsizetype step = 0; step < output.steps.size(); ++step) {
         const QStringList names = stepParameters.value(step);
         for (const auto& [index, value] : output.steps.at(step))
-            named.append({ stepPrefix(static_cast<int>(step), output.steps.size()) + names.value(index), value });
+            named.append(
+                { stepPrefix(static_cast<int>(step), output.steps.size()) + names.value(index), value });
     }
     return named;
 }

@@ -102,11 +102,12 @@ TEST_F(ExploreCli, AfterTheRunAContactSheetAndAnAnimationOfTheFrames)
         const QString animation = QDir(m_temp.path()).filePath(QStringLiteral("frames.") + suffix);
         const CliResult made = run(baseFlags() + QStringList { "--frames", "3", "--animation", animation });
         ASSERT_EQ(made.exitCode, 0) << made.err.toStdString();
-        EXPECT_EQ(batchDirectoryNames(m_out), (QStringList { "NX_my-export-1.png", "NX_my-export-2.png", "NX_my-export-3.png" }));
+        EXPECT_EQ(batchDirectoryNames(m_out),
+            (QStringList { "NX_my-export-1.png", "NX_my-export-2.png", "NX_my-export-3.png" }));
         QProcess probe;
         probe.start(QStringLiteral("ffprobe"),
-            { "-v", "error", "-count_frames", "-select_streams", "v:0", "-show_entries", "stream=nb_read_frames",
-                "-of", "csv=p=0", animation });
+            { "-v", "error", "-count_frames", "-select_streams", "v:0", "-show_entries",
+                "stream=nb_read_frames", "-of", "csv=p=0", animation });
         ASSERT_TRUE(probe.waitForFinished(60000));
         EXPECT_EQ(probe.readAllStandardOutput().trimmed(), QByteArray("3")) << suffix;
     }

@@ -86,16 +86,19 @@ void ResultsExports::makeAnimation(std::shared_ptr<const RunPlan> plan, int fram
         m_progress->setAutoClose(false);
         m_progress->setAutoReset(false);
         connect(m_progress, &QProgressDialog::canceled, m_maker, &AnimationMaker::abort);
-        connect(m_maker, &AnimationMaker::finished, this, [this, clips](bool ok, const QString& message) {
-            if (m_progress) {
-                m_progress->deleteLater();
-                m_progress = nullptr;
-            }
-            if (!message.isEmpty())
-                showError(message);
-            if (ok && !clips.isEmpty())
-                Q_EMIT saved(clips.last().outputPath);
-        }, Qt::SingleShotConnection);
+        connect(
+            m_maker, &AnimationMaker::finished, this,
+            [this, clips](bool ok, const QString& message) {
+                if (m_progress) {
+                    m_progress->deleteLater();
+                    m_progress = nullptr;
+                }
+                if (!message.isEmpty())
+                    showError(message);
+                if (ok && !clips.isEmpty())
+                    Q_EMIT saved(clips.last().outputPath);
+            },
+            Qt::SingleShotConnection);
         m_maker->start(clips, framesPerSecond);
     });
 }

@@ -5,11 +5,11 @@
 #include <QAbstractListModel>
 #include <QCache>
 #include <QList>
-#include <QStringList>
-#include <QVariantMap>
 #include <QPixmap>
 #include <QSet>
 #include <QString>
+#include <QStringList>
+#include <QVariantMap>
 
 namespace quillon {
 

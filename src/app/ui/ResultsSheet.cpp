@@ -55,7 +55,8 @@ ResultsSheet::ResultsSheet(QWidget* parent)
     m_view->setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
     m_view->setModel(m_sorted);
     connect(m_view, &QAbstractItemView::activated, this, &ResultsSheet::openItem);
-    connect(m_view->selectionModel(), &QItemSelectionModel::currentChanged, this, &ResultsSheet::updateButtons);
+    connect(
+        m_view->selectionModel(), &QItemSelectionModel::currentChanged, this, &ResultsSheet::updateButtons);
 
     m_sortPopup = new QComboBox(this);
     m_sortPopup->setObjectName(QStringLiteral("resultsSortPopup"));

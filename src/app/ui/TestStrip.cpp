@@ -108,7 +108,8 @@ void TestStrip::start(const RecordList& chain, const RunSettings& settings, int 
     for (int i = 0; i < m_values.size(); ++i) {
         auto* image = new LatestThumbnail(m_strip);
         image->setFixedSize(kSide, kSide);
-        auto* choice = new QPushButton(QStringLiteral("%1 = %2").arg(name, plannedValueText(m_values.at(i))), m_strip);
+        auto* choice
+            = new QPushButton(QStringLiteral("%1 = %2").arg(name, plannedValueText(m_values.at(i))), m_strip);
         choice->setObjectName(QStringLiteral("testStripChoice%1").arg(i));
         choice->setToolTip(tr("Use this value"));
         choice->setEnabled(false);

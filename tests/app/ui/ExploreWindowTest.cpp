@@ -61,7 +61,8 @@ TEST_F(ExploreWindowTest, UseTheseValuesMakesTheChosenOutputAgain)
     QListView* view = results()->view();
     ASSERT_EQ(view->model()->rowCount(), 4);
     const QString tip = view->model()->index(2, 0).data(Qt::ToolTipRole).toString();
-    EXPECT_TRUE(tip.contains(QStringLiteral("\n1:Amount=")) && tip.contains(QStringLiteral("\n2:Variations=")))
+    EXPECT_TRUE(
+        tip.contains(QStringLiteral("\n1:Amount=")) && tip.contains(QStringLiteral("\n2:Variations=")))
         << tip.toStdString();
     results()->sortByParameter(QStringLiteral("2:Variations"));
     QList<qint64> sorted;
@@ -77,8 +78,8 @@ TEST_F(ExploreWindowTest, UseTheseValuesMakesTheChosenOutputAgain)
     EXPECT_EQ(changed.count(), 1);
     const std::shared_ptr<const RunPlan> plan = delegate().batchController()->plan();
     const QList<OutputValues> outputs = finalOutputValues(*plan);
-    const auto kept = std::find_if(
-        outputs.cbegin(), outputs.cend(), [&](const OutputValues& output) { return output.resultPath == chosen; });
+    const auto kept = std::find_if(outputs.cbegin(), outputs.cend(),
+        [&](const OutputValues& output) { return output.resultPath == chosen; });
     ASSERT_NE(kept, outputs.cend());
     for (size_t position = 0; position < 2; ++position) {
         const RecordList& parameters = *delegate().chain()[position]->list(key::Components);
@@ -87,7 +88,8 @@ TEST_F(ExploreWindowTest, UseTheseValuesMakesTheChosenOutputAgain)
             EXPECT_EQ(parameter.integer(key::ACTIVE), 1);
             EXPECT_EQ(parameter.integer(key::POPSTATE), 1);
             for (const QString& valueKey : { key::STARTVALUE, key::MINVALUE, key::MAXVALUE })
-                EXPECT_EQ(plannedValueText(parameter.value(valueKey)), plannedValueText(value)) << valueKey.toStdString();
+                EXPECT_EQ(plannedValueText(parameter.value(valueKey)), plannedValueText(value))
+                    << valueKey.toStdString();
         }
     }
     // The run files of the kept output's two steps, byte for byte.
