@@ -23,6 +23,7 @@ QUILLON_TEST_PACKAGES=(
   desktop-file-utils appstream libxml2-utils groff-base
   slurmctld slurmd slurm-client munge
   wine wine64 g++-mingw-w64-x86-64
+  ffmpeg
 )
 
 # quillon_install_packages PACKAGE...: installs those not installed yet.

@@ -1,5 +1,7 @@
 #include "app/CliOptions.h"
 
+#include "app/AnimationMaker.h"
+
 #include <QCommandLineOption>
 #include <QCommandLineParser>
 #include <QDir>
@@ -190,6 +192,18 @@ void addOptions(QCommandLineParser& parser)
     valued("collect", "DIR",
         "Merge the report parts of the bundle DIR into its run report (DIR/report.json), remove what failed "
         "elements left, and exit like a run.");
+    valued("from-report", "FILE",
+        "With --output-index N and --save-chain: write the chain that makes output N of the run report FILE "
+        "again (each parameter that varied held at that output's value), without running anything; the "
+        "chain is --chain or --filter, or else the definitions the report names.");
+    valued("output-index", "N", "With --from-report: the final output, counted from 1 in plan order.");
+    valued("contact-sheet", "FILE",
+        "After the run, write every final output as a tile labelled with its name and varying values into "
+        "one PNG image.");
+    valued("animation", "FILE",
+        "After the run, assemble each input's final frames in frame order into FILE (.gif, .webm or .mp4) "
+        "with ffmpeg; with several inputs one file each, named FILE-INPUT.");
+    valued("fps", "N", "With --animation: frames per second (default 24).");
     parser.addOption(QCommandLineOption(
         { QStringLiteral("h"), QStringLiteral("help") }, QStringLiteral("Show this help.")));
     parser.addOption(QCommandLineOption(
@@ -225,7 +239,8 @@ QString cliHelpText()
     return QStringLiteral("Usage: ") + synopsis()
         + QStringLiteral("\n       quillon-cli ... --slurm-bundle DIR [--slurm-option OPTION...]"
                          "\n       quillon-cli --run-part DIR K"
-                         "\n       quillon-cli --collect DIR\n")
+                         "\n       quillon-cli --collect DIR"
+                         "\n       quillon-cli --from-report FILE --output-index N --save-chain FILE\n")
         + parser.helpText().section(QLatin1Char('\n'), 1)
         + QStringLiteral("\nExit status:\n"
                          "  0    every planned output was written\n"
@@ -294,6 +309,39 @@ CliParseResult parseCliArguments(const QStringList& arguments, CliOptions* optio
     result.collectBundle = parser.value(QStringLiteral("collect"));
     if (!result.slurmBundle.isEmpty() && parser.isSet(QStringLiteral("save-chain")))
         return usageError(error, QStringLiteral("--save-chain cannot be combined with --slurm-bundle"));
+
+    if (parser.isSet(QStringLiteral("from-report"))) {
+        bool ok = false;
+        result.fromReport = parser.value(QStringLiteral("from-report"));
+        result.outputIndex = parser.value(QStringLiteral("output-index")).toInt(&ok);
+        if (!ok || result.outputIndex < 1)
+            return usageError(error, QStringLiteral("--from-report needs --output-index N, counted from 1"));
+        if (!parser.isSet(QStringLiteral("save-chain")))
+            return usageError(error, QStringLiteral("--from-report needs --save-chain FILE"));
+        if (clusterModes > 0)
+            return usageError(error,
+                QStringLiteral(
+                    "--from-report cannot be combined with --slurm-bundle, --run-part, --collect or "
+                    "--dry-run"));
+    } else if (parser.isSet(QStringLiteral("output-index"))) {
+        return usageError(error, QStringLiteral("--output-index needs --from-report"));
+    }
+
+    result.contactSheet = parser.value(QStringLiteral("contact-sheet"));
+    result.animation = parser.value(QStringLiteral("animation"));
+    if (!result.animation.isEmpty() && !AnimationMaker::isAnimationName(result.animation))
+        return usageError(error, QStringLiteral("--animation needs a name ending in .gif, .webm or .mp4"));
+    if (parser.isSet(QStringLiteral("fps"))) {
+        bool ok = false;
+        result.framesPerSecond = parser.value(QStringLiteral("fps")).toInt(&ok);
+        if (!ok || result.framesPerSecond < 1 || result.framesPerSecond > 240)
+            return usageError(
+                error, QStringLiteral("--fps needs a number of frames per second from 1 to 240"));
+    }
+    if ((!result.contactSheet.isEmpty() || !result.animation.isEmpty()) && clusterModes > 0)
+        return usageError(error,
+            QStringLiteral("--contact-sheet and --animation follow a run: they cannot be combined with "
+                           "--slurm-bundle, --run-part, --collect or --dry-run"));
 
     RunSettings& settings = result.settings;
     const auto value = [&parser](const char* name) { return parser.value(QString::fromLatin1(name)); };

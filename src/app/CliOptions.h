@@ -31,6 +31,15 @@ struct CliOptions {
     QString runPartBundle; // --run-part DIR K
     int runPartElement = -1;
     QString collectBundle; // --collect DIR
+    // Keeping one output: the chain that makes output N (from 1) of a run
+    // report again, written to --save-chain; nothing is run.
+    QString fromReport; // --from-report FILE
+    int outputIndex = 0; // --output-index N
+    // After a run: every final output as a labelled tile in one PNG, and
+    // the final frames of each input as an animation made with ffmpeg.
+    QString contactSheet; // --contact-sheet FILE.png
+    QString animation; // --animation FILE.{gif,webm,mp4}
+    int framesPerSecond = 24; // --fps
 };
 
 enum class CliParseResult { Run, Help, Version, UsageError };

@@ -161,6 +161,8 @@ int CliRun::exec(const QStringList& arguments)
         return execPart(options);
     if (!options.collectBundle.isEmpty())
         return execCollect(options);
+    if (!options.fromReport.isEmpty())
+        return execFromReport(options);
 
     RecordList chain;
     if (!loadCliChain(options, &chain, &error) || !resolveCliPaths(&options, &error)) {
@@ -215,6 +217,11 @@ int CliRun::exec(const QStringList& arguments)
         code = kCliExitInterrupted;
     else if (!controller.outcome().missing.isEmpty() || controller.hasFailedToolRun())
         code = kCliExitIncomplete;
+    if (!options.contactSheet.isEmpty() || !options.animation.isEmpty()) {
+        const int made = writeRunResults(options, controller);
+        if (made != kCliExitOk && code == kCliExitOk)
+            code = made;
+    }
     if (!options.saveChainFile.isEmpty()) {
         if (!saveCliChain(options.saveChainFile, controller.chain(), &error)) {
             writeError(error);

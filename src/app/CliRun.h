@@ -88,6 +88,10 @@ private:
     int execBundle(const CliOptions& options, const RecordList& chain);
     int execPart(const CliOptions& options);
     int execCollect(const CliOptions& options);
+    // CliExplore.cpp: --from-report, the chain that makes one output again;
+    // after a run, --contact-sheet and --animation (an exit code).
+    int execFromReport(const CliOptions& options);
+    int writeRunResults(const CliOptions& options, const BatchController& controller);
     // Runs the started run to its end, aborting it on a termination request.
     void waitForRun(BatchController& controller, CliDisplay& display);
 

@@ -5,12 +5,15 @@
 #include <QFile>
 
 #include <QCoreApplication>
+#include <QGuiApplication>
 #include <QSocketNotifier>
 #include <QTimer>
 
 #include <csignal>
 #include <cstdio>
+#include <cstring>
 #include <fcntl.h>
+#include <memory>
 #include <optional>
 #include <unistd.h>
 
@@ -65,7 +68,17 @@ std::optional<QString> undecodableArgument(int argc, char** argv)
 int main(int argc, char** argv)
 {
     quillon::keepFreedMemoryForReuse();
-    QCoreApplication app(argc, argv);
+    // A contact sheet draws text, which takes a QGuiApplication; the
+    // offscreen platform needs no display.
+    bool drawsText = false;
+    for (int i = 1; i < argc; ++i)
+        drawsText = drawsText || std::strncmp(argv[i], "--contact-sheet", 15) == 0;
+    if (drawsText && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    std::unique_ptr<QCoreApplication> application = drawsText
+        ? std::make_unique<QGuiApplication>(argc, argv)
+        : std::make_unique<QCoreApplication>(argc, argv);
+    QCoreApplication& app = *application;
     QCoreApplication::setApplicationName(QStringLiteral("quillon-cli"));
     QCoreApplication::setApplicationVersion(QStringLiteral(QUILLON_VERSION));
     // Qt's own warnings name the program, like every other line on standard error.

@@ -129,7 +129,11 @@ QVariant nextVariationValue(Record& parameter, std::optional<double> frames, con
     }
     case controlType::kTypeCheckbox: {
         qint64 v = 0;
-        if (mode == 1)
+        // A toggle over a range of one state holds that state, as a sweep
+        // over one value does: how a chain keeps the look of one output.
+        if (mode == 1 && parameter.integer(key::MINVALUE) == parameter.integer(key::MAXVALUE))
+            v = parameter.integer(key::MINVALUE) > 0 ? 1 : 0;
+        else if (mode == 1)
             v = parameter.integer(key::STARTVALUE) < 1 ? 1 : 0;
         else
             v = drawThousandth(draw) / 1000.0 > 0.5 ? 1 : 0;

@@ -30,7 +30,8 @@ private:
 // (qint64 for integer kinds and check boxes, double for sliders and angles)
 // and stores it as STARTVALUE, or returns an invalid QVariant and leaves the
 // record unchanged (inactive, unknown mode, frame count not a positive
-// number). `frames` is the frame-count text read as a real.
+// number). `frames` is the frame-count text read as a real. A check box in
+// toggle mode whose range is one state (MINVALUE = MAXVALUE) keeps that state.
 QVariant nextVariationValue(Record& parameter, std::optional<double> frames, const RandomDraw& draw);
 
 } // namespace quillon

@@ -98,6 +98,8 @@ TEST(ValueRule, SweepsAndDrawsGiveTheGoldenValues)
         { "real sweep 2..3 over 2", makeRow(kTypeSlider, 1, 2.0, 3.0, 2.0), 2.0, 3 },
         { "checkbox sweep from 0", makeRow(kTypeCheckbox, 1, qi(0), qi(1), qi(0)), 10.0, 3 },
         { "checkbox sweep from 1", makeRow(kTypeCheckbox, 1, qi(0), qi(1), qi(1)), 10.0, 2 },
+        { "held: checkbox toggle over 1..1", makeRow(kTypeCheckbox, 1, qi(1), qi(1), qi(1)), 10.0, 3 },
+        { "held: real sweep over 0.35..0.35", makeRow(kTypeSlider, 1, 0.35, 0.35, 0.35), 10.0, 3 },
         { "variations draw 0", generateVariationsSettings(), 10.0, 1, 0 },
         { "variations draw 999 (29970.001 truncated)", generateVariationsSettings(), 10.0, 1, 999 },
         { "int draw 999 in 1..1000 (999.001 rounded)", makeRow(kTypeIntSlider, 0, qi(1), qi(1000), qi(1)), 10.0, 1, 999 },

@@ -9,6 +9,7 @@
 #include <QPdfWriter>
 #include <QSaveFile>
 #include <QTextDocument>
+#include <QUrl>
 
 #include <cstdio>
 
@@ -45,6 +46,8 @@ int main(int argc, char** argv)
         QFont font(QStringLiteral("DejaVu Sans"));
         font.setPointSizeF(10.5);
         document.setDefaultFont(font);
+        // Pictures are named relative to the guide.
+        document.setBaseUrl(QUrl::fromLocalFile(QFileInfo(guide).absolutePath() + QLatin1Char('/')));
         document.setMarkdown(markdown);
         document.print(&writer);
     }

@@ -8,11 +8,13 @@
 #include "app/ui/ProgressSheet.h"
 #include "app/ui/ResultsSheet.h"
 #include "app/ui/SettingsPane.h"
+#include "app/ui/TestStrip.h"
 #include "app/ui/WindowBatchDisplay.h"
 #include "batch/BatchController.h"
 #include "chain/ui/ChainListModel.h"
 #include "chain/ui/ChainPanel.h"
 #include "run/RunSettings.h"
+#include "variations/OutputValues.h"
 #include "variations/ui/ParamTableModel.h"
 #include "variations/ui/ParameterEditor.h"
 
@@ -43,6 +45,10 @@ AppDelegate::AppDelegate(QObject* parent)
         MessageBoxes::instance().noteResults(results.summary);
         m_resultsSheet->showResults(results.summary, results.folder, results.outputs);
     });
+    connect(m_resultsSheet, &ResultsSheet::useValuesRequested, this, &AppDelegate::useValuesOfOutput);
+    m_resultsSheet->setPlanSource([this] { return m_batch->plan(); });
+    m_testStrip = new TestStrip(m_window.get());
+    connect(parameterEditor(), &ParameterEditor::testStripRequested, this, &AppDelegate::showTestStrip);
 
     settingsPane()->setPreferencesSource([this]() -> Preferences& { return preferences(); });
     m_window->setLayoutStore([this]() -> Preferences& { return preferences(); });
@@ -207,14 +213,52 @@ WindowBatchDisplay::Results AppDelegate::runResults() const
     const QSet<QString> written(outcome.written.cbegin(), outcome.written.cend());
     const QSet<QString> missing(outcome.missing.cbegin(), outcome.missing.cend());
     if (const std::shared_ptr<const RunPlan> plan = m_batch->plan()) {
-        for (const QString& path : plan->finalOutputs()) {
+        for (const OutputValues& output : finalOutputValues(*plan)) {
+            const QString& path = output.resultPath;
             const OutputStatus status = written.contains(path) ? OutputStatus::Written
                 : missing.contains(path)                       ? OutputStatus::Missing
                                                                : OutputStatus::NotRun;
-            results.outputs.append({ path, status });
+            ResultItem item { path, status, {}, {} };
+            for (const auto& [name, value] : namedOutputValues(output, plan->stepParameters)) {
+                item.values.insert(name, value);
+                item.valueNames.append(name);
+            }
+            results.outputs.append(std::move(item));
         }
     }
     return results;
+}
+
+bool AppDelegate::useValuesOfOutput(int row)
+{
+    const std::shared_ptr<const RunPlan> plan = m_batch->plan();
+    if (!plan || m_batch->isRunning())
+        return false;
+    const QList<OutputValues> outputs = finalOutputValues(*plan);
+    const RecordList& runChain = m_batch->chain();
+    if (row < 0 || row >= outputs.size() || static_cast<int>(runChain.size()) != plan->steps)
+        return false;
+    // The chain of that run with its varying values held; the chain model
+    // reports the change, which keeps the chain and marks the window.
+    chainPanel()->replaceChainRecords(chainFixedAt(runChain, outputs.at(row)));
+    m_window->statusBar()->showMessage(
+        tr("The chain now makes %1 again.").arg(QFileInfo(outputs.at(row).resultPath).fileName()));
+    return true;
+}
+
+void AppDelegate::showTestStrip(int row)
+{
+    const int position = chainPanel()->selectedChainRow();
+    const RecordListPtr& rows = params();
+    if (position < 0 || !rows || row < 0 || row >= static_cast<int>(rows->size()) || m_testStrip->isRunning())
+        return;
+    const Record& parameter = *(*rows)[static_cast<size_t>(row)];
+    constexpr int kValues = 5;
+    disconnect(m_testStrip, &TestStrip::valueChosen, this, nullptr);
+    connect(m_testStrip, &TestStrip::valueChosen, this,
+        [this, row](const QVariant& value) { parameterEditor()->holdRowAt(row, value); });
+    m_testStrip->start(chain(), captureRunSettings(), position, row,
+        parameter.string(key::CONTROL_NAME, tr("Variations")), testStripValues(parameter, kValues));
 }
 
 bool AppDelegate::mayClose()

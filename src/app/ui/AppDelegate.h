@@ -23,6 +23,7 @@ class Preferences;
 class ProgressSheet;
 class ResultsSheet;
 class SettingsPane;
+class TestStrip;
 struct RunSettings;
 
 // The application controller: owns the window, the preferences and the run,
@@ -97,6 +98,13 @@ public Q_SLOTS:
     // Quits when the main window has closed.
     void windowWillClose();
 
+    // Use These Values: sets the chain to make the last run's final output
+    // at `row` (plan order) again; false when there is no such output.
+    bool useValuesOfOutput(int row);
+    // "Test Strip…" on parameter `row` of the selected chain filter.
+    void showTestStrip(int row);
+    TestStrip* testStrip() const { return m_testStrip; }
+
 private:
     // True when the window may close: no run, or the user chose to abort it.
     bool mayClose();
@@ -108,6 +116,7 @@ private:
     std::unique_ptr<MainWindow> m_window;
     ProgressSheet* m_progressSheet = nullptr; // owned by the window
     ResultsSheet* m_resultsSheet = nullptr; // owned by the window
+    TestStrip* m_testStrip = nullptr; // owned by the window
     std::unique_ptr<WindowBatchDisplay> m_batchDisplay;
     std::unique_ptr<BatchController> m_batch; // declared after its display: goes first
     std::function<bool(const QUrl&)> m_urlOpener;

@@ -1,5 +1,7 @@
 #include "app/ui/ResultsModel.h"
 
+#include "run/RunPlan.h"
+
 #include <QFileInfo>
 #include <QFutureWatcher>
 #include <algorithm>
@@ -35,6 +37,15 @@ QString ResultsModel::statusText(OutputStatus status)
     return tr("not run");
 }
 
+QString ResultsModel::valuesText(const ResultItem& item, const QString& separator)
+{
+    QStringList parts;
+    for (const QString& name : item.valueNames) {
+        parts.append(name + QLatin1Char('=') + plannedValueText(item.values.value(name)));
+    }
+    return parts.join(separator);
+}
+
 void ResultsModel::setItems(QList<ResultItem> items)
 {
     beginResetModel();
@@ -67,10 +78,19 @@ QVariant ResultsModel::data(const QModelIndex& index, int role) const
         QString text = QFileInfo(item.path).fileName() + QLatin1Char('\n') + statusText(item.status);
         if (const auto described = m_described.constFind(item.path); described != m_described.cend())
             text += QStringLiteral(", ") + *described;
+        if (!item.valueNames.isEmpty())
+            text += QLatin1Char('\n') + valuesText(item, QStringLiteral(" "));
         return text;
     }
-    case Qt::ToolTipRole:
-        return QStringLiteral("%1 (%2)").arg(item.path, statusText(item.status));
+    case Qt::ToolTipRole: {
+        const QString values = valuesText(item, QStringLiteral("\n"));
+        return QStringLiteral("%1 (%2)").arg(item.path, statusText(item.status))
+            + (values.isEmpty() ? QString() : QLatin1Char('\n') + values);
+    }
+    case ValuesRole:
+        return valuesText(item, QStringLiteral("  "));
+    case SortRole:
+        return m_sortParameter.isEmpty() ? QVariant(index.row()) : item.values.value(m_sortParameter);
     case Qt::DecorationRole:
         return thumbnailFor(index.row());
     case PathRole:

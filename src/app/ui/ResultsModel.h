@@ -8,6 +8,8 @@
 #include <QPixmap>
 #include <QSet>
 #include <QString>
+#include <QStringList>
+#include <QVariantMap>
 
 namespace quillon {
 
@@ -17,6 +19,10 @@ enum class OutputStatus { Written, Missing, NotRun };
 struct ResultItem {
     QString path;
     OutputStatus status = OutputStatus::NotRun;
+    // The values of the parameters that varied for this output, by name
+    // ("Amount", or "2:Amount" in a chain of several filters).
+    QVariantMap values {};
+    QStringList valueNames {}; // the names of `values` in chain order
 };
 
 // The final outputs of a run in plan order, one row each: the file's name
@@ -27,7 +33,9 @@ struct ResultItem {
 class ResultsModel final : public QAbstractListModel {
     Q_OBJECT
 public:
-    enum Role { PathRole = Qt::UserRole + 1, StatusRole };
+    // ValuesRole: "Amount=0.250  Variations=1407"; SortRole: the value of
+    // the sort parameter (setSortParameter), else the row.
+    enum Role { PathRole = Qt::UserRole + 1, StatusRole, ValuesRole, SortRole };
     // Thumbnails in the results grid are this size at most.
     static constexpr int kIconSide = 128;
     // Decodes going at once; pending requests beyond kMaxPending drop the
@@ -44,6 +52,9 @@ public:
     QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
 
     static QString statusText(OutputStatus status);
+    static QString valuesText(const ResultItem& item, const QString& separator);
+    // The parameter SortRole gives; empty for plan order.
+    void setSortParameter(const QString& name) { m_sortParameter = name; }
     // Decodes asked for since the last setItems.
     int decodesRequested() const { return m_requested; }
     // Decodes finished since the last setItems.
@@ -55,6 +66,7 @@ private:
     void decoded(const Thumbnail& thumbnail, quint64 generation);
 
     QList<ResultItem> m_items;
+    QString m_sortParameter;
     QHash<QString, int> m_rows; // path -> row
     quint64 m_generation = 0;
     // Lazy loading state, touched from data() and so mutable.

@@ -436,4 +436,12 @@ void ChainPanel::showChain(RecordList chain)
     filterListClick();
 }
 
+void ChainPanel::replaceChainRecords(RecordList chain)
+{
+    const int row = selectedChainRow();
+    m_chainModel->setRecords(std::move(chain));
+    selectChainRow(row < m_chainModel->rowCount() ? row : -1);
+    filterListClick();
+}
+
 } // namespace quillon

@@ -57,6 +57,9 @@ public:
     void openChainFile(const QString& path);
     // Shows another chain with nothing selected.
     void showChain(RecordList chain);
+    // Puts new records in place of the chain's (the same filters with other
+    // values), keeping the selection and the maps box.
+    void replaceChainRecords(RecordList chain);
 
 public Q_SLOTS:
     // Library scan: reads `filterPath` in the background; an empty path means

@@ -1,5 +1,6 @@
 #include "variations/ui/ParameterEditor.h"
 
+#include "variations/OutputValues.h"
 #include "variations/ui/ParamTableModel.h"
 #include "variations/ui/RangeEditor.h"
 
@@ -7,6 +8,7 @@
 #include <QGroupBox>
 #include <QHeaderView>
 #include <QLabel>
+#include <QPushButton>
 #include <QSignalBlocker>
 #include <QTabBar>
 #include <QTabWidget>
@@ -78,8 +80,16 @@ ParameterEditor::ParameterEditor(QWidget* parent)
     // The variation number runs over 1 to 30000 whatever the row.
     m_variationRange->setRange(1, 30000);
 
+    auto* testStrip = new QPushButton(tr("Test Strip…"), m_group);
+    testStrip->setObjectName(QStringLiteral("testStripButton"));
+    testStrip->setToolTip(tr("Render frame 1 with several values of this parameter side by side"));
+    connect(testStrip, &QPushButton::clicked, this, [this] {
+        if (const int row = selectedRow(); row >= 0)
+            Q_EMIT testStripRequested(row);
+    });
     auto* groupLayout = new QVBoxLayout(m_group);
     groupLayout->addWidget(m_pages);
+    groupLayout->addWidget(testStrip, 0, Qt::AlignLeft);
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(m_table, 1);
@@ -100,6 +110,17 @@ void ParameterEditor::setParams(RecordListPtr params)
     m_group->hide();
     fp_ParamsArray = params;
     m_model->setParams(std::move(params));
+}
+
+void ParameterEditor::holdRowAt(int row, const QVariant& value)
+{
+    if (!fp_ParamsArray || row < 0 || row >= static_cast<int>(fp_ParamsArray->size()))
+        return;
+    if (Record* param = (*fp_ParamsArray)[static_cast<size_t>(row)].get())
+        holdParameterAt(*param, value);
+    m_model->refreshRow(row);
+    if (row == selectedRow())
+        filterParamListClick();
 }
 
 int ParameterEditor::selectedRow() const

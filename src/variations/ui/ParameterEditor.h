@@ -28,7 +28,14 @@ public:
     const RecordListPtr& params() const { return fp_ParamsArray; }
 
     QTableView* table() const { return m_table; }
+    // Holds the row at one value: active, sweep mode, from, to and start
+    // value all `value` (what a test strip's choice does).
+    void holdRowAt(int row, const QVariant& value);
     ParamTableModel* model() const { return m_model; }
+
+Q_SIGNALS:
+    // "Test Strip…" on the selected row.
+    void testStripRequested(int row);
 
 public Q_SLOTS:
     // Refreshes the editor group for the selected row: hidden unless the row
