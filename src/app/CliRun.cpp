@@ -2,6 +2,7 @@
 
 #include "app/CliOptions.h"
 #include "batch/BatchController.h"
+#include "batch/RunPlanner.h"
 #include "batch/RunReport.h"
 #include "run/Console.h"
 
@@ -180,6 +181,8 @@ int CliRun::exec(const QStringList& arguments)
     if (options.dryRun) {
         RunPlan plan;
         if (!controller.planBatch(chain, options.settings, &plan, &error, options.makeOutputDirectory)) {
+            if (error == kPlanningAborted)
+                return kCliExitInterrupted;
             if (options.existing == ExistingOutputs::Cancel && !error.isEmpty())
                 writeError(error);
             return kCliExitFailed;

@@ -1,6 +1,7 @@
 #include "app/CliRun.h"
 #include "app/MemoryTuning.h"
 #include "batch/InputListing.h"
+#include "run/Termination.h"
 
 #include <QFile>
 
@@ -25,6 +26,7 @@ int g_signalPipe[2] = { -1, -1 };
 
 void onTerminationSignal(int)
 {
+    quillon::terminationRequested().store(true);
     const char byte = 1;
     const ssize_t written = ::write(g_signalPipe[1], &byte, 1);
     (void)written;

@@ -28,6 +28,7 @@ BatchController::~BatchController()
 {
     // The display usually goes first; a run still going winds down unseen.
     m_display = nullptr;
+    m_planAbort.store(true);
     m_planning.waitForFinished();
     if (m_thread) {
         m_worker->abort();
@@ -73,6 +74,7 @@ bool BatchController::startBatchWithSender(const RecordList& chain, const RunSet
         return false;
     }
     m_isAborted = false;
+    m_planAbort.store(false);
     m_refusal.clear();
     m_settings = settings;
     m_chain = chain;
@@ -110,7 +112,8 @@ bool BatchController::startBatchWithSender(const RecordList& chain, const RunSet
             return part;
         }));
     } else {
-        m_planning.setFuture(QtConcurrent::run(planStart, PlanRequest { copyChain(m_chain), m_settings }));
+        m_planning.setFuture(
+            QtConcurrent::run(planStart, PlanRequest { copyChain(m_chain), m_settings, false, &m_planAbort }));
     }
     return true;
 }
@@ -184,6 +187,19 @@ void BatchController::planned()
     m_plan = start.plan;
     m_inputs = start.inputs;
     m_finalBefore = start.finalsBefore;
+    if (m_isAborted || start.refusal == kPlanningAborted) {
+        m_isAborted = true;
+        // Aborted while planned: the run ends as an aborted run that did nothing.
+        m_plan = std::make_shared<RunPlan>();
+        m_journal.end();
+        m_running = false;
+        if (m_display) {
+            m_display->endProgressSheet();
+            m_display->runFinished(true);
+        }
+        Q_EMIT runFinished(true);
+        return;
+    }
     if (!start.refusal.isEmpty() && m_display)
         m_display->endProgressSheet();
     if (!settle(start, nullptr)) {
@@ -270,6 +286,7 @@ void BatchController::abortProcessWithSender()
 {
     if (m_worker)
         m_worker->abort();
+    m_planAbort.store(true);
     m_isAborted = true;
     if (m_display)
         m_display->endProgressSheet();

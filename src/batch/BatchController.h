@@ -18,6 +18,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <atomic>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -162,6 +163,7 @@ private:
     QFutureWatcher<StartPlan> m_planning;
 
     bool m_isAborted = false;
+    std::atomic<bool> m_planAbort { false }; // read by the planning thread
     bool m_running = false;
     QThread* m_thread = nullptr;
     RunWorker* m_worker = nullptr;

@@ -2,6 +2,7 @@
 
 #include "batch/InputListing.h"
 #include "batch/PlanChecks.h"
+#include "run/Termination.h"
 #include "run/WineTool.h"
 #include "step/FilterProcessObject.h"
 #include "step/SilentStepParent.h"
@@ -64,8 +65,10 @@ QString inputBaseName(const QString& path)
     return pieces.size() == 2 ? pieces.first() : QFileInfo(path).fileName();
 }
 
-RunPlan planRun(const RecordList& chain, const RunSettings& settings, const QStringList& inputs, quint64 seed)
+RunPlan planRun(const RecordList& chain, const RunSettings& settings, const QStringList& inputs, quint64 seed,
+    const std::atomic<bool>* abort)
 {
+    const auto stopped = [abort] { return (abort && abort->load()) || terminationRequested().load(); };
     RunPlan plan;
     plan.seed = seed;
     plan.steps = static_cast<int>(chain.size());
@@ -80,7 +83,7 @@ RunPlan planRun(const RecordList& chain, const RunSettings& settings, const QStr
 
     QStringList previousOutputs;
     QStringList laterNames;
-    for (int i = 0; i < plan.steps; ++i) {
+    for (int i = 0; i < plan.steps && !stopped(); ++i) {
         const RecordPtr& original = chain[static_cast<size_t>(i)];
         RecordPtr& record = copies[original.get()];
         if (!record)
@@ -95,7 +98,7 @@ RunPlan planRun(const RecordList& chain, const RunSettings& settings, const QStr
         if (step.inFiles.isEmpty()) {
             plan.toolRuns.append(step.planToolRun(QString(), QString()));
         } else {
-            for (qsizetype j = 0; j < step.inFiles.size(); ++j)
+            for (qsizetype j = 0; j < step.inFiles.size() && !stopped(); ++j)
                 plan.toolRuns.append(step.planToolRun(step.inFiles.at(j), step.originalFileNames.value(j)));
         }
         previousOutputs = step.outFiles;
@@ -191,7 +194,12 @@ StartPlan planStart(const PlanRequest& request)
             start.notes.append(leftOutNote(listing.leftOut));
         start.inputs = std::move(listing.paths);
     }
-    start.plan = std::make_shared<RunPlan>(planRun(request.chain, settings, start.inputs, *settings.seed));
+    start.plan
+        = std::make_shared<RunPlan>(planRun(request.chain, settings, start.inputs, *settings.seed, request.abort));
+    if ((request.abort && request.abort->load()) || terminationRequested().load()) {
+        start.refusal = kPlanningAborted;
+        return start;
+    }
     start.refusal = WineTool::attachTo(*start.plan, settings);
     if (!start.refusal.isEmpty())
         return start;

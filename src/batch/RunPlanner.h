@@ -10,6 +10,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <atomic>
 #include <memory>
 
 namespace quillon {
@@ -28,8 +29,10 @@ void applyMapChoice(Record& record, const RunSettings& settings, bool maps);
 // my.photo.png and photo stay whole.
 QString inputBaseName(const QString& path);
 
-RunPlan planRun(
-    const RecordList& chain, const RunSettings& settings, const QStringList& inputs, quint64 seed);
+// Stops early (an incomplete plan) once `abort` is set or a termination
+// signal came.
+RunPlan planRun(const RecordList& chain, const RunSettings& settings, const QStringList& inputs, quint64 seed,
+    const std::atomic<bool>* abort = nullptr);
 
 // Copies of a chain's filter records and of their parameter records; a
 // record that two steps share is copied once and stays shared.
@@ -44,7 +47,11 @@ struct PlanRequest {
     // The output directory is made before the run (--mkdir): a missing one
     // passes its check.
     bool outputWillBeMade = false;
+    // Set when the user aborts while the run is planned (or a termination
+    // signal came): planning stops with the refusal kPlanningAborted.
+    const std::atomic<bool>* abort = nullptr;
 };
+inline const QString kPlanningAborted = QStringLiteral("Aborted while the run was planned");
 
 // A Start's checks and plan, or why it cannot run.
 struct StartPlan {
