@@ -70,6 +70,8 @@ QVariant ResultsModel::data(const QModelIndex& index, int role) const
         return text;
     }
     case Qt::ToolTipRole:
+        if (!item.reason.isEmpty())
+            return tr("%1 (%2: %3)").arg(item.path, statusText(item.status), item.reason);
         return QStringLiteral("%1 (%2)").arg(item.path, statusText(item.status));
     case Qt::DecorationRole:
         return thumbnailFor(index.row());

@@ -25,7 +25,11 @@ public:
     // How files and folders are opened (the window's opener, which tests watch).
     void setUrlOpener(std::function<bool(const QUrl&)> opener) { m_opener = std::move(opener); }
 
-    void showResults(const QString& summary, const QString& folder, QList<ResultItem> items);
+    // `details`: why outputs are missing, one line each.
+    void showResults(
+        const QString& summary, const QString& folder, QList<ResultItem> items, const QStringList& details = {});
+    // Where a failure to open an output or the folder is told.
+    void setFailureSink(std::function<void(const QString&)> sink) { m_failure = std::move(sink); }
 
     ResultsModel* model() const { return m_model; }
     QListView* view() const { return m_view; }
@@ -35,6 +39,8 @@ private:
     void openUrl(const QUrl& url);
 
     std::function<bool(const QUrl&)> m_opener;
+    std::function<void(const QString&)> m_failure;
+    QLabel* m_details = nullptr;
     ResultsModel* m_model = nullptr;
     QListView* m_view = nullptr;
     QLabel* m_summary = nullptr;

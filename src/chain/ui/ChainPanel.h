@@ -2,6 +2,8 @@
 
 #include "library/Record.h"
 
+#include <QHash>
+#include <QStringList>
 #include <QWidget>
 
 #include <memory>
@@ -53,12 +55,23 @@ public:
     // The preset index, maps switch and map boxes of the run.
     void fillRunSettings(RunSettings& settings) const;
 
-    // Opens a chain file given by name (command line, a dropped file).
+    // Opens a chain file given by name (command line, a dropped file); an
+    // edited chain is replaced only when the user agrees.
     void openChainFile(const QString& path);
+    // The chain file the chain was last opened from or saved to (empty for
+    // none) and whether it was edited since.
+    const QString& chainFile() const { return m_chainFile; }
+    bool isChainEdited() const { return m_chainEdited; }
+    // The chain now matches `path` (empty: no file), unedited.
+    void setChainDocument(const QString& path);
+    // True when the chain may be replaced: unedited, empty, or the user agrees.
+    bool mayReplaceChain();
     // Shows another chain with nothing selected.
     void showChain(RecordList chain);
 
 public Q_SLOTS:
+    // A change of the chain or of a parameter of it.
+    void markChainEdited();
     // Library scan: reads `filterPath` in the background; an empty path means
     // no Filters directory, and Add stays off with a hint.
     void launchFilterFetcher(const QString& filterPath);
@@ -82,6 +95,8 @@ public Q_SLOTS:
 Q_SIGNALS:
     // The parameter rows to show (null: none).
     void parametersChanged(quillon::RecordListPtr params);
+    // The chain file or its edited state changed.
+    void documentChanged();
 
 private:
     void selectChainRow(int row);
@@ -89,6 +104,9 @@ private:
     void moveSelected(int by);
     QList<int> selectedLibraryRows() const;
     void showError(const QString& message);
+    QString chainDialogDirectory() const;
+    // The presets' names from the definition at `path`, read once per version of the file.
+    QStringList presetNames(const QString& path);
 
     std::unique_ptr<Ui::ChainPanel> m_ui;
     std::unique_ptr<Ui::AddFilterSheet> m_sheetUi;
@@ -96,6 +114,7 @@ private:
     QWidget* m_presetRow = nullptr;
     QComboBox* m_presetPopup = nullptr;
     QLabel* m_addHint = nullptr;
+    QLabel* m_shownFilterLabel = nullptr;
     ChainListModel* m_chainModel = nullptr;
     LibraryListModel* m_libraryModel = nullptr;
     QSortFilterProxyModel* m_librarySearch = nullptr;
@@ -103,6 +122,9 @@ private:
     int m_scans = 0;
     bool m_hasFiltersDirectory = false;
     bool m_parameterPageShown = false;
+    QString m_chainFile;
+    bool m_chainEdited = false;
+    QHash<QString, QStringList> m_presetNames;
 };
 
 } // namespace quillon

@@ -129,6 +129,11 @@ QVariant ParamTableModel::data(const QModelIndex& index, int role) const
     if (!index.isValid() || !checkIndex(index, CheckIndexOption::IndexIsValid))
         return {};
     if (index.column() == filterParamActiveColumn) {
+        // A screen reader names each box after its parameter.
+        if (role == Qt::AccessibleTextRole || role == Qt::ToolTipRole) {
+            return tr("Active: %1")
+                .arg(objectValueForTableColumn(filterParamNameColumn, index.row()).toString().trimmed());
+        }
         if (role != Qt::CheckStateRole)
             return {};
         return objectValueForTableColumn(index.column(), index.row()).toLongLong() == 1 ? Qt::Checked
