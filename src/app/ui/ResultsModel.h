@@ -17,7 +17,7 @@ enum class OutputStatus { Written, Missing, NotRun };
 struct ResultItem {
     QString path;
     OutputStatus status = OutputStatus::NotRun;
-    QString reason; // why a missing output is missing, when known
+    QString reason = {}; // why a missing output is missing, when known
 };
 
 // The final outputs of a run in plan order, one row each: the file's name

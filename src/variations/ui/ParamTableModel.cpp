@@ -1,5 +1,7 @@
 #include "variations/ui/ParamTableModel.h"
 
+#include <QCoreApplication>
+
 #include <cmath>
 #include <cstdio>
 
@@ -47,11 +49,11 @@ QString paramTypeText(const Record& param)
         return {};
     QString prefix;
     if (param.integer(key::POPSTATE) == 0)
-        prefix = QStringLiteral("[Random] ");
+        prefix = QCoreApplication::translate("quillon::ParamTableModel", "[Random] ");
     else if (*kind == controlType::kTypeCheckbox)
-        prefix = QStringLiteral("[Toggle] ");
+        prefix = QCoreApplication::translate("quillon::ParamTableModel", "[Toggle] ");
     else
-        prefix = QStringLiteral("[Sweep] ");
+        prefix = QCoreApplication::translate("quillon::ParamTableModel", "[Sweep] ");
     const auto bound = [&](const QString& key) {
         return isRealKind(*kind) ? rangeRealText(param.real(key)) : QString::number(param.integer(key));
     };

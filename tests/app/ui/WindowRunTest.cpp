@@ -11,6 +11,7 @@
 #include "batch/BatchController.h"
 
 #include <QAction>
+#include <QLabel>
 #include <QListView>
 #include <QSignalSpy>
 #include <QTableWidget>
@@ -90,6 +91,26 @@ TEST_F(WindowRunTest, AFullRunDeletesItsInterimFilesAndShowsEveryOutputInTheResu
             QUrl::fromLocalFile(outputDir()) }));
 }
 
+TEST_F(WindowRunTest, MissingOutputsAndFailedOpeningsSayWhyWhereTheUserLooks)
+{
+    BatchEnvGuard crash("QUILLON_STANDIN_CRASH", "1");
+    prepareRun(1, QStringLiteral("2"), QStringLiteral("bad"));
+    QSignalSpy finished(delegate().batchController(), &BatchController::runFinished);
+    click("startButton");
+    ASSERT_TRUE(waitFor([&] { return finished.count() == 1; }));
+    EXPECT_TRUE(status().contains(QStringLiteral("0 written, 2 missing"))) << status().toStdString();
+    EXPECT_TRUE(status().contains(QStringLiteral("signal"))) << status().toStdString();
+
+    ResultsSheet* results = delegate().resultsSheet();
+    const QString details = results->findChild<QLabel*>(QStringLiteral("resultsDetails"))->text();
+    EXPECT_EQ(details.count(QStringLiteral("missing ")), 2) << details.toStdString();
+    EXPECT_TRUE(results->model()->index(1).data(Qt::ToolTipRole).toString().contains(QStringLiteral("signal")));
+
+    delegate().setUrlOpener([](const QUrl&) { return false; });
+    results->findChild<QPushButton*>(QStringLiteral("openOutputFolderButton"))->click();
+    EXPECT_EQ(status(), QStringLiteral("Nothing could open %1.").arg(outputDir()));
+}
+
 TEST_F(WindowRunTest, TheAnimationSwingsUntilQuittingAsksFirstAndAbortsTheRun)
 {
     // Tool runs long enough for eleven ticks; the abort ends them early.
@@ -123,6 +144,9 @@ TEST_F(WindowRunTest, ImagesAreCountedAndThePlanChecksAskOrRefuse)
     ASSERT_NE(preview, nullptr);
     EXPECT_EQ(preview->rowCount(), 3);
     EXPECT_EQ(preview->item(2, 0)->text(), QStringLiteral("NX_win-3.png"));
+    EXPECT_TRUE(preview->window()->findChild<QLabel*>(QStringLiteral("planPreviewSummary"))
+                    ->text()
+                    .endsWith(QStringLiteral("Output format: PNG")));
     preview->window()->close();
     EXPECT_TRUE(QDir(outputDir()).isEmpty());
 
