@@ -3,6 +3,7 @@
 #include "app/ui/DialogSeams.h"
 #include "chain/ChainFile.h"
 #include "chain/ui/ChainListModel.h"
+#include "chain/ui/PresetTitles.h"
 #include "library/DefinitionReader.h"
 #include "library/FilterScan.h"
 #include "run/RunSettings.h"
@@ -12,7 +13,6 @@
 
 #include <QComboBox>
 #include <QDialog>
-#include <QDir>
 #include <QFileInfo>
 #include <QHBoxLayout>
 #include <QHeaderView>
@@ -39,10 +39,12 @@ ChainPanel::ChainPanel(QWidget* parent)
     : QWidget(parent)
     , m_ui(std::make_unique<Ui::ChainPanel>())
     , m_sheetUi(std::make_unique<Ui::AddFilterSheet>())
+    , m_presetTitles(std::make_unique<PresetTitles>())
     , m_chainModel(new ChainListModel(this))
     , m_libraryModel(new LibraryListModel(this))
     , m_librarySearch(new QSortFilterProxyModel(this))
     , m_fetcher(new FilterFetcher(this))
+    , m_document(new ChainDocument(this))
 {
     m_ui->setupUi(this);
     m_ui->filterList->setModel(m_chainModel);
@@ -107,6 +109,7 @@ ChainPanel::ChainPanel(QWidget* parent)
     ui.moveFilterUpButton->setToolTip(tr("Move the selected filter up (Ctrl+Up)"));
     ui.moveFilterDownButton->setToolTip(tr("Move the selected filter down (Ctrl+Down)"));
     connect(m_chainModel, &ChainListModel::chainChanged, this, &ChainPanel::markChainEdited);
+    connect(m_document, &ChainDocument::changed, this, &ChainPanel::documentChanged);
 
     connect(m_sheetUi->addBaseFiltersButton, &QPushButton::clicked, this,
         [this] { addFilterToListWithSender(); });
@@ -254,14 +257,9 @@ void ChainPanel::filterListClick()
 
     const QSignalBlocker blocker(m_presetPopup);
     m_presetPopup->clear();
-    const qint64 count = std::max<qint64>(0, presetCount(*record));
-    const QStringList names = presetNames(record->string(key::path));
-    for (qint64 i = 0; i < count; ++i) {
-        // The definition's own name of a preset follows its number.
-        const QString name = names.value(i);
-        m_presetPopup->addItem(
-            name.isEmpty() ? tr("Preset %1").arg(i) : tr("Preset %1 — %2").arg(i).arg(name));
-    }
+    const QStringList titles = m_presetTitles->titlesFor(*record);
+    const qint64 count = titles.size();
+    m_presetPopup->addItems(titles);
     const qint64 chosen = record->integer(key::ChoosenPreset);
     // A choice beyond the presets (an edited chain file) falls back to the first.
     m_presetPopup->setCurrentIndex(count == 0 ? -1 : (chosen >= 0 && chosen < count ? int(chosen) : 0));
@@ -418,7 +416,7 @@ void ChainPanel::saveFilterChainWithSender(QObject* /*sender*/)
     request.nameFilter = tr("Quillon chain (*.qlch)");
     request.defaultSuffix = QStringLiteral("qlch");
     request.canCreateDirectories = true;
-    request.directory = chainDialogDirectory();
+    request.directory = m_document->dialogDirectory();
     FileDialogs::instance().open(window(), request, [this](const QString& path) {
         QString error;
         if (saveChainAndReport(path, chain(), &error))
@@ -439,7 +437,7 @@ void ChainPanel::loadFilterChainWithSender(QObject* /*sender*/)
     request.nameFilter = tr("Quillon chain (*.qlch)");
     request.defaultSuffix = QStringLiteral("qlch");
     request.canChooseFiles = true;
-    request.directory = chainDialogDirectory();
+    request.directory = m_document->dialogDirectory();
     FileDialogs::instance().open(window(), request,
         [this](const QString& path) { openFilterChainWithUrl(QUrl::fromLocalFile(path)); });
 }
@@ -469,40 +467,19 @@ void ChainPanel::openFilterChainWithUrl(const QUrl& url)
 
 void ChainPanel::setChainDocument(const QString& path)
 {
-    m_chainFile = path;
-    m_chainEdited = false;
-    Q_EMIT documentChanged();
+    m_document->setFile(path);
 }
 
 void ChainPanel::markChainEdited()
 {
-    if (m_chainEdited)
-        return;
-    m_chainEdited = true;
-    Q_EMIT documentChanged();
+    m_document->markEdited();
 }
 
 bool ChainPanel::mayReplaceChain()
 {
-    return !m_chainEdited || chain().empty()
+    return !m_document->isEdited() || chain().empty()
         || MessageBoxes::instance().confirm(
             window(), tr("The chain has changes that are not saved in a chain file. Replace it anyway?"));
-}
-
-QString ChainPanel::chainDialogDirectory() const
-{
-    const QFileInfo file(m_chainFile);
-    return !m_chainFile.isEmpty() && file.absoluteDir().exists() ? file.absolutePath() : QDir::homePath();
-}
-
-QStringList ChainPanel::presetNames(const QString& path)
-{
-    const QFileInfo file(path);
-    const QString key = path + QLatin1Char('\n') + file.lastModified().toString(Qt::ISODateWithMs);
-    auto found = m_presetNames.constFind(key);
-    if (found == m_presetNames.constEnd())
-        found = m_presetNames.insert(key, presetNamesWithPath(path));
-    return *found;
 }
 
 void ChainPanel::showChain(RecordList chain)

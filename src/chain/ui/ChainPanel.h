@@ -1,8 +1,8 @@
 #pragma once
 
+#include "chain/ui/ChainDocument.h"
 #include "library/Record.h"
 
-#include <QHash>
 #include <QStringList>
 #include <QWidget>
 
@@ -25,6 +25,7 @@ namespace quillon {
 class ChainListModel;
 class FilterFetcher;
 class LibraryListModel;
+class PresetTitles;
 struct RunSettings;
 
 // The chain side of the window: the chain list (`filterList`) with Add,
@@ -60,8 +61,8 @@ public:
     void openChainFile(const QString& path);
     // The chain file the chain was last opened from or saved to (empty for
     // none) and whether it was edited since.
-    const QString& chainFile() const { return m_chainFile; }
-    bool isChainEdited() const { return m_chainEdited; }
+    const QString& chainFile() const { return m_document->file(); }
+    bool isChainEdited() const { return m_document->isEdited(); }
     // The chain now matches `path` (empty: no file), unedited.
     void setChainDocument(const QString& path);
     // True when the chain may be replaced: unedited, empty, or the user agrees.
@@ -104,12 +105,10 @@ private:
     void moveSelected(int by);
     QList<int> selectedLibraryRows() const;
     void showError(const QString& message);
-    QString chainDialogDirectory() const;
-    // The presets' names from the definition at `path`, read once per version of the file.
-    QStringList presetNames(const QString& path);
 
     std::unique_ptr<Ui::ChainPanel> m_ui;
     std::unique_ptr<Ui::AddFilterSheet> m_sheetUi;
+    std::unique_ptr<PresetTitles> m_presetTitles;
     QDialog* m_addFilterSheet = nullptr;
     QWidget* m_presetRow = nullptr;
     QComboBox* m_presetPopup = nullptr;
@@ -122,9 +121,7 @@ private:
     int m_scans = 0;
     bool m_hasFiltersDirectory = false;
     bool m_parameterPageShown = false;
-    QString m_chainFile;
-    bool m_chainEdited = false;
-    QHash<QString, QStringList> m_presetNames;
+    ChainDocument* m_document = nullptr;
 };
 
 } // namespace quillon
