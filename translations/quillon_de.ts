@@ -234,6 +234,17 @@
     </message>
 </context>
 <context>
+    <name>PresetTitles</name>
+    <message>
+        <source>Preset %1</source>
+        <translation>Voreinstellung %1</translation>
+    </message>
+    <message>
+        <source>Preset %1 — %2</source>
+        <translation>Voreinstellung %1 — %2</translation>
+    </message>
+</context>
+<context>
     <name>ProgressSheet</name>
     <message>
         <source>Rendering</source>
@@ -694,14 +705,6 @@ Rendert Bilder stapelweise durch eine Filterkette.</translation>
     <message>
         <source>Parameters of %1 (position %2)</source>
         <translation>Parameter von %1 (Position %2)</translation>
-    </message>
-    <message>
-        <source>Preset %1</source>
-        <translation>Voreinstellung %1</translation>
-    </message>
-    <message>
-        <source>Preset %1 — %2</source>
-        <translation>Voreinstellung %1 — %2</translation>
     </message>
     <message>
         <source>it cannot be read</source>

@@ -260,8 +260,8 @@ bool AppDelegate::mayClose()
 {
     if (!m_batch->isRunning()) {
         return !chainPanel()->isChainEdited() || chain().empty()
-            || MessageBoxes::instance().confirm(m_window.get(),
-                tr("The chain has changes that are not saved in a chain file. Quit anyway?"));
+            || MessageBoxes::instance().confirm(
+                m_window.get(), tr("The chain has changes that are not saved in a chain file. Quit anyway?"));
     }
     if (!MessageBoxes::instance().confirm(m_window.get(), tr("A run is going. Abort it and quit?")))
         return false;

@@ -77,7 +77,8 @@ MainWindow::MainWindow(QWidget* parent)
     m_ui->outputFormatLabel->setAccessibleName(tr("Output format of the run"));
     // The wheel edits a value control only once it has the focus.
     WheelGuard::guard(m_ui->mainTabControl);
-    for (const QKeySequence& keys : { QKeySequence(Qt::CTRL | Qt::Key_Return), QKeySequence(Qt::CTRL | Qt::Key_Enter) })
+    for (const QKeySequence& keys :
+        { QKeySequence(Qt::CTRL | Qt::Key_Return), QKeySequence(Qt::CTRL | Qt::Key_Enter) })
         connect(new QShortcut(keys, this), &QShortcut::activated, m_ui->startButton, &QPushButton::click);
     connect(m_settingsPane, &SettingsPane::formatChanged, this, [this](const QString& format) {
         m_ui->outputFormatLabel->setText(tr("Output format: %1").arg(format));
@@ -135,11 +136,10 @@ void MainWindow::fitToScreen()
         return;
     const QRect available = screen->availableGeometry();
     // Room for the title bar and frame, which are known only once shown.
-    const QMargins frame = isVisible() ? QMargins(geometry().left() - frameGeometry().left(),
-                                             geometry().top() - frameGeometry().top(),
-                                             frameGeometry().right() - geometry().right(),
-                                             frameGeometry().bottom() - geometry().bottom())
-                                       : QMargins(0, kTitleBarAllowance, 0, 0);
+    const QMargins frame = isVisible()
+        ? QMargins(geometry().left() - frameGeometry().left(), geometry().top() - frameGeometry().top(),
+            frameGeometry().right() - geometry().right(), frameGeometry().bottom() - geometry().bottom())
+        : QMargins(0, kTitleBarAllowance, 0, 0);
     const QRect room = available.marginsRemoved(frame);
     QRect fitted(geometry().topLeft(), size().boundedTo(room.size()));
     fitted.moveLeft(std::clamp(fitted.left(), room.left(), room.right() - fitted.width() + 1));

@@ -53,12 +53,11 @@ PlanPreview::PlanPreview(const RunPlan& plan, const QString& format, QWidget* pa
     }
     m_table->resizeColumnsToContents();
 
-    auto* summary
-        = new QLabel(tr("%1 tool runs, %2 outputs. Output format: %3")
-                         .arg(plan.toolRunCount())
-                         .arg(plan.outputCount())
-                         .arg(format),
-            this);
+    auto* summary = new QLabel(tr("%1 tool runs, %2 outputs. Output format: %3")
+                                   .arg(plan.toolRunCount())
+                                   .arg(plan.outputCount())
+                                   .arg(format),
+        this);
     summary->setObjectName(QStringLiteral("planPreviewSummary"));
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Close, this);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);

@@ -26,8 +26,8 @@ public:
     void setUrlOpener(std::function<bool(const QUrl&)> opener) { m_opener = std::move(opener); }
 
     // `details`: why outputs are missing, one line each.
-    void showResults(
-        const QString& summary, const QString& folder, QList<ResultItem> items, const QStringList& details = {});
+    void showResults(const QString& summary, const QString& folder, QList<ResultItem> items,
+        const QStringList& details = {});
     // Where a failure to open an output or the folder is told.
     void setFailureSink(std::function<void(const QString&)> sink) { m_failure = std::move(sink); }
 

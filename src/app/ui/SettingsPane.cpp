@@ -9,8 +9,8 @@
 
 #include <QDir>
 #include <QFileInfo>
-#include <QStyle>
 #include <QSignalBlocker>
+#include <QStyle>
 
 #include <algorithm>
 #include <limits>
@@ -142,7 +142,8 @@ SettingsPane::SettingsPane(QWidget* parent)
     for (const SwitchBinding& binding : std::as_const(m_switches))
         connect(binding.box, &QCheckBox::clicked, this, [this, binding] { switchClick(binding); });
     // Whole-number fields show the number the run takes, corrected on leaving.
-    const auto stored = [this](const QString& key) { return [this, key] { return integerOf(prefs().value(key)); }; };
+    const auto stored
+        = [this](const QString& key) { return [this, key] { return integerOf(prefs().value(key)); }; };
     const auto fixed = [](qint64 value) { return [value] { return value; }; };
     m_integerRules = { { s.imageWidthField, { 1, fixed(kMaxImageSide), stored(pref::SET_WIDTH) } },
         { s.imageHeightField, { 1, fixed(kMaxImageSide), stored(pref::SET_HEIGHT) } },
@@ -281,38 +282,38 @@ void SettingsPane::locate(const PathBinding& binding, const QString& prompt, con
 
 void SettingsPane::locateRenderToolWithSender(QObject* /*sender*/)
 {
-    locate(m_paths[0], tr("Locate it"),
-        tr("Quillon needs you to locate to FilterForge Batch tool"), true, false, false);
+    locate(m_paths[0], tr("Locate it"), tr("Quillon needs you to locate to FilterForge Batch tool"), true,
+        false, false);
 }
 
 void SettingsPane::locateFilterDirectoryWithSender(QObject* /*sender*/)
 {
-    locate(m_paths[1], tr("Locate it"),
-        tr("Quillon needs you to locate the Filters directory"), false, true, false);
+    locate(m_paths[1], tr("Locate it"), tr("Quillon needs you to locate the Filters directory"), false, true,
+        false);
 }
 
 void SettingsPane::locateCreateOutputDirectoryWithSender(QObject* /*sender*/)
 {
-    locate(m_paths[2], tr("This one"),
-        tr("Quillon needs you to locate or create the output directory"), false, true, true);
+    locate(m_paths[2], tr("This one"), tr("Quillon needs you to locate or create the output directory"),
+        false, true, true);
 }
 
 void SettingsPane::locateImagePathWithSender(QObject* /*sender*/)
 {
     switch (static_cast<InputMode>(m_ui->sourceTypePopup->currentIndex())) {
     case InputMode::File:
-        locate(m_paths[3], tr("This one"),
-            tr("Quillon needs you to locate an input image"), true, false, false);
+        locate(
+            m_paths[3], tr("This one"), tr("Quillon needs you to locate an input image"), true, false, false);
         break;
     case InputMode::Directory:
-        locate(m_paths[3], tr("This one"),
-            tr("Quillon needs you to locate an input directory"), false, true, false);
+        locate(m_paths[3], tr("This one"), tr("Quillon needs you to locate an input directory"), false, true,
+            false);
         break;
     default: {
         // No message, and the dialog's own choices.
         const FileDialogRequest defaults;
-        locate(m_paths[3], tr("This one"), QString(), defaults.canChooseFiles,
-            defaults.canChooseDirectories, false);
+        locate(m_paths[3], tr("This one"), QString(), defaults.canChooseFiles, defaults.canChooseDirectories,
+            false);
         break;
     }
     }

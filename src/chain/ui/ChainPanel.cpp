@@ -30,8 +30,8 @@ namespace quillon {
 
 namespace {
 
-const char* const kNoFiltersHint
-    = QT_TRANSLATE_NOOP("quillon::ChainPanel", "Choose the Filters directory on the Settings page to add filters.");
+const char* const kNoFiltersHint = QT_TRANSLATE_NOOP(
+    "quillon::ChainPanel", "Choose the Filters directory on the Settings page to add filters.");
 
 } // namespace
 
@@ -253,7 +253,8 @@ void ChainPanel::filterListClick()
 
     const RecordPtr& record = chain()[static_cast<size_t>(r)];
     Q_EMIT parametersChanged(record->list(key::Components));
-    m_shownFilterLabel->setText(tr("Parameters of %1 (position %2)").arg(record->string(key::name)).arg(r + 1));
+    m_shownFilterLabel->setText(
+        tr("Parameters of %1 (position %2)").arg(record->string(key::name)).arg(r + 1));
 
     const QSignalBlocker blocker(m_presetPopup);
     m_presetPopup->clear();
@@ -307,9 +308,9 @@ void ChainPanel::addFilterToListWithSender(QObject* /*sender*/)
         if (!loadXMLInfoWithFilterdata(record)) {
             const QString path = record->string(key::path);
             const QString why = definitionProblem(path);
-            unreadable.append(QStringLiteral("%1 (%2: %3)")
-                                  .arg(record->string(key::name), path,
-                                      why.isEmpty() ? tr("it cannot be read") : why));
+            unreadable.append(
+                QStringLiteral("%1 (%2: %3)")
+                    .arg(record->string(key::name), path, why.isEmpty() ? tr("it cannot be read") : why));
             continue;
         }
         added.push_back(record);

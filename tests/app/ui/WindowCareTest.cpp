@@ -179,7 +179,8 @@ TEST_F(WindowCareTest, EveryControlHasAnAccessibleNameTheActiveBoxesIncluded)
             || (qobject_cast<QAbstractSlider*>(control) && !qobject_cast<QScrollBar*>(control));
         // Parts of other controls (a pop-up's list, a table's header and corner) are named by them.
         const QWidget* parent = control->parentWidget();
-        const bool part = qobject_cast<QHeaderView*>(control) || qobject_cast<const QAbstractItemView*>(parent)
+        const bool part = qobject_cast<QHeaderView*>(control)
+            || qobject_cast<const QAbstractItemView*>(parent)
             || (parent && qobject_cast<const QComboBox*>(parent->parentWidget()))
             || qobject_cast<const QComboBox*>(parent) || qobject_cast<const QLineEdit*>(parent)
             || control->objectName().startsWith(QLatin1String("qt_"));
@@ -236,7 +237,8 @@ TEST(WindowScreenTest, OnA1280By720ScreenTheWindowFitsAtEveryScale)
     for (const char* scale : { "1.25", "2" }) {
         const QString shot = dir.filePath(QStringLiteral("window-%1.png").arg(QLatin1String(scale)));
         QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-        env.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen:configfile=") + screen.fileName());
+        env.insert(
+            QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen:configfile=") + screen.fileName());
         env.insert(QStringLiteral("QT_SCALE_FACTOR"), QLatin1String(scale));
         env.insert(QStringLiteral("XDG_CONFIG_HOME"), dir.filePath(QStringLiteral("config")));
         env.insert(QStringLiteral("QUILLON_DEMO_OUTPUT"), dir.filePath(QStringLiteral("out")));

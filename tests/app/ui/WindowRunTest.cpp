@@ -104,7 +104,8 @@ TEST_F(WindowRunTest, MissingOutputsAndFailedOpeningsSayWhyWhereTheUserLooks)
     ResultsSheet* results = delegate().resultsSheet();
     const QString details = results->findChild<QLabel*>(QStringLiteral("resultsDetails"))->text();
     EXPECT_EQ(details.count(QStringLiteral("missing ")), 2) << details.toStdString();
-    EXPECT_TRUE(results->model()->index(1).data(Qt::ToolTipRole).toString().contains(QStringLiteral("signal")));
+    EXPECT_TRUE(
+        results->model()->index(1).data(Qt::ToolTipRole).toString().contains(QStringLiteral("signal")));
 
     delegate().setUrlOpener([](const QUrl&) { return false; });
     results->findChild<QPushButton*>(QStringLiteral("openOutputFolderButton"))->click();
@@ -144,7 +145,8 @@ TEST_F(WindowRunTest, ImagesAreCountedAndThePlanChecksAskOrRefuse)
     ASSERT_NE(preview, nullptr);
     EXPECT_EQ(preview->rowCount(), 3);
     EXPECT_EQ(preview->item(2, 0)->text(), QStringLiteral("NX_win-3.png"));
-    EXPECT_TRUE(preview->window()->findChild<QLabel*>(QStringLiteral("planPreviewSummary"))
+    EXPECT_TRUE(preview->window()
+                    ->findChild<QLabel*>(QStringLiteral("planPreviewSummary"))
                     ->text()
                     .endsWith(QStringLiteral("Output format: PNG")));
     preview->window()->close();
