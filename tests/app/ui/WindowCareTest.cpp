@@ -16,6 +16,7 @@
 #include <QImage>
 #include <QLabel>
 #include <QProcess>
+#include <QScreen>
 #include <QScrollBar>
 #include <QSignalSpy>
 #include <QWheelEvent>
@@ -222,6 +223,19 @@ TEST_F(WindowCareTest, UnderAGermanLocaleTheWindowAndQtsOwnButtonsSpeakGerman)
     m_delegate = newDelegate();
     launch();
     EXPECT_EQ(widget<QPushButton>("startButton")->text(), QStringLiteral("Start"));
+}
+
+TEST_F(WindowCareTest, TheFirstSizeAndASizeSavedOnALargerScreenFitThisScreen)
+{
+    // The first launch's size, then a size saved on a larger screen.
+    for (int launch = 0; launch < 2; ++launch) {
+        QMainWindow* window = delegate().window();
+        const QRect available = window->screen()->availableGeometry();
+        EXPECT_TRUE(available.contains(window->geometry())) << "launch " << launch;
+        window->setGeometry(QRect(available.topLeft(), available.size() * 3));
+        ASSERT_TRUE(window->close());
+        relaunch();
+    }
 }
 
 // The real program on a 1280x720 screen at scale 1.25 and 2: the window, and
