@@ -142,8 +142,8 @@ void MainWindow::fitToScreen()
         : QMargins(0, kTitleBarAllowance, 0, 0);
     const QRect room = available.marginsRemoved(frame);
     QRect fitted(geometry().topLeft(), size().boundedTo(room.size()));
-    fitted.moveLeft(std::clamp(fitted.left(), room.left(), room.right() - fitted.width() + 1));
-    fitted.moveTop(std::clamp(fitted.top(), room.top(), room.bottom() - fitted.height() + 1));
+    fitted.moveLeft(std::max(room.left(), std::min(fitted.left(), room.right() - fitted.width() + 1)));
+    fitted.moveTop(std::max(room.top(), std::min(fitted.top(), room.bottom() - fitted.height() + 1)));
     setGeometry(fitted);
 }
 
