@@ -14,6 +14,7 @@ QUILLON_BUILD="${QUILLON_BUILD:-$QUILLON_ROOT/build}"
 QUILLON_BASE_PACKAGES=(
   cmake g++ ninja-build pkg-config ccache scdoc
   qt6-base-dev qt6-svg-dev qt6-image-formats-plugins libpugixml-dev libplist-dev
+  qt6-tools-dev qt6-l10n-tools qt6-translations-l10n
   fonts-dejavu-core
 )
 QUILLON_TEST_PACKAGES=(

@@ -2,6 +2,7 @@
 #include "app/MemoryTuning.h"
 #include "app/Preferences.h"
 #include "app/ui/AppDelegate.h"
+#include "app/ui/AppTranslations.h"
 #include "app/ui/Screenshot.h"
 
 #include <QApplication>
@@ -20,6 +21,9 @@ int main(int argc, char** argv)
     QApplication::setOrganizationName(QStringLiteral("Quillon"));
     QApplication::setApplicationVersion(QStringLiteral(QUILLON_VERSION));
     QGuiApplication::setDesktopFileName(QStringLiteral("org.quillon.Quillon"));
+    // The window speaks the system's language where Quillon has a translation.
+    quillon::AppTranslations translations;
+    translations.load();
     // The icon theme has the icon once installed; a build tree keeps the same
     // files at the same place relative to the executable.
     QIcon icon = QIcon::fromTheme(QStringLiteral("quillon"));

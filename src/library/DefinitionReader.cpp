@@ -272,4 +272,20 @@ bool loadXMLInfoWithFilterdata(const RecordPtr& filterData)
     return filterData && loadXMLInfoWithFilterdata(*filterData);
 }
 
+QStringList presetNamesWithPath(const QString& path)
+{
+    QStringList names;
+    QByteArray bytes;
+    pugi::xml_document document;
+    const pugi::xml_node root = openDefinition(path, kDetailParseOptions, bytes, document);
+    for (const pugi::xml_node& presets : root.children("Presets")) {
+        for (const pugi::xml_node& preset : presets.children()) {
+            if (preset.type() == pugi::node_element)
+                names.append(QString::fromUtf8(preset.attribute("name-en").value()).trimmed());
+        }
+        break;
+    }
+    return names;
+}
+
 } // namespace quillon

@@ -4,6 +4,7 @@
 
 #include <QByteArray>
 #include <QString>
+#include <QStringList>
 #include <QVariantMap>
 
 namespace pugi {
@@ -56,6 +57,10 @@ void processFilterTypeNodeWithInnode(const pugi::xml_node& innode, Record& filte
 RecordListPtr processComponentsNodeWithInnode(const pugi::xml_node& innode);
 // `Presets`: {"PresetCount": number of element children}.
 QVariantMap processPresetsNodeWithInnode(const pugi::xml_node& innode);
+
+// The English names of the definition's presets in preset order, an empty
+// string for a preset without one; empty when the file cannot be read.
+QStringList presetNamesWithPath(const QString& path);
 
 // An attribute's value; the empty string when the attribute is absent.
 QString getAttributeFromNodeWithInelement(const pugi::xml_node& inelement, const char* attribute);

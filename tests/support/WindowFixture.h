@@ -105,15 +105,18 @@ protected:
     QComboBox* popup(const char* name) { return widget<QComboBox>(name); }
     void click(const char* button) { widget<QPushButton>(button)->click(); }
 
-    // What the named controls show: a field's text, "on" or "off" for a
-    // check box or radio button, a pop-up's index, a slider's value.
+    // What the named controls show: a field's text (an empty field's
+    // placeholder in brackets), "on" or "off" for a check box or radio
+    // button, a pop-up's index, a slider's value.
     QStringList shown(std::initializer_list<const char*> names)
     {
         QStringList states;
         for (const char* name : names) {
             QWidget* control = widget<QWidget>(name);
             if (auto* text = qobject_cast<QLineEdit*>(control))
-                states.append(text->text());
+                states.append(text->text().isEmpty() && !text->placeholderText().isEmpty()
+                        ? QStringLiteral("[%1]").arg(text->placeholderText())
+                        : text->text());
             else if (auto* button = qobject_cast<QAbstractButton*>(control))
                 states.append(button->isChecked() ? QStringLiteral("on") : QStringLiteral("off"));
             else if (auto* choice = qobject_cast<QComboBox*>(control))

@@ -24,10 +24,39 @@
 #include <QDesktopServices>
 #include <QDir>
 #include <QFileInfo>
+#include <QHash>
+#include <QSet>
 #include <QStatusBar>
 #include <QUrl>
 
 namespace quillon {
+
+namespace {
+
+// The reason of each missing output from the closing report's lines
+// ("missing PATH: how its tool run ended").
+QHash<QString, QString> missingOutputReasons(const QStringList& lines, const QSet<QString>& missing)
+{
+    const QString prefix = QStringLiteral("missing ");
+    const QString separator = QStringLiteral(": ");
+    QHash<QString, QString> reasons;
+    for (const QString& line : lines) {
+        if (!line.startsWith(prefix))
+            continue;
+        // A path may hold ": " itself: take the first split that names a missing output.
+        for (qsizetype at = line.indexOf(separator, prefix.size()); at >= 0;
+             at = line.indexOf(separator, at + 1)) {
+            const QString path = line.mid(prefix.size(), at - prefix.size());
+            if (missing.contains(path)) {
+                reasons.insert(path, line.mid(at + separator.size()));
+                break;
+            }
+        }
+    }
+    return reasons;
+}
+
+} // namespace
 
 AppDelegate::AppDelegate(QObject* parent)
     : QObject(parent)
@@ -41,9 +70,10 @@ AppDelegate::AppDelegate(QObject* parent)
     m_batchDisplay->setResultsSource([this] { return runResults(); });
     m_resultsSheet = new ResultsSheet(m_window.get());
     m_resultsSheet->setUrlOpener([this](const QUrl& url) { return openUrl(url); });
+    m_resultsSheet->setFailureSink([this](const QString& text) { m_window->statusBar()->showMessage(text); });
     m_batchDisplay->setResultsSink([this](const WindowBatchDisplay::Results& results) {
         MessageBoxes::instance().noteResults(results.summary);
-        m_resultsSheet->showResults(results.summary, results.folder, results.outputs);
+        m_resultsSheet->showResults(results.summary, results.folder, results.outputs, results.details);
     });
     connect(m_resultsSheet, &ResultsSheet::useValuesRequested, this, &AppDelegate::useValuesOfOutput);
     m_resultsSheet->setPlanSource([this] { return m_batch->plan(); });
@@ -70,6 +100,8 @@ AppDelegate::AppDelegate(QObject* parent)
     const auto keep = [this] { m_keptChain.keep(chain()); };
     connect(chainPanel()->chainModel(), &ChainListModel::chainChanged, this, keep);
     connect(parameterEditor()->model(), &QAbstractItemModel::dataChanged, this, keep);
+    connect(parameterEditor()->model(), &QAbstractItemModel::dataChanged, chainPanel(),
+        &ChainPanel::markChainEdited);
 }
 
 AppDelegate::~AppDelegate()
@@ -155,6 +187,8 @@ void AppDelegate::applicationDidFinishLaunching()
     startupGUI();
     m_keptChain.setPath(keptChainPath());
     chainPanel()->showChain(m_keptChain.restore());
+    // The kept chain is where it was left: nothing to save yet.
+    chainPanel()->setChainDocument(QString());
 }
 
 QString AppDelegate::keptChainPath()
@@ -196,9 +230,10 @@ void AppDelegate::previewRunWithSender(QObject* /*sender*/)
 {
     // The same checks and plan as Start; a failed check shows its alert.
     RunPlan plan;
-    if (!m_batch->planBatch(chain(), captureRunSettings(), &plan))
+    const RunSettings settings = captureRunSettings();
+    if (!m_batch->planBatch(chain(), settings, &plan))
         return;
-    (new PlanPreview(plan, m_window.get()))->open();
+    (new PlanPreview(plan, settings.format, m_window.get()))->open();
 }
 
 void AppDelegate::abortProcessWithSender(QObject* /*sender*/)
@@ -208,17 +243,21 @@ void AppDelegate::abortProcessWithSender(QObject* /*sender*/)
 
 WindowBatchDisplay::Results AppDelegate::runResults() const
 {
-    WindowBatchDisplay::Results results { m_batch->outcomeLine(), m_batch->runSettings().outputPath, {} };
+    WindowBatchDisplay::Results results { m_batch->outcomeLine(), m_batch->runSettings().outputPath, {}, {} };
     const BatchController::Outcome outcome = m_batch->outcome();
     const QSet<QString> written(outcome.written.cbegin(), outcome.written.cend());
     const QSet<QString> missing(outcome.missing.cbegin(), outcome.missing.cend());
+    // Each missing output with how its tool run ended.
+    const QStringList details = m_batch->outcomeDetails(outcome.missing.size());
+    const QHash<QString, QString> reasons = missingOutputReasons(details, missing);
+    results.details = m_batch->outcomeDetails();
     if (const std::shared_ptr<const RunPlan> plan = m_batch->plan()) {
         for (const OutputValues& output : finalOutputValues(*plan)) {
             const QString& path = output.resultPath;
             const OutputStatus status = written.contains(path) ? OutputStatus::Written
                 : missing.contains(path)                       ? OutputStatus::Missing
                                                                : OutputStatus::NotRun;
-            ResultItem item { path, status, {}, {} };
+            ResultItem item { path, status, {}, {}, reasons.value(path) };
             for (const auto& [name, value] : namedOutputValues(output, plan->stepParameters)) {
                 item.values.insert(name, value);
                 item.valueNames.append(name);
@@ -263,8 +302,11 @@ void AppDelegate::showTestStrip(int row)
 
 bool AppDelegate::mayClose()
 {
-    if (!m_batch->isRunning())
-        return true;
+    if (!m_batch->isRunning()) {
+        return !chainPanel()->isChainEdited() || chain().empty()
+            || MessageBoxes::instance().confirm(
+                m_window.get(), tr("The chain has changes that are not saved in a chain file. Quit anyway?"));
+    }
     if (!MessageBoxes::instance().confirm(m_window.get(), tr("A run is going. Abort it and quit?")))
         return false;
     abortProcessWithSender();

@@ -37,6 +37,8 @@ void FileDialogs::open(
         dialog->setNameFilter(request.nameFilter);
     if (!request.defaultSuffix.isEmpty())
         dialog->setDefaultSuffix(request.defaultSuffix);
+    if (!request.directory.isEmpty())
+        dialog->setDirectory(request.directory);
     if (request.mode == FileDialogRequest::Mode::Save) {
         dialog->setAcceptMode(QFileDialog::AcceptSave);
         dialog->setFileMode(QFileDialog::AnyFile);
@@ -71,9 +73,9 @@ void MessageBoxes::showError(QWidget* parent, const QString& message)
     }
     QMessageBox box(parent);
     box.setIcon(QMessageBox::Critical);
-    box.setText(QStringLiteral("Error:"));
+    box.setText(tr("Error:"));
     box.setInformativeText(message);
-    box.addButton(QStringLiteral("OK"), QMessageBox::AcceptRole);
+    box.addButton(tr("OK"), QMessageBox::AcceptRole);
     box.exec();
 }
 
@@ -115,8 +117,8 @@ ExistingOutputs MessageBoxes::askExistingOutputs(QWidget* parent, const QString&
     QMessageBox box(parent);
     box.setIcon(QMessageBox::Question);
     box.setText(text);
-    QPushButton* replace = box.addButton(QObject::tr("Replace"), QMessageBox::DestructiveRole);
-    QPushButton* skip = box.addButton(QObject::tr("Skip Existing"), QMessageBox::AcceptRole);
+    QPushButton* replace = box.addButton(tr("Replace"), QMessageBox::DestructiveRole);
+    QPushButton* skip = box.addButton(tr("Skip Existing"), QMessageBox::AcceptRole);
     QPushButton* cancel = box.addButton(QMessageBox::Cancel);
     box.setDefaultButton(skip);
     box.exec();

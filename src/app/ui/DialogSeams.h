@@ -2,6 +2,7 @@
 
 #include "batch/BatchDisplay.h"
 
+#include <QCoreApplication>
 #include <QString>
 #include <QStringList>
 
@@ -21,6 +22,7 @@ struct FileDialogRequest {
     QString message; // shown as the window title when no title is given
     QString nameFilter;
     QString defaultSuffix;
+    QString directory; // where the dialog opens
     bool canChooseFiles = true;
     bool canChooseDirectories = false;
     bool canCreateDirectories = false;
@@ -52,6 +54,7 @@ private:
 // Alerts. In recording mode (tests) an alert is not shown but kept, so a test
 // can read what the user would have seen.
 class MessageBoxes final {
+    Q_DECLARE_TR_FUNCTIONS(MessageBoxes)
 public:
     static MessageBoxes& instance();
 

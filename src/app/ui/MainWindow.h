@@ -37,8 +37,13 @@ public:
     // The identifier ("1" or "2") of the selected page of mainTabControl.
     QString selectedMainTabIdentifier() const;
 
-    // Puts the window and the splitter where they were last time.
+    // Puts the window and the splitter where they were last time, within
+    // the available area of its screen.
     void restoreLayout(const Preferences& prefs);
+    // Shrinks and moves the window into the available area of its screen.
+    void fitToScreen();
+    // Height kept free for a title bar before the frame is known.
+    static constexpr int kTitleBarAllowance = 32;
     // Asked before the window closes; false keeps it open.
     void setCloseGuard(std::function<bool()> guard) { m_closeGuard = std::move(guard); }
     // Where the layout is saved when the window closes.
@@ -57,6 +62,8 @@ protected:
 
 private:
     void mainTabDidSelectItem(int index);
+    // The title names the chain file and marks an edited chain.
+    void showChainDocument();
 
     std::unique_ptr<Ui::MainWindow> m_ui;
     ChainPanel* m_chainPanel = nullptr;

@@ -24,7 +24,7 @@ QString valuesText(const QStringList& names, const ParameterValues& values)
 
 } // namespace
 
-PlanPreview::PlanPreview(const RunPlan& plan, QWidget* parent)
+PlanPreview::PlanPreview(const RunPlan& plan, const QString& format, QWidget* parent)
     : QDialog(parent)
 {
     setObjectName(QStringLiteral("planPreviewSheet"));
@@ -53,8 +53,11 @@ PlanPreview::PlanPreview(const RunPlan& plan, QWidget* parent)
     }
     m_table->resizeColumnsToContents();
 
-    auto* summary
-        = new QLabel(tr("%1 tool runs, %2 outputs").arg(plan.toolRunCount()).arg(plan.outputCount()), this);
+    auto* summary = new QLabel(tr("%1 tool runs, %2 outputs. Output format: %3")
+                                   .arg(plan.toolRunCount())
+                                   .arg(plan.outputCount())
+                                   .arg(format),
+        this);
     summary->setObjectName(QStringLiteral("planPreviewSummary"));
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Close, this);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);

@@ -13,7 +13,7 @@ namespace quillon {
 class PlanPreview final : public QDialog {
     Q_OBJECT
 public:
-    PlanPreview(const RunPlan& plan, QWidget* parent);
+    PlanPreview(const RunPlan& plan, const QString& format, QWidget* parent);
 
     QTableWidget* table() const { return m_table; }
 

@@ -1,5 +1,6 @@
 #include "app/ui/ProgressSheet.h"
 
+#include "app/ui/DialogSeams.h"
 #include "app/ui/LatestThumbnail.h"
 
 #include <QLabel>
@@ -194,7 +195,13 @@ void ProgressSheet::animationTimerLoopWithTimer()
 
 void ProgressSheet::reject()
 {
-    // The sheet goes away only when the run ends; Escape means Abort.
+    // The sheet goes away only when the run ends; Escape means Abort, asked
+    // first once something has been rendered, so one stray key loses nothing.
+    if (m_imagesDone > 0
+        && !MessageBoxes::instance().confirm(this,
+            tr("%n image(s) of this run are rendered. Abort the run?", nullptr,
+                static_cast<int>(m_imagesDone))))
+        return;
     Q_EMIT abortRequested();
 }
 

@@ -84,8 +84,10 @@ QVariant ResultsModel::data(const QModelIndex& index, int role) const
     }
     case Qt::ToolTipRole: {
         const QString values = valuesText(item, QStringLiteral("\n"));
-        return QStringLiteral("%1 (%2)").arg(item.path, statusText(item.status))
-            + (values.isEmpty() ? QString() : QLatin1Char('\n') + values);
+        const QString head = item.reason.isEmpty()
+            ? QStringLiteral("%1 (%2)").arg(item.path, statusText(item.status))
+            : tr("%1 (%2: %3)").arg(item.path, statusText(item.status), item.reason);
+        return head + (values.isEmpty() ? QString() : QLatin1Char('\n') + values);
     }
     case ValuesRole:
         return valuesText(item, QStringLiteral("  "));

@@ -23,6 +23,7 @@ struct ResultItem {
     // ("Amount", or "2:Amount" in a chain of several filters).
     QVariantMap values {};
     QStringList valueNames {}; // the names of `values` in chain order
+    QString reason = {}; // why a missing output is missing, when known
 };
 
 // The final outputs of a run in plan order, one row each: the file's name

@@ -36,6 +36,12 @@ ResultsSheet::ResultsSheet(QWidget* parent)
     m_summary->setObjectName(QStringLiteral("resultsSummary"));
     m_summary->setTextInteractionFlags(Qt::TextSelectableByMouse);
     m_summary->setWordWrap(true);
+    m_details = new QLabel(this);
+    m_details->setObjectName(QStringLiteral("resultsDetails"));
+    m_details->setTextFormat(Qt::PlainText);
+    m_details->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    m_details->setWordWrap(true);
+    m_details->setAccessibleName(tr("Why outputs are missing"));
 
     // A static grid of equal cells: the view lays out thousands of rows from
     // one size and asks only the visible ones for their thumbnails.
@@ -108,14 +114,18 @@ ResultsSheet::ResultsSheet(QWidget* parent)
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(m_summary);
     layout->addLayout(sortRow);
+    layout->addWidget(m_details);
     layout->addWidget(m_view, 1);
     layout->addWidget(buttons);
     resize(760, 520);
 }
 
-void ResultsSheet::showResults(const QString& summary, const QString& folder, QList<ResultItem> items)
+void ResultsSheet::showResults(
+    const QString& summary, const QString& folder, QList<ResultItem> items, const QStringList& details)
 {
     m_summary->setText(summary);
+    m_details->setText(details.join(QLatin1Char('\n')));
+    m_details->setVisible(!details.isEmpty());
     m_folder = folder;
     m_openFolder->setEnabled(!folder.isEmpty());
     m_model->setItems(std::move(items));
@@ -171,10 +181,9 @@ void ResultsSheet::openItem(const QModelIndex& index)
 
 void ResultsSheet::openUrl(const QUrl& url)
 {
-    if (m_opener)
-        m_opener(url);
-    else
-        QDesktopServices::openUrl(url);
+    const bool opened = m_opener ? m_opener(url) : QDesktopServices::openUrl(url);
+    if (!opened && m_failure)
+        m_failure(tr("Nothing could open %1.").arg(url.toLocalFile()));
 }
 
 } // namespace quillon

@@ -38,7 +38,11 @@ public:
     void setPlanSource(std::function<std::shared_ptr<const RunPlan>()> source) { m_plan = std::move(source); }
     ResultsExports* exports() const { return m_exports; }
 
-    void showResults(const QString& summary, const QString& folder, QList<ResultItem> items);
+    // `details`: why outputs are missing, one line each.
+    void showResults(const QString& summary, const QString& folder, QList<ResultItem> items,
+        const QStringList& details = {});
+    // Where a failure to open an output or the folder is told.
+    void setFailureSink(std::function<void(const QString&)> sink) { m_failure = std::move(sink); }
 
     ResultsModel* model() const { return m_model; }
     QListView* view() const { return m_view; }
@@ -60,6 +64,8 @@ private:
     std::function<bool(const QUrl&)> m_opener;
     std::function<std::shared_ptr<const RunPlan>()> m_plan;
     QSpinBox* m_fps = nullptr;
+    std::function<void(const QString&)> m_failure;
+    QLabel* m_details = nullptr;
     ResultsModel* m_model = nullptr;
     QSortFilterProxyModel* m_sorted = nullptr;
     ResultsExports* m_exports = nullptr;

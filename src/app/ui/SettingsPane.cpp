@@ -2,12 +2,15 @@
 
 #include "app/Preferences.h"
 #include "app/ui/DialogSeams.h"
+#include "app/ui/FieldCorrection.h"
 #include "run/RunSettings.h"
 
 #include "ui_SettingsPane.h"
 
+#include <QDir>
 #include <QFileInfo>
 #include <QSignalBlocker>
+#include <QStyle>
 
 #include <algorithm>
 #include <limits>
@@ -16,7 +19,10 @@ namespace quillon {
 
 namespace {
 
-const QString kNotSet = QStringLiteral("not set");
+// The largest image side the size fields take.
+constexpr qint64 kMaxImageSide = 65535;
+// The most render tool processes at once.
+constexpr qint64 kMaxToolJobs = 1024;
 
 int toIntCode(qint64 value)
 {
@@ -50,6 +56,17 @@ void setStateOf(QCheckBox* box, qint64 state)
 qint64 integerOf(const QVariant& value)
 {
     return leadingInteger(value.toString()).value_or(0);
+}
+
+// Where a dialog for `path` opens: the path's folder, or the home folder.
+QString startDirectoryFor(const QString& path)
+{
+    const QFileInfo info(path);
+    if (!path.isEmpty() && info.isDir())
+        return info.absoluteFilePath();
+    if (!path.isEmpty() && info.absoluteDir().exists())
+        return info.absolutePath();
+    return QDir::homePath();
 }
 
 } // namespace
@@ -119,14 +136,32 @@ SettingsPane::SettingsPane(QWidget* parent)
     for (const PathBinding& binding : std::as_const(m_paths)) {
         connect(binding.field, &QLineEdit::editingFinished, this, [this, binding] {
             const QString typed = binding.field->text().trimmed();
-            if (typed != *binding.value && typed != kNotSet)
+            if (typed != *binding.value)
                 choosePath(binding, typed);
         });
     }
     for (const SwitchBinding& binding : std::as_const(m_switches))
         connect(binding.box, &QCheckBox::clicked, this, [this, binding] { switchClick(binding); });
-    for (const auto& text : std::as_const(m_texts))
-        connect(text.first, &QLineEdit::editingFinished, this, [this] { settingsSaverWithSender(); });
+    // Whole-number fields show the number the run takes, corrected on leaving.
+    const auto stored
+        = [this](const QString& key) { return [this, key] { return integerOf(prefs().value(key)); }; };
+    const auto fixed = [](qint64 value) { return [value] { return value; }; };
+    m_integerRules = { { s.imageWidthField, { 1, fixed(kMaxImageSide), stored(pref::SET_WIDTH) } },
+        { s.imageHeightField, { 1, fixed(kMaxImageSide), stored(pref::SET_HEIGHT) } },
+        { s.numberOfFramesField, { 1, [this] { return m_frameMaxValue; }, stored(pref::NUM_FRAMES) } },
+        { s.toolJobsField, { 1, fixed(kMaxToolJobs), stored(pref::TOOL_JOBS) } } };
+    for (const auto& [field, rule] : std::as_const(m_integerRules))
+        acceptDigitsOnly(field);
+    acceptDigitsOnly(s.f_jpgQualityField);
+    for (const auto& text : std::as_const(m_texts)) {
+        connect(text.first, &QLineEdit::editingFinished, this, [this, field = text.first] {
+            for (const auto& [ruled, rule] : std::as_const(m_integerRules)) {
+                if (ruled == field)
+                    correctIntegerField(field, rule);
+            }
+            settingsSaverWithSender();
+        });
+    }
     for (const RadioBinding& binding : std::as_const(m_radios)) {
         for (QRadioButton* radio : binding.group)
             connect(
@@ -203,6 +238,7 @@ void SettingsPane::restore()
         s.f_jpgQualitySlider->setValue(toIntCode(integerOf(p.value(pref::JPEG_QUALITY))));
     }
     s.f_jpgQualityField->setText(QString::number(s.f_jpgQualitySlider->value()));
+    showChosenFormat();
     p.sync();
 }
 
@@ -245,6 +281,7 @@ void SettingsPane::locate(const PathBinding& binding, const QString& prompt, con
     request.canCreateDirectories = create;
     request.prompt = prompt;
     request.message = message;
+    request.directory = startDirectoryFor(*binding.value);
     FileDialogs::instance().open(
         window(), request, [this, binding](const QString& path) { choosePath(binding, path); });
     prefs().sync();
@@ -252,38 +289,38 @@ void SettingsPane::locate(const PathBinding& binding, const QString& prompt, con
 
 void SettingsPane::locateRenderToolWithSender(QObject* /*sender*/)
 {
-    locate(m_paths[0], QStringLiteral("Locate it"),
-        QStringLiteral("Quillon needs you to locate to FilterForge Batch tool"), true, false, false);
+    locate(m_paths[0], tr("Locate it"), tr("Quillon needs you to locate to FilterForge Batch tool"), true,
+        false, false);
 }
 
 void SettingsPane::locateFilterDirectoryWithSender(QObject* /*sender*/)
 {
-    locate(m_paths[1], QStringLiteral("Locate it"),
-        QStringLiteral("Quillon needs you to locate the Filters directory"), false, true, false);
+    locate(m_paths[1], tr("Locate it"), tr("Quillon needs you to locate the Filters directory"), false, true,
+        false);
 }
 
 void SettingsPane::locateCreateOutputDirectoryWithSender(QObject* /*sender*/)
 {
-    locate(m_paths[2], QStringLiteral("This one"),
-        QStringLiteral("Quillon needs you to locate or create the output directory"), false, true, true);
+    locate(m_paths[2], tr("This one"), tr("Quillon needs you to locate or create the output directory"),
+        false, true, true);
 }
 
 void SettingsPane::locateImagePathWithSender(QObject* /*sender*/)
 {
     switch (static_cast<InputMode>(m_ui->sourceTypePopup->currentIndex())) {
     case InputMode::File:
-        locate(m_paths[3], QStringLiteral("This one"),
-            QStringLiteral("Quillon needs you to locate an input image"), true, false, false);
+        locate(
+            m_paths[3], tr("This one"), tr("Quillon needs you to locate an input image"), true, false, false);
         break;
     case InputMode::Directory:
-        locate(m_paths[3], QStringLiteral("This one"),
-            QStringLiteral("Quillon needs you to locate an input directory"), false, true, false);
+        locate(m_paths[3], tr("This one"), tr("Quillon needs you to locate an input directory"), false, true,
+            false);
         break;
     default: {
         // No message, and the dialog's own choices.
         const FileDialogRequest defaults;
-        locate(m_paths[3], QStringLiteral("This one"), QString(), defaults.canChooseFiles,
-            defaults.canChooseDirectories, false);
+        locate(m_paths[3], tr("This one"), QString(), defaults.canChooseFiles, defaults.canChooseDirectories,
+            false);
         break;
     }
     }
@@ -292,7 +329,8 @@ void SettingsPane::locateImagePathWithSender(QObject* /*sender*/)
 void SettingsPane::clearImagePathWithSender(QObject* /*sender*/)
 {
     m_sourcePath.clear();
-    m_ui->sourcePathField->setText(QString());
+    m_ui->sourcePathField->clear();
+    m_ui->sourcePathField->setPlaceholderText(QString());
 }
 
 void SettingsPane::selectSourceMode(int mode)
@@ -327,8 +365,10 @@ void SettingsPane::changeSourceModeWithSender(QObject* /*sender*/)
     else if (mode == InputMode::Directory)
         prefs().set(pref::INPUT_MODE, QStringLiteral("DIR"));
 
+    // "not set" is shown, never held as text a path could be typed onto.
     m_sourcePath.clear();
-    s.sourcePathField->setText(kNotSet);
+    s.sourcePathField->clear();
+    s.sourcePathField->setPlaceholderText(tr("not set"));
     prefs().sync();
 }
 
@@ -400,6 +440,17 @@ QString SettingsPane::selectedFormatIdentifier() const
 void SettingsPane::formatTabDidSelectItem(int /*index*/)
 {
     prefs().set(pref::EXPORT_FORMAT, selectedFormatIdentifier());
+    showChosenFormat();
+}
+
+void SettingsPane::showChosenFormat()
+{
+    // The selected tab is the format written: it carries a check mark.
+    QTabWidget* tabs = m_ui->formatTabControl;
+    const QIcon chosen = style()->standardIcon(QStyle::SP_DialogApplyButton);
+    for (int i = 0; i < tabs->count(); ++i)
+        tabs->setTabIcon(i, i == tabs->currentIndex() ? chosen : QIcon());
+    Q_EMIT formatChanged(selectedFormatIdentifier());
 }
 
 // ---- The run ----

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "app/ui/FieldCorrection.h"
+
 #include <QList>
 #include <QString>
 #include <QWidget>
@@ -72,6 +74,8 @@ public Q_SLOTS:
 Q_SIGNALS:
     // A new Filters directory was chosen or typed: the library is read again.
     void filterPathChanged(const QString& path);
+    // The output format of a run is now this one (the selected tab's identifier).
+    void formatChanged(const QString& identifier);
 
 private:
     // A path control: its field, the controller's copy and its key.
@@ -101,6 +105,7 @@ private:
     void radioClick(QRadioButton* clicked, const RadioBinding& binding);
     void switchClick(const SwitchBinding& binding);
     QString selectedFormatIdentifier() const;
+    void showChosenFormat();
 
     std::unique_ptr<Ui::SettingsPane> m_ui;
     std::function<Preferences&()> m_prefs;
@@ -118,6 +123,7 @@ private:
     QList<RadioBinding> m_radios;
     QList<SwitchBinding> m_switches;
     QList<std::pair<QLineEdit*, QString>> m_texts;
+    QList<std::pair<QLineEdit*, IntegerFieldRule>> m_integerRules;
 };
 
 } // namespace quillon

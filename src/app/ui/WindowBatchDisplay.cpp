@@ -81,20 +81,26 @@ QString WindowBatchDisplay::tailForDisplay(const QString& info)
 void WindowBatchDisplay::runFinished(bool aborted)
 {
     m_sheet->finishRun();
+    const Results results = m_results ? m_results() : Results {};
     if (m_showStatus) {
-        QString status = aborted ? QStringLiteral("Run aborted.") : QStringLiteral("Run finished.");
+        QString status = aborted ? tr("Run aborted.") : tr("Run finished.");
         if (aborted && !m_reportedAfterClose.isEmpty())
             status += QLatin1Char(' ') + m_reportedAfterClose.left(kShownCharacters);
+        // The counts, and the first reason where something is missing.
+        if (!results.summary.isEmpty())
+            status += QLatin1Char(' ') + results.summary;
+        if (!results.details.isEmpty())
+            status += tr(" — %1").arg(results.details.first().left(kShownCharacters));
         m_showStatus(status);
     }
     if (m_results && m_showResults)
-        m_showResults(m_results());
+        m_showResults(results);
 }
 
 ExistingOutputs WindowBatchDisplay::askExistingOutputs(const QStringList& paths)
 {
     return MessageBoxes::instance().askExistingOutputs(m_sheet->parentWidget(),
-        QStringLiteral("%1 of the planned outputs exist already (%2). Replace them, or skip their tasks?")
+        tr("%1 of the planned outputs exist already (%2). Replace them, or skip their tasks?")
             .arg(paths.size())
             .arg(nameSome(paths)));
 }
@@ -102,7 +108,7 @@ ExistingOutputs WindowBatchDisplay::askExistingOutputs(const QStringList& paths)
 bool WindowBatchDisplay::confirmWarning(const QString& message)
 {
     return MessageBoxes::instance().confirm(
-        m_sheet->parentWidget(), message + QStringLiteral(" Start anyway?"));
+        m_sheet->parentWidget(), message + QLatin1Char(' ') + tr("Start anyway?"));
 }
 
 void WindowBatchDisplay::showImageProgress(

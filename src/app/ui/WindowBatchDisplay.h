@@ -3,6 +3,8 @@
 #include "app/ui/ResultsModel.h"
 #include "batch/BatchDisplay.h"
 
+#include <QCoreApplication>
+
 #include <functional>
 
 namespace quillon {
@@ -15,6 +17,7 @@ class ProgressSheet;
 // reports while it winds down (a tool that had to be killed) is kept for the
 // status line.
 class WindowBatchDisplay final : public BatchDisplay {
+    Q_DECLARE_TR_FUNCTIONS(WindowBatchDisplay)
 public:
     WindowBatchDisplay(ProgressSheet* sheet, std::function<void(const QString&)> showAlert,
         std::function<void(const QString&)> showStatus = {});
@@ -36,12 +39,13 @@ public:
         qint64 done, qint64 total, qint64 elapsedMs, qint64 leftMs, const QString& latest) override;
 
     // What the run made, for the results shown when it ends: the closing
-    // count, the output folder and every final output in plan order with
-    // its status.
+    // count, the output folder, every final output in plan order with its
+    // status, and the lines saying why outputs are missing or tool runs failed.
     struct Results {
         QString summary;
         QString folder;
         QList<ResultItem> outputs;
+        QStringList details;
     };
     void setResultsSource(std::function<Results()> source) { m_results = std::move(source); }
     // Where the results go when a run ends (the window's results sheet).

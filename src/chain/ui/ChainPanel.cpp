@@ -3,6 +3,7 @@
 #include "app/ui/DialogSeams.h"
 #include "chain/ChainFile.h"
 #include "chain/ui/ChainListModel.h"
+#include "chain/ui/PresetTitles.h"
 #include "library/DefinitionReader.h"
 #include "library/FilterScan.h"
 #include "run/RunSettings.h"
@@ -15,7 +16,9 @@
 #include <QFileInfo>
 #include <QHBoxLayout>
 #include <QHeaderView>
+#include <QKeySequence>
 #include <QLabel>
+#include <QShortcut>
 #include <QSignalBlocker>
 #include <QSortFilterProxyModel>
 #include <QUrl>
@@ -27,8 +30,8 @@ namespace quillon {
 
 namespace {
 
-const QString kNoFiltersHint
-    = QStringLiteral("Choose the Filters directory on the Settings page to add filters.");
+const char* const kNoFiltersHint = QT_TRANSLATE_NOOP(
+    "quillon::ChainPanel", "Choose the Filters directory on the Settings page to add filters.");
 
 } // namespace
 
@@ -36,10 +39,12 @@ ChainPanel::ChainPanel(QWidget* parent)
     : QWidget(parent)
     , m_ui(std::make_unique<Ui::ChainPanel>())
     , m_sheetUi(std::make_unique<Ui::AddFilterSheet>())
+    , m_presetTitles(std::make_unique<PresetTitles>())
     , m_chainModel(new ChainListModel(this))
     , m_libraryModel(new LibraryListModel(this))
     , m_librarySearch(new QSortFilterProxyModel(this))
     , m_fetcher(new FilterFetcher(this))
+    , m_document(new ChainDocument(this))
 {
     m_ui->setupUi(this);
     m_ui->filterList->setModel(m_chainModel);
@@ -66,10 +71,16 @@ ChainPanel::ChainPanel(QWidget* parent)
     m_presetRow = new QWidget(this);
     auto* presetLayout = new QHBoxLayout(m_presetRow);
     presetLayout->setContentsMargins(0, 0, 0, 0);
+    m_shownFilterLabel = new QLabel(m_presetRow);
+    m_shownFilterLabel->setObjectName(QStringLiteral("parameterFilterLabel"));
+    m_shownFilterLabel->setTextFormat(Qt::PlainText);
     m_presetPopup = new QComboBox(m_presetRow);
     m_presetPopup->setObjectName(QStringLiteral("filterPresetPopup"));
+    m_presetPopup->setAccessibleName(tr("Preset"));
     auto* presetLabel = new QLabel(tr("&Preset:"), m_presetRow);
     presetLabel->setBuddy(m_presetPopup);
+    presetLayout->addWidget(m_shownFilterLabel);
+    presetLayout->addSpacing(12);
     presetLayout->addWidget(presetLabel);
     presetLayout->addWidget(m_presetPopup);
     presetLayout->addStretch(1);
@@ -86,6 +97,19 @@ ChainPanel::ChainPanel(QWidget* parent)
     connect(ui.t_activateMaps, &QCheckBox::clicked, this, [this] { toggleUseMapsWithSender(); });
     connect(ui.filterList->selectionModel(), &QItemSelectionModel::selectionChanged, this,
         &ChainPanel::filterListClick);
+    // Keys of the chain list: Delete removes, Ctrl+Up and Ctrl+Down move.
+    const auto listKey = [this](QKeySequence keys, void (ChainPanel::*command)(QObject*)) {
+        auto* shortcut = new QShortcut(keys, m_ui->filterList, nullptr, nullptr, Qt::WidgetShortcut);
+        connect(shortcut, &QShortcut::activated, this, [this, command] { (this->*command)(nullptr); });
+    };
+    listKey(QKeySequence::Delete, &ChainPanel::removeFilterFromListWithSender);
+    listKey(QKeySequence(Qt::CTRL | Qt::Key_Up), &ChainPanel::moveFilterUpInListWithSender);
+    listKey(QKeySequence(Qt::CTRL | Qt::Key_Down), &ChainPanel::moveFilterDownInListWithSender);
+    ui.removeFilterButton->setToolTip(tr("Remove the selected filter (Delete)"));
+    ui.moveFilterUpButton->setToolTip(tr("Move the selected filter up (Ctrl+Up)"));
+    ui.moveFilterDownButton->setToolTip(tr("Move the selected filter down (Ctrl+Down)"));
+    connect(m_chainModel, &ChainListModel::chainChanged, this, &ChainPanel::markChainEdited);
+    connect(m_document, &ChainDocument::changed, this, &ChainPanel::documentChanged);
 
     connect(m_sheetUi->addBaseFiltersButton, &QPushButton::clicked, this,
         [this] { addFilterToListWithSender(); });
@@ -110,12 +134,12 @@ ChainPanel::ChainPanel(QWidget* parent)
 
     // Until the first scan has delivered a library there is nothing to add;
     // without a Filters directory a line under the buttons says why.
-    m_addHint = new QLabel(kNoFiltersHint, this);
+    m_addHint = new QLabel(tr(kNoFiltersHint), this);
     m_addHint->setObjectName(QStringLiteral("addFilterHint"));
     m_addHint->setWordWrap(true);
     ui.chainLayout->insertWidget(ui.chainLayout->indexOf(ui.loadingSpinner), m_addHint);
     ui.addFilterButton->setEnabled(false);
-    ui.addFilterButton->setToolTip(kNoFiltersHint);
+    ui.addFilterButton->setToolTip(tr(kNoFiltersHint));
     ui.loadingSpinner->hide();
     ui.t_mapsBox->hide();
     filterListClick();
@@ -181,7 +205,7 @@ void ChainPanel::launchFilterFetcher(const QString& filterPath)
 {
     m_hasFiltersDirectory = !filterPath.isEmpty();
     m_ui->addFilterButton->setEnabled(false);
-    m_ui->addFilterButton->setToolTip(m_hasFiltersDirectory ? QString() : kNoFiltersHint);
+    m_ui->addFilterButton->setToolTip(m_hasFiltersDirectory ? QString() : tr(kNoFiltersHint));
     m_addHint->setVisible(!m_hasFiltersDirectory);
     if (!m_hasFiltersDirectory)
         return;
@@ -221,6 +245,7 @@ void ChainPanel::filterListClick()
         // that may be gone.
         Q_EMIT parametersChanged(nullptr);
         m_presetPopup->clear();
+        m_shownFilterLabel->setText(tr("No filter selected: select one in the chain."));
         return;
     }
     if (!m_parameterPageShown)
@@ -228,12 +253,14 @@ void ChainPanel::filterListClick()
 
     const RecordPtr& record = chain()[static_cast<size_t>(r)];
     Q_EMIT parametersChanged(record->list(key::Components));
+    m_shownFilterLabel->setText(
+        tr("Parameters of %1 (position %2)").arg(record->string(key::name)).arg(r + 1));
 
     const QSignalBlocker blocker(m_presetPopup);
     m_presetPopup->clear();
-    const qint64 count = std::max<qint64>(0, presetCount(*record));
-    for (qint64 i = 0; i < count; ++i)
-        m_presetPopup->addItem(tr("Preset %1").arg(i));
+    const QStringList titles = m_presetTitles->titlesFor(*record);
+    const qint64 count = titles.size();
+    m_presetPopup->addItems(titles);
     const qint64 chosen = record->integer(key::ChoosenPreset);
     // A choice beyond the presets (an edited chain file) falls back to the first.
     m_presetPopup->setCurrentIndex(count == 0 ? -1 : (chosen >= 0 && chosen < count ? int(chosen) : 0));
@@ -281,9 +308,9 @@ void ChainPanel::addFilterToListWithSender(QObject* /*sender*/)
         if (!loadXMLInfoWithFilterdata(record)) {
             const QString path = record->string(key::path);
             const QString why = definitionProblem(path);
-            unreadable.append(QStringLiteral("%1 (%2: %3)")
-                                  .arg(record->string(key::name), path,
-                                      why.isEmpty() ? QStringLiteral("it cannot be read") : why));
+            unreadable.append(
+                QStringLiteral("%1 (%2: %3)")
+                    .arg(record->string(key::name), path, why.isEmpty() ? tr("it cannot be read") : why));
             continue;
         }
         added.push_back(record);
@@ -375,6 +402,8 @@ void ChainPanel::toggleUseMapsWithSender(QObject* /*sender*/)
 
 void ChainPanel::openChainFile(const QString& path)
 {
+    if (!mayReplaceChain())
+        return;
     // A name given on the command line is relative to the working directory.
     openFilterChainWithUrl(QUrl::fromLocalFile(QFileInfo(path).absoluteFilePath()));
 }
@@ -383,25 +412,33 @@ void ChainPanel::saveFilterChainWithSender(QObject* /*sender*/)
 {
     FileDialogRequest request;
     request.mode = FileDialogRequest::Mode::Save;
-    request.title = QStringLiteral("Save filter chain");
-    request.prompt = QStringLiteral("Save");
-    request.nameFilter = QStringLiteral("Quillon chain (*.qlch)");
+    request.title = tr("Save filter chain");
+    request.prompt = tr("Save");
+    request.nameFilter = tr("Quillon chain (*.qlch)");
     request.defaultSuffix = QStringLiteral("qlch");
     request.canCreateDirectories = true;
-    // The result goes to standard output only; the user is not told either way.
-    FileDialogs::instance().open(
-        window(), request, [this](const QString& path) { saveChainAndReport(path, chain()); });
+    request.directory = m_document->dialogDirectory();
+    FileDialogs::instance().open(window(), request, [this](const QString& path) {
+        QString error;
+        if (saveChainAndReport(path, chain(), &error))
+            setChainDocument(path);
+        else
+            showError(tr("The chain could not be saved to %1: %2").arg(path, error));
+    });
 }
 
 void ChainPanel::loadFilterChainWithSender(QObject* /*sender*/)
 {
+    if (!mayReplaceChain())
+        return;
     FileDialogRequest request;
     request.mode = FileDialogRequest::Mode::Open;
-    request.prompt = QStringLiteral("Select Chain");
-    request.message = QStringLiteral("Quillon needs you to locate a saved filter chain");
-    request.nameFilter = QStringLiteral("Quillon chain (*.qlch)");
+    request.prompt = tr("Select Chain");
+    request.message = tr("Quillon needs you to locate a saved filter chain");
+    request.nameFilter = tr("Quillon chain (*.qlch)");
     request.defaultSuffix = QStringLiteral("qlch");
     request.canChooseFiles = true;
+    request.directory = m_document->dialogDirectory();
     FileDialogs::instance().open(window(), request,
         [this](const QString& path) { openFilterChainWithUrl(QUrl::fromLocalFile(path)); });
 }
@@ -424,6 +461,26 @@ void ChainPanel::openFilterChainWithUrl(const QUrl& url)
     }
     // Even a partial read replaces the whole chain.
     showChain(std::move(result.chain));
+    setChainDocument(url.toLocalFile());
+}
+
+// ---- The chain as a document ----
+
+void ChainPanel::setChainDocument(const QString& path)
+{
+    m_document->setFile(path);
+}
+
+void ChainPanel::markChainEdited()
+{
+    m_document->markEdited();
+}
+
+bool ChainPanel::mayReplaceChain()
+{
+    return !m_document->isEdited() || chain().empty()
+        || MessageBoxes::instance().confirm(
+            window(), tr("The chain has changes that are not saved in a chain file. Replace it anyway?"));
 }
 
 void ChainPanel::showChain(RecordList chain)

@@ -1,7 +1,9 @@
 #pragma once
 
+#include "chain/ui/ChainDocument.h"
 #include "library/Record.h"
 
+#include <QStringList>
 #include <QWidget>
 
 #include <memory>
@@ -23,6 +25,7 @@ namespace quillon {
 class ChainListModel;
 class FilterFetcher;
 class LibraryListModel;
+class PresetTitles;
 struct RunSettings;
 
 // The chain side of the window: the chain list (`filterList`) with Add,
@@ -53,8 +56,17 @@ public:
     // The preset index, maps switch and map boxes of the run.
     void fillRunSettings(RunSettings& settings) const;
 
-    // Opens a chain file given by name (command line, a dropped file).
+    // Opens a chain file given by name (command line, a dropped file); an
+    // edited chain is replaced only when the user agrees.
     void openChainFile(const QString& path);
+    // The chain file the chain was last opened from or saved to (empty for
+    // none) and whether it was edited since.
+    const QString& chainFile() const { return m_document->file(); }
+    bool isChainEdited() const { return m_document->isEdited(); }
+    // The chain now matches `path` (empty: no file), unedited.
+    void setChainDocument(const QString& path);
+    // True when the chain may be replaced: unedited, empty, or the user agrees.
+    bool mayReplaceChain();
     // Shows another chain with nothing selected.
     void showChain(RecordList chain);
     // Puts new records in place of the chain's (the same filters with other
@@ -62,6 +74,8 @@ public:
     void replaceChainRecords(RecordList chain);
 
 public Q_SLOTS:
+    // A change of the chain or of a parameter of it.
+    void markChainEdited();
     // Library scan: reads `filterPath` in the background; an empty path means
     // no Filters directory, and Add stays off with a hint.
     void launchFilterFetcher(const QString& filterPath);
@@ -85,6 +99,8 @@ public Q_SLOTS:
 Q_SIGNALS:
     // The parameter rows to show (null: none).
     void parametersChanged(quillon::RecordListPtr params);
+    // The chain file or its edited state changed.
+    void documentChanged();
 
 private:
     void selectChainRow(int row);
@@ -95,10 +111,12 @@ private:
 
     std::unique_ptr<Ui::ChainPanel> m_ui;
     std::unique_ptr<Ui::AddFilterSheet> m_sheetUi;
+    std::unique_ptr<PresetTitles> m_presetTitles;
     QDialog* m_addFilterSheet = nullptr;
     QWidget* m_presetRow = nullptr;
     QComboBox* m_presetPopup = nullptr;
     QLabel* m_addHint = nullptr;
+    QLabel* m_shownFilterLabel = nullptr;
     ChainListModel* m_chainModel = nullptr;
     LibraryListModel* m_libraryModel = nullptr;
     QSortFilterProxyModel* m_librarySearch = nullptr;
@@ -106,6 +124,7 @@ private:
     int m_scans = 0;
     bool m_hasFiltersDirectory = false;
     bool m_parameterPageShown = false;
+    ChainDocument* m_document = nullptr;
 };
 
 } // namespace quillon

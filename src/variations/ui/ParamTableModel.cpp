@@ -1,5 +1,7 @@
 #include "variations/ui/ParamTableModel.h"
 
+#include <QCoreApplication>
+
 #include <cmath>
 #include <cstdio>
 
@@ -47,11 +49,11 @@ QString paramTypeText(const Record& param)
         return {};
     QString prefix;
     if (param.integer(key::POPSTATE) == 0)
-        prefix = QStringLiteral("[Random] ");
+        prefix = QCoreApplication::translate("quillon::ParamTableModel", "[Random] ");
     else if (*kind == controlType::kTypeCheckbox)
-        prefix = QStringLiteral("[Toggle] ");
+        prefix = QCoreApplication::translate("quillon::ParamTableModel", "[Toggle] ");
     else
-        prefix = QStringLiteral("[Sweep] ");
+        prefix = QCoreApplication::translate("quillon::ParamTableModel", "[Sweep] ");
     const auto bound = [&](const QString& key) {
         return isRealKind(*kind) ? rangeRealText(param.real(key)) : QString::number(param.integer(key));
     };
@@ -129,6 +131,11 @@ QVariant ParamTableModel::data(const QModelIndex& index, int role) const
     if (!index.isValid() || !checkIndex(index, CheckIndexOption::IndexIsValid))
         return {};
     if (index.column() == filterParamActiveColumn) {
+        // A screen reader names each box after its parameter.
+        if (role == Qt::AccessibleTextRole || role == Qt::ToolTipRole) {
+            return tr("Active: %1")
+                .arg(objectValueForTableColumn(filterParamNameColumn, index.row()).toString().trimmed());
+        }
         if (role != Qt::CheckStateRole)
             return {};
         return objectValueForTableColumn(index.column(), index.row()).toLongLong() == 1 ? Qt::Checked

@@ -7,6 +7,8 @@
 #include <QGridLayout>
 #include <QLabel>
 #include <QLineEdit>
+#include <QRegularExpression>
+#include <QRegularExpressionValidator>
 #include <QSignalBlocker>
 #include <QSlider>
 
@@ -50,8 +52,14 @@ RangeEditor::RangeEditor(const QString& namePrefix, const QString& sweepTitle, S
     m_toSlider->setAccessibleName(tr("To"));
     m_fromField->setAccessibleName(tr("From value"));
     m_toField->setAccessibleName(tr("To value"));
-    for (QLineEdit* field : { m_fromField, m_toField })
+    // Only a number can be typed: whole for integers, decimal or with an
+    // exponent for reals, as the fields show them.
+    static const QRegularExpression integer(QStringLiteral("[-+]?[0-9]{0,10}"));
+    static const QRegularExpression real(QStringLiteral("[-+]?[0-9]*[.]?[0-9]*([eE][-+]?[0-9]{0,3})?"));
+    for (QLineEdit* field : { m_fromField, m_toField }) {
         field->setMaximumWidth(110);
+        field->setValidator(new QRegularExpressionValidator(scale == Scale::Real ? real : integer, field));
+    }
 
     auto* layout = new QGridLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
@@ -151,6 +159,8 @@ void RangeEditor::fieldEdited(QLineEdit* field, QSlider* slider)
         const QSignalBlocker blocker(slider);
         slider->setValue(toSlider(value));
     }
+    // The field shows what the slider took, which is what is stored.
+    field->setText(fieldText(fromSlider(slider)));
     Q_EMIT edited();
 }
 

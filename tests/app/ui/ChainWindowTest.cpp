@@ -185,7 +185,7 @@ TEST_F(ChainWindowTest, PresetPopupAndParametersFillOnTheParametersPageOnly)
     tabs->setCurrentIndex(1);
     EXPECT_EQ(widget<QTableView>("filterParamList")->model()->rowCount(), 3);
     ASSERT_EQ(presets->count(), 2);
-    EXPECT_EQ(presets->itemText(1), "Preset 1");
+    EXPECT_EQ(presets->itemText(1), "Preset 1 — Strong") << "the definition's name beside the number";
     EXPECT_EQ(presets->currentIndex(), 0);
 
     // The stored preset shows when the chain selection is refreshed; one out

@@ -1,5 +1,6 @@
 // The progress and results sheets on their own, fed as a run feeds them.
 
+#include "app/ui/DialogSeams.h"
 #include "app/ui/ProgressSheet.h"
 #include "app/ui/ResultsSheet.h"
 #include "app/ui/WindowBatchDisplay.h"
@@ -88,6 +89,18 @@ TEST_F(ProgressSheetWindowTest, AbortButtonAndEscapeBothAskForAnAbort)
     m_sheet->findChild<QPushButton*>(QStringLiteral("abortButton"))->click();
     m_sheet->reject();
     EXPECT_EQ(aborts.count(), 2);
+    // Once images are rendered, Escape asks first; No keeps the run going.
+    MessageBoxes& boxes = MessageBoxes::instance();
+    boxes.setRecording(true);
+    boxes.clearShownMessages();
+    m_sheet->showImageProgress(2, 6, 1000);
+    m_sheet->reject();
+    EXPECT_EQ(aborts.count(), 2);
+    boxes.setNextAnswer(true);
+    m_sheet->reject();
+    EXPECT_EQ(aborts.count(), 3);
+    EXPECT_EQ(boxes.shownMessages().size(), 2);
+    boxes.setRecording(false);
     // Only the run's end closes the sheet.
     EXPECT_TRUE(m_sheet->isVisible());
     m_sheet->endRun();

@@ -11,6 +11,7 @@
 #include "batch/BatchController.h"
 
 #include <QAction>
+#include <QLabel>
 #include <QListView>
 #include <QSignalSpy>
 #include <QTableWidget>
@@ -70,7 +71,8 @@ TEST_F(WindowRunTest, AFullRunDeletesItsInterimFilesAndShowsEveryOutputInTheResu
     ASSERT_TRUE(waitFor([&] { return finished.count() == 1; }));
     EXPECT_FALSE(sheet()->isVisible());
     EXPECT_EQ(sheet()->toolRunsStarted(), 4);
-    EXPECT_EQ(status(), QStringLiteral("Run finished."));
+    EXPECT_TRUE(status().startsWith(QStringLiteral("Run finished. 3 written, 0 missing, 0 not run")))
+        << status().toStdString();
     // Only the last step's images stay; the first step's were its inputs, and
     // no task file is left.
     EXPECT_EQ(batchDirectoryNames(outputDir()),
@@ -95,6 +97,27 @@ TEST_F(WindowRunTest, AFullRunDeletesItsInterimFilesAndShowsEveryOutputInTheResu
     EXPECT_EQ(m_openedUrls,
         QList<QUrl>({ QUrl::fromLocalFile(view->model()->index(1, 0).data(ResultsModel::PathRole).toString()),
             QUrl::fromLocalFile(outputDir()) }));
+}
+
+TEST_F(WindowRunTest, MissingOutputsAndFailedOpeningsSayWhyWhereTheUserLooks)
+{
+    BatchEnvGuard crash("QUILLON_STANDIN_CRASH", "1");
+    prepareRun(1, QStringLiteral("2"), QStringLiteral("bad"));
+    QSignalSpy finished(delegate().batchController(), &BatchController::runFinished);
+    click("startButton");
+    ASSERT_TRUE(waitFor([&] { return finished.count() == 1; }));
+    EXPECT_TRUE(status().contains(QStringLiteral("0 written, 2 missing"))) << status().toStdString();
+    EXPECT_TRUE(status().contains(QStringLiteral("signal"))) << status().toStdString();
+
+    ResultsSheet* results = delegate().resultsSheet();
+    const QString details = results->findChild<QLabel*>(QStringLiteral("resultsDetails"))->text();
+    EXPECT_EQ(details.count(QStringLiteral("missing ")), 2) << details.toStdString();
+    EXPECT_TRUE(
+        results->model()->index(1).data(Qt::ToolTipRole).toString().contains(QStringLiteral("signal")));
+
+    delegate().setUrlOpener([](const QUrl&) { return false; });
+    results->findChild<QPushButton*>(QStringLiteral("openOutputFolderButton"))->click();
+    EXPECT_EQ(status(), QStringLiteral("Nothing could open %1.").arg(outputDir()));
 }
 
 TEST_F(WindowRunTest, TheAnimationSwingsUntilQuittingAsksFirstAndAbortsTheRun)
@@ -130,6 +153,10 @@ TEST_F(WindowRunTest, ImagesAreCountedAndThePlanChecksAskOrRefuse)
     ASSERT_NE(preview, nullptr);
     EXPECT_EQ(preview->rowCount(), 3);
     EXPECT_EQ(preview->item(2, 0)->text(), QStringLiteral("NX_win-3.png"));
+    EXPECT_TRUE(preview->window()
+                    ->findChild<QLabel*>(QStringLiteral("planPreviewSummary"))
+                    ->text()
+                    .endsWith(QStringLiteral("Output format: PNG")));
     preview->window()->close();
     EXPECT_TRUE(QDir(outputDir()).isEmpty());
 

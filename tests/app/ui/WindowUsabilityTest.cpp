@@ -121,14 +121,18 @@ TEST_F(WindowUsabilityTest, TheWindowFitsA1280By720ScreenAndKeepsItsLayoutAndCha
     // A title bar and a panel take some 60 pixels of the 720.
     EXPECT_LE(window->minimumSizeHint().width(), 1280);
     EXPECT_LE(window->minimumSizeHint().height(), 660);
-    window->resize(1000, 600);
-    widget<QSplitter>("mainSplitter")->setSizes({ 250, 700 });
+    window->resize(700, 500);
+    widget<QSplitter>("mainSplitter")->setSizes({ 250, 450 });
     const QList<int> sizes = widget<QSplitter>("mainSplitter")->sizes();
+    // The chain is edited and in no file: quitting asks first.
+    EXPECT_FALSE(window->close());
+    MessageBoxes::instance().setNextAnswer(true);
     ASSERT_TRUE(window->close());
+    EXPECT_TRUE(alerts().last().contains(QStringLiteral("not saved"))) << alerts().last().toStdString();
 
     relaunch();
     delegate().window()->show();
-    EXPECT_EQ(delegate().window()->size(), QSize(1000, 600));
+    EXPECT_EQ(delegate().window()->size(), QSize(700, 500));
     EXPECT_EQ(widget<QSplitter>("mainSplitter")->sizes(), sizes);
     EXPECT_EQ(chainNames(), QStringList { QStringLiteral("Rust") });
 }

@@ -118,11 +118,14 @@ TEST_F(ParameterEditorTest, IntegerSlidersMirrorAndBoundEachOther)
     to->setValue(60);
     EXPECT_EQ(state(), QStringLiteral("1<=40<=60 40 40<=60<=255 60 40 [Random] 40 - 60"));
 
-    // A field moves its slider (which clamps) and stores, without bounding.
+    // A field moves its slider (which clamps), shows what the slider took
+    // and stores, without bounding.
     typeInto("fpIntSliderFromField", QStringLiteral("50"));
     typeInto("fpIntSliderToField", QStringLiteral("999"));
     widget<QComboBox>("fpIntSliderModePopup")->setCurrentIndex(1);
-    EXPECT_EQ(state(), QStringLiteral("1<=50<=60 50 40<=255<=255 999 50 [Sweep] 50 - 255"));
+    EXPECT_EQ(state(), QStringLiteral("1<=50<=60 50 40<=255<=255 255 50 [Sweep] 50 - 255"));
+    typeInto("fpIntSliderFromField", QStringLiteral("-7"));
+    EXPECT_EQ(state(), QStringLiteral("1<=1<=60 1 40<=255<=255 255 1 [Sweep] 1 - 255"));
 }
 
 TEST_F(ParameterEditorTest, RealSlidersWorkInThousandths)
@@ -131,6 +134,8 @@ TEST_F(ParameterEditorTest, RealSlidersWorkInThousandths)
     EXPECT_EQ(text("fpFloatSliderToField"), "1.0");
     typeInto("fpFloatSliderFromField", QStringLiteral("0.25"));
     EXPECT_EQ(widget<QSlider>("fpFloatSliderFromSlider")->value(), 250);
+    typeInto("fpFloatSliderToField", QStringLiteral("5"));
+    EXPECT_EQ(text("fpFloatSliderToField"), "1.0") << "the field shows the 1 the run uses";
     EXPECT_TRUE(param(SliderRow).holdsReal(key::MINVALUE));
     widget<QSlider>("fpFloatSliderToSlider")->setValue(500);
     EXPECT_EQ(text("fpFloatSliderToField"), "0.5");
