@@ -22,6 +22,7 @@ QUILLON_TEST_PACKAGES=(
   clang libclang-rt-14-dev
   desktop-file-utils appstream libxml2-utils groff-base
   slurmctld slurmd slurm-client munge
+  python3-jsonschema bash-completion zsh fish debootstrap dpkg-dev lintian
 )
 
 # quillon_install_packages PACKAGE...: installs those not installed yet.

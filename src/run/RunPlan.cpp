@@ -157,7 +157,8 @@ QJsonObject RunPlan::toJsonObject(
             insertToolRunOutcome(entry, outcomes->value(r));
         runs.append(entry);
     }
-    const QJsonObject root { { QStringLiteral("seed"), QString::number(seed) },
+    const QJsonObject root { { QStringLiteral("schema"), QStringLiteral("quillon-plan/1") },
+        { QStringLiteral("seed"), QString::number(seed) },
         { QStringLiteral("steps"), steps }, { QStringLiteral("toolRuns"), runs } };
     return root;
 }
