@@ -12,6 +12,9 @@ install(FILES ${QUILLON_DESKTOP_DIR}/quillon.svg
 install(FILES ${QUILLON_DESKTOP_DIR}/quillon-chain.xml DESTINATION ${CMAKE_INSTALL_DATADIR}/mime/packages)
 install(FILES ${QUILLON_DESKTOP_DIR}/org.quillon.Quillon.metainfo.xml DESTINATION ${CMAKE_INSTALL_DATADIR}/metainfo)
 install(FILES ${CMAKE_SOURCE_DIR}/LICENSE DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/quillon)
+# The JSON Schemas of the plan (--dry-run --json) and the run report.
+install(FILES ${CMAKE_SOURCE_DIR}/schemas/plan.schema.json ${CMAKE_SOURCE_DIR}/schemas/report.schema.json
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/quillon/schemas)
 
 # With --demo the window uses the stand-in tool and the sample filters, found
 # relative to its executable only: the build tree has the filters at the place
