@@ -81,9 +81,9 @@ clean_root_check() {
   cp -a "$cache" "$work"
   cp /etc/resolv.conf "$work/etc/resolv.conf" 2> /dev/null || true
   cp "$deb" "$work/tmp/"
-  local listing='find / -xdev \( -path /proc -o -path /sys -o -path /dev -o -path /run -o -path /tmp
-    -o -path /var/cache -o -path /var/log -o -path /var/lib/apt -o -path /var/lib/dpkg -o -path /root \) -prune
-    -o -print | sort'
+  # Every path of the root but the state apt, dpkg and the kernel keep.
+  local skipped="/proc /sys /dev /run /tmp /root /var/cache /var/log /var/lib/apt /var/lib/dpkg"
+  local listing="find / -xdev \\( -path ${skipped// / -o -path } \\) -prune -o -print | sort"
   chroot "$work" sh -c "$listing" > "$work.before"
   if ! chroot "$work" apt-get update -q > "$QUILLON_BUILD/package-root.log" 2>&1; then
     echo "package-deb: SKIPPED the install into a clean root: apt-get update could not reach the mirror"
