@@ -72,7 +72,7 @@ for page in quillon quillon-cli; do
   [ -z "$warnings" ] || fail "$page.1: $warnings"
   for width in 50 60 70 80 100; do
     broken="$(zcat "$usr/share/man/man1/$page.1.gz" | groff -man -Tutf8 -rLL="${width}n" 2>/dev/null |
-      sed 's/\x1b\[[0-9;]*m//g; s/.\x08//g' | grep -E -- '[-‐]$' || true)"
+      sed 's/\x1b\[[0-9;]*m//g; s/.\x08//g' | grep -E -- '[[:alnum:]][-‐]$' || true)"
     [ -z "$broken" ] || fail "$page.1 at $width columns breaks a word at a hyphen: $broken"
   done
 done
