@@ -235,6 +235,17 @@ QString ignoredCombination(const QCommandLineParser& parser)
         { "save-chain", "dry-run", false },
         { "slurm-option", "slurm-bundle", true },
     };
+    // An element of a bundle or its collect reads everything from the bundle.
+    for (const char* mode : { "run-part", "collect" }) {
+        if (!parser.isSet(QString::fromLatin1(mode)))
+            continue;
+        for (const CliOptionSpec& option : cliOptionTable()) {
+            const QString name = option.names.last();
+            if (parser.isSet(name) && name != QLatin1String(mode) && name != QLatin1String("quiet")
+                && name != QLatin1String("verbose"))
+                return QStringLiteral("--%1 cannot be combined with --%2").arg(name, QLatin1String(mode));
+        }
+    }
     for (const Rule& rule : kRules) {
         const QString flag = QString::fromLatin1(rule.flag);
         const QString other = QString::fromLatin1(rule.other);

@@ -30,6 +30,7 @@ TEST_F(CliScripting, FlagsThatWouldBeIgnoredAreRefused)
         { { "--slurm-option=--time=5" }, { "--slurm-option", "--slurm-bundle" } },
         { { "--slurm-bundle", m_temp.path() + "/bundle", "--report", "-" }, { "--report", "--slurm-bundle" } },
         { { "--filter", second, "--maps", "base" }, { "--maps", "--filter" } },
+        { { "--collect", m_temp.path() }, { "--filter", "--collect" } },
         { { "--maps", "" }, { "--maps" } },
         { { "--maps", "," }, { "--maps" } },
     };
