@@ -290,7 +290,7 @@ QString cliHelpText()
         + parser.helpText().section(QLatin1Char('\n'), 1)
         + QStringLiteral("\nExit status:\n"
                          "  0    every planned output was written\n"
-                         "  2    refused: a bad flag, an unreadable chain or a failed check\n"
+                         "  2    refused: a bad or conflicting flag, an unreadable chain or a failed check\n"
                          "  3    the run ended with missing outputs or a failed tool run\n"
                          "  130  aborted by a termination signal (SIGINT, SIGTERM, SIGHUP, SIGQUIT); the run cleaned up");
 }

@@ -55,10 +55,9 @@ std::optional<int> answerWithoutDisplay(int argc, char** argv)
     options.addTo(parser);
     if (!parser.parse(QCoreApplication::arguments()))
         return std::nullopt;
-    if (parser.isSet(QStringLiteral("help"))) {
-        std::fputs(qPrintable(parser.helpText()), stdout);
-        return 0;
-    }
+    // Prints the help (--help-all with Qt's own options) and exits.
+    if (parser.isSet(QStringLiteral("help")) || parser.isSet(QStringLiteral("help-all")))
+        parser.process(QCoreApplication::arguments());
     if (parser.isSet(options.version)) {
         std::printf("quillon %s\n", QUILLON_VERSION);
         return 0;
