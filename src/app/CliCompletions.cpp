@@ -64,7 +64,8 @@ QString bashScript()
     for (const CliOptionSpec& option : cliOptionTable()) {
         const QString name = longName(option.names.last());
         if (option.value == Value::Choice)
-            addCase({ name }, QStringLiteral("COMPREPLY=($(compgen -W '%1' -- \"$cur\"))").arg(option.choices.join(' ')));
+            addCase({ name },
+                QStringLiteral("COMPREPLY=($(compgen -W '%1' -- \"$cur\"))").arg(option.choices.join(' ')));
         else if (option.value == Value::File && !option.choices.isEmpty())
             addCase({ name }, QStringLiteral("_filedir '%1'").arg(option.choices.first()));
     }
@@ -101,9 +102,9 @@ QString zshAction(const CliOptionSpec& option)
     case Value::Text:
         return QStringLiteral(":%1: ").arg(option.valueName.toLower());
     case Value::File:
-        return option.choices.isEmpty()
-            ? QStringLiteral(":%1:_files").arg(option.valueName.toLower())
-            : QStringLiteral(":%1:_files -g \"*.%2\"").arg(option.valueName.toLower(), option.choices.first());
+        return option.choices.isEmpty() ? QStringLiteral(":%1:_files").arg(option.valueName.toLower())
+                                        : QStringLiteral(":%1:_files -g \"*.%2\"")
+                                              .arg(option.valueName.toLower(), option.choices.first());
     case Value::Directory:
         return QStringLiteral(":%1:_files -/").arg(option.valueName.toLower());
     case Value::Command:
@@ -120,7 +121,8 @@ QString zshScript()
     for (const CliOptionSpec& option : cliOptionTable()) {
         QString text = summary(option);
         text.replace(QLatin1Char('['), QLatin1Char('(')).replace(QLatin1Char(']'), QLatin1Char(')'));
-        text.replace(QLatin1Char(':'), QStringLiteral("\\:")).replace(QLatin1Char('\''), QStringLiteral("'\\''"));
+        text.replace(QLatin1Char(':'), QStringLiteral("\\:"))
+            .replace(QLatin1Char('\''), QStringLiteral("'\\''"));
         const bool repeatable = option.names.contains(QStringLiteral("filter"))
             || option.names.contains(QStringLiteral("slurm-option"));
         for (const QString& name : option.names) {
@@ -138,8 +140,9 @@ QString zshScript()
 
 QString fishScript()
 {
-    QString lines = QStringLiteral("# fish completion for quillon-cli; written by quillon-cli --completions fish\n"
-                                   "complete -c quillon-cli -f\n");
+    QString lines
+        = QStringLiteral("# fish completion for quillon-cli; written by quillon-cli --completions fish\n"
+                         "complete -c quillon-cli -f\n");
     for (const CliOptionSpec& option : cliOptionTable()) {
         QString line = QStringLiteral("complete -c quillon-cli");
         for (const QString& name : option.names)
@@ -164,7 +167,8 @@ QString fishScript()
             break;
         }
         QString text = summary(option);
-        text.replace(QLatin1Char('\\'), QStringLiteral("\\\\")).replace(QLatin1Char('\''), QStringLiteral("\\'"));
+        text.replace(QLatin1Char('\\'), QStringLiteral("\\\\"))
+            .replace(QLatin1Char('\''), QStringLiteral("\\'"));
         lines += line + QStringLiteral(" -d '%1'\n").arg(text);
     }
     return lines;

@@ -172,9 +172,10 @@ int CliRun::exec(const QStringList& arguments)
     }
     // The window shows its maps box only for a chain of one filter.
     if (options.settings.activateMaps == 1 && chain.size() > 1) {
-        writeError(QStringLiteral("--maps needs a chain of one filter; %1 gave %2")
-                       .arg(options.chainFile.isEmpty() ? QStringLiteral("--filter") : QStringLiteral("--chain"))
-                       .arg(chain.size()));
+        writeError(
+            QStringLiteral("--maps needs a chain of one filter; %1 gave %2")
+                .arg(options.chainFile.isEmpty() ? QStringLiteral("--filter") : QStringLiteral("--chain"))
+                .arg(chain.size()));
         return kCliExitFailed;
     }
     const bool reportToStandardOutput = options.reportFile == QLatin1String("-");

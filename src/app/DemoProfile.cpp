@@ -29,8 +29,9 @@ DemoLocations findDemoLocations(const QString& applicationDir)
     // Only places relative to the program: an install, or a build tree (which
     // links share/quillon/filters to the sources and builds the tool in tools/).
     locations.filtersDir = firstExisting({ appDir.filePath(QStringLiteral("../share/quillon/filters")) });
-    locations.toolPath = firstExisting({ appDir.filePath(QStringLiteral("../libexec/quillon/quillon-standin-render")),
-        appDir.filePath(QStringLiteral("../tools/quillon-standin-render")) });
+    locations.toolPath
+        = firstExisting({ appDir.filePath(QStringLiteral("../libexec/quillon/quillon-standin-render")),
+            appDir.filePath(QStringLiteral("../tools/quillon-standin-render")) });
 
     const QString output = qEnvironmentVariable("QUILLON_DEMO_OUTPUT");
     locations.outputDir

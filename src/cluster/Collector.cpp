@@ -189,8 +189,8 @@ bool collectClusterParts(const QString& bundleDirectory, CollectOutcome* outcome
     result.elapsedMs = lastEnd > firstStart ? lastEnd - firstStart : 0;
 
     const QJsonObject root { { QStringLiteral("schema"), QStringLiteral("quillon-report/1") },
-        { QStringLiteral("written"), result.written },
-        { QStringLiteral("missing"), result.missing }, { QStringLiteral("notRun"), result.notRun },
+        { QStringLiteral("written"), result.written }, { QStringLiteral("missing"), result.missing },
+        { QStringLiteral("notRun"), result.notRun },
         { QStringLiteral("failedToolRuns"), result.failedToolRuns }, { QStringLiteral("aborted"), aborted },
         { QStringLiteral("elapsedMs"), result.elapsedMs },
         { QStringLiteral("chain"), runReportChain(bundle.chain) },

@@ -158,8 +158,8 @@ QJsonObject RunPlan::toJsonObject(
         runs.append(entry);
     }
     const QJsonObject root { { QStringLiteral("schema"), QStringLiteral("quillon-plan/1") },
-        { QStringLiteral("seed"), QString::number(seed) },
-        { QStringLiteral("steps"), steps }, { QStringLiteral("toolRuns"), runs } };
+        { QStringLiteral("seed"), QString::number(seed) }, { QStringLiteral("steps"), steps },
+        { QStringLiteral("toolRuns"), runs } };
     return root;
 }
 

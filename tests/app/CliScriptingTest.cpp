@@ -28,7 +28,8 @@ TEST_F(CliScripting, FlagsThatWouldBeIgnoredAreRefused)
         { { "--dry-run", "--report", report }, { "--report", "--dry-run" } },
         { { "--dry-run", "--save-chain", chain }, { "--save-chain", "--dry-run" } },
         { { "--slurm-option=--time=5" }, { "--slurm-option", "--slurm-bundle" } },
-        { { "--slurm-bundle", m_temp.path() + "/bundle", "--report", "-" }, { "--report", "--slurm-bundle" } },
+        { { "--slurm-bundle", m_temp.path() + "/bundle", "--report", "-" },
+            { "--report", "--slurm-bundle" } },
         { { "--filter", second, "--maps", "base" }, { "--maps", "--filter" } },
         { { "--collect", m_temp.path() }, { "--filter", "--collect" } },
         { { "--maps", "" }, { "--maps" } },
@@ -50,8 +51,8 @@ TEST_F(CliScripting, ADashReadsTheChainFromStandardInputAndWritesTheReportToStan
     const QString second = writeDefinition(QStringLiteral("second.ffxml"), QStringLiteral("Second"));
     const QString chain = m_temp.path() + QStringLiteral("/two.qlch");
     const QString report = m_temp.path() + QStringLiteral("/report.json");
-    const QStringList common { "--tool", kTool, "--output", m_out, "--format", "PNG", "--frames", "2", "--seed",
-        "3" };
+    const QStringList common { "--tool", kTool, "--output", m_out, "--format", "PNG", "--frames", "2",
+        "--seed", "3" };
     expectExit(run(QStringList { "--filter", m_definition, second, "--save-chain", chain, "--report", report }
                    + common),
         0);
@@ -104,8 +105,8 @@ TEST_F(CliScripting, OnATerminalTheProgressIsOneLineOfItsWidth)
     const QString command = QStringLiteral("stty cols 60; exec ")
         + shellWords(QStringList { QStringLiteral(QUILLON_CLI_PATH) } + baseFlags()
             + QStringList { "--frames", "8", "--prefix", "a-prefix-long-enough-to-need-cutting-" });
-    const Env terminals[] = { { { "TERM", "xterm" } }, { { "TERM", "dumb" } },
-        { { "TERM", "xterm" }, { "NO_COLOR", "1" } } };
+    const Env terminals[]
+        = { { { "TERM", "xterm" } }, { { "TERM", "dumb" } }, { { "TERM", "xterm" }, { "NO_COLOR", "1" } } };
     for (const Env& env : terminals) {
         QProcess process;
         start(process, { "-qec", command, "/dev/null" }, env, script);
@@ -142,7 +143,8 @@ TEST_F(CliScripting, HelpAndVersionNeedNoDisplay)
                 process.setProcessEnvironment(env);
                 process.start(QLatin1String(program.program), { QLatin1String(flag) });
                 const CliResult result = finish(process);
-                const std::string what = std::string(program.name) + ' ' + flag + " QT_QPA_PLATFORM=" + platform;
+                const std::string what
+                    = std::string(program.name) + ' ' + flag + " QT_QPA_PLATFORM=" + platform;
                 EXPECT_EQ(std::tuple(result.status, result.exitCode), std::tuple(QProcess::NormalExit, 0))
                     << what << result.err.toStdString();
                 const QString expected = QLatin1String(flag) == QLatin1String("--help")
@@ -156,7 +158,8 @@ TEST_F(CliScripting, HelpAndVersionNeedNoDisplay)
 
 TEST_F(CliScripting, BashCompletesOptionsAndTheirValues)
 {
-    const QString share = QFileInfo(QStringLiteral(QUILLON_CLI_PATH)).absolutePath() + QStringLiteral("/../share");
+    const QString share
+        = QFileInfo(QStringLiteral(QUILLON_CLI_PATH)).absolutePath() + QStringLiteral("/../share");
     const QString library = QStringLiteral("/usr/share/bash-completion/bash_completion");
     if (!QFileInfo::exists(library))
         GTEST_SKIP() << "bash-completion is not installed";

@@ -147,8 +147,7 @@ protected:
 
     static bool schemaValidatorMissing()
     {
-        return QProcess::execute(kPython, { QStringLiteral("-c"), QStringLiteral("import jsonschema") })
-            != 0;
+        return QProcess::execute(kPython, { QStringLiteral("-c"), QStringLiteral("import jsonschema") }) != 0;
     }
 
     // File name -> bytes of every file below `directory`: outputs and run
