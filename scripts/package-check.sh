@@ -2,8 +2,10 @@
 # What a packager checks: the desktop entry, the AppStream metainfo and the
 # MIME type validate, and an install into a staging directory (DESTDIR, prefix
 # /usr) holds the programs, the manual pages, the icons and the rest in their
-# places, and runs. Uses the build in build/ (test.sh's), building what is
-# missing.
+# places, and runs. Then the Debian package: built with CPack, its contents
+# and lintian checked, installed with apt-get into a clean Debian 12 root
+# (debootstrap, cached in build/package-root), used and purged without a
+# trace. Uses the build in build/ (test.sh's), building what is missing.
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/setup.sh"
 
@@ -34,7 +36,11 @@ appstreamcli validate-tree --no-net "$stage" > /dev/null || fail "the installed 
 
 for file in \
   bin/quillon bin/quillon-cli libexec/quillon/quillon-standin-render \
-  share/man/man1/quillon.1 share/man/man1/quillon-cli.1 \
+  share/man/man1/quillon.1.gz share/man/man1/quillon-cli.1.gz \
+  share/bash-completion/completions/quillon-cli share/zsh/vendor-completions/_quillon-cli \
+  share/fish/vendor_completions.d/quillon-cli.fish \
+  share/quillon/schemas/plan.schema.json share/quillon/schemas/report.schema.json \
+  share/doc/quillon/copyright share/doc/quillon/changelog.Debian.gz \
   share/icons/hicolor/scalable/apps/quillon.svg \
   share/applications/org.quillon.Quillon.desktop \
   share/metainfo/org.quillon.Quillon.metainfo.xml \
@@ -59,10 +65,16 @@ for size in 48 128 256; do
   [ "$width" = "$size" ] && [ "$height" = "$size" ] || fail "$png is ${width}x${height}, not ${size}x${size}"
 done
 
-# The manual pages format without a warning and name every option of --help.
+# The manual pages format without a warning, break no word at a hyphen at
+# any width, and name every option of --help.
 for page in quillon quillon-cli; do
-  warnings="$(groff -man -Tutf8 -ww -z "$usr/share/man/man1/$page.1" 2>&1)"
+  warnings="$(zcat "$usr/share/man/man1/$page.1.gz" | groff -man -Tutf8 -ww -z 2>&1)"
   [ -z "$warnings" ] || fail "$page.1: $warnings"
+  for width in 50 60 70 80 100; do
+    broken="$(zcat "$usr/share/man/man1/$page.1.gz" | groff -man -Tutf8 -rLL="${width}n" 2>/dev/null |
+      sed 's/\x1b\[[0-9;]*m//g; s/.\x08//g' | grep -E -- '[[:alnum:]][-‐]$' || true)"
+    [ -z "$broken" ] || fail "$page.1 at $width columns breaks a word at a hyphen: $broken"
+  done
 done
 for option in $("$usr/bin/quillon-cli" --help | grep -o -- '--[a-z][a-z-]*' | sort -u); do
   grep -qF -- "*$option*" "$QUILLON_ROOT/docs/man/quillon-cli.1.scd" || fail "quillon-cli.1 does not describe $option"
@@ -83,8 +95,26 @@ fi
 [ "$(ls "$stage/out/new" 2>/dev/null | tr '\n' ' ')" = "NX_check-1.png NX_check-2.png " ] ||
   fail "the installed run left $(ls "$stage/out/new" 2>/dev/null | tr '\n' ' ') instead of NX_check-1.png NX_check-2.png"
 
+# A plain install (no DESTDIR) leaves the system's MIME and desktop caches alone.
+plain="$stage/plain"
+cmake --install "$QUILLON_BUILD" --prefix "$plain" > /dev/null || fail "cmake --install --prefix failed"
+for cache in share/mime/mime.cache share/applications/mimeinfo.cache; do
+  [ ! -e "$plain/$cache" ] || fail "cmake --install wrote $cache"
+done
+
+# The completions offer the options, from the installed files.
+bash_completes="$(bash -c 'source /usr/share/bash-completion/bash_completion
+  source "$1"; COMP_WORDS=(quillon-cli --for); COMP_CWORD=1; COMP_LINE="quillon-cli --for"
+  COMP_POINT=${#COMP_LINE}; _quillon_cli quillon-cli --for quillon-cli; echo "${COMPREPLY[*]}"' \
+  _ "$usr/share/bash-completion/completions/quillon-cli")"
+[ "$bash_completes" = "--format" ] || fail "bash completes --for as '$bash_completes'"
+zsh -n "$usr/share/zsh/vendor-completions/_quillon-cli" || fail "the zsh completions do not parse"
+fish -n "$usr/share/fish/vendor_completions.d/quillon-cli.fish" || fail "the fish completions do not parse"
+
+"$QUILLON_ROOT/scripts/package-deb.sh" || fail "the Debian package check failed"
+
 if [ "$failures" -ne 0 ]; then
   echo "package-check: $failures problem(s)" >&2
   exit 1
 fi
-echo "package-check: desktop entry, metainfo, MIME type, install layout, icons, manual pages: all good"
+echo "package-check: desktop entry, metainfo, MIME type, install layout, icons, manual pages, completions, Debian package: all good"

@@ -25,6 +25,7 @@ QUILLON_TEST_PACKAGES=(
   slurmctld slurmd slurm-client munge
   wine wine64 g++-mingw-w64-x86-64
   ffmpeg
+  python3-jsonschema bash-completion zsh fish debootstrap dpkg-dev lintian
 )
 
 # quillon_install_packages PACKAGE...: installs those not installed yet.

@@ -126,94 +126,173 @@ QStringList expandBareWine(const QStringList& arguments)
     return expanded;
 }
 
-void addOptions(QCommandLineParser& parser)
+CliOptionSpec spec(const char* name, const char* valueName, const char* help,
+    CliOptionSpec::Value value = CliOptionSpec::Value::Text, QStringList choices = {})
 {
-    const auto valued = [&parser](const char* name, const char* valueName, const char* help) {
-        parser.addOption(QCommandLineOption(
-            QString::fromLatin1(name), QString::fromLatin1(help), QString::fromLatin1(valueName)));
+    return { { QString::fromLatin1(name) }, QString::fromLatin1(valueName), QString::fromLatin1(help), value,
+        std::move(choices) };
+}
+
+CliOptionSpec flagSpec(const char* name, const char* help)
+{
+    return spec(name, "", help, CliOptionSpec::Value::None);
+}
+
+QList<CliOptionSpec> makeOptionTable()
+{
+    using Value = CliOptionSpec::Value;
+    QList<CliOptionSpec> table {
+        spec("chain", "FILE", "Run the chain file FILE (.qlch); - reads it from standard input.", Value::File,
+            { QStringLiteral("qlch") }),
+        spec("filter", "DEFINITION", "Run these filter definitions (.ffxml), in the order given.", Value::File,
+            { QStringLiteral("ffxml") }),
+        spec("tool", "PATH", "The render tool executable; a name without a slash is looked up on PATH.",
+            Value::Command),
+        spec("wine", "PREFIX",
+            "Run the render tool, a Windows program (.exe), under Wine: --wine alone in the user's prefix "
+            "($WINEPREFIX, else ~/.wine), --wine=PREFIX in that one. The tool gets every path in its Windows "
+            "form.",
+            Value::Directory),
+        spec("wine-binary", "PATH", "With --wine: the wine launcher (default: wine on PATH).", Value::Command),
+        spec("output", "DIR", "The output directory (also holds the task files and the log).", Value::Directory),
+        flagSpec("mkdir", "Create the output directory (and its parents) when it is missing."),
+        spec("input", "FILE", "Render one input image.", Value::File),
+        spec("input-dir", "DIR",
+            "Render every entry under DIR, files and subdirectories, at any depth, sorted by path; entries whose "
+            "path inside DIR begins with \".\" are skipped.",
+            Value::Directory),
+        spec("frames", "N", "Frames per input (default 10)."),
+        spec("width", "W", "Width without input (default 600)."),
+        spec("height", "H", "Height without input (default 600)."),
+        spec("prefix", "TEXT", "Output name prefix (default my-export)."),
+        spec("frame-style", "STYLE", "Frame numbering: plain (default), four-digit or letter.", Value::Choice,
+            kChoices[0].choices),
+        spec("format", "FORMAT", "JPEG, PNG, TIFF, TGA, BMP, EXR or PFM (default JPEG).", Value::Choice, kFormats),
+        spec("preset", "K", "Zero-based preset index for every step (default 0)."),
+        spec("maps", "LIST",
+            "Render maps (one-filter chains): base,alpha,diffuse,bump,normal,specstr,specexp,ao,ro,metallic.",
+            Value::Choice, kMapNames),
+        flagSpec("log", "Write the tool's output to qlrn_logfile.txt in the output directory."),
+        spec("seed", "N", "Seed of the run's random values."),
     };
-    const auto flag = [&parser](const char* name, const char* help) {
-        parser.addOption(QCommandLineOption(QString::fromLatin1(name), QString::fromLatin1(help)));
-    };
-    valued("chain", "FILE", "Run the chain file FILE (.qlch).");
-    valued("filter", "DEFINITION", "Run these filter definitions (.ffxml), in the order given.");
-    valued("tool", "PATH", "The render tool executable; a name without a slash is looked up on PATH.");
-    valued("wine", "PREFIX",
-        "Run the render tool, a Windows program (.exe), under Wine: --wine alone in the user's prefix "
-        "($WINEPREFIX, else ~/.wine), --wine=PREFIX in that one. The tool gets every path in its Windows "
-        "form.");
-    valued("wine-binary", "PATH", "With --wine: the wine launcher (default: wine on PATH).");
-    valued("output", "DIR", "The output directory (also holds the task files and the log).");
-    flag("mkdir", "Create the output directory (and its parents) when it is missing.");
-    valued("input", "FILE", "Render one input image.");
-    valued("input-dir", "DIR",
-        "Render every entry under DIR, files and subdirectories, at any depth, sorted by path; entries whose "
-        "path inside DIR begins with \".\" are skipped.");
-    valued("frames", "N", "Frames per input (default 10).");
-    valued("width", "W", "Width without input (default 600).");
-    valued("height", "H", "Height without input (default 600).");
-    valued("prefix", "TEXT", "Output name prefix (default my-export).");
-    valued("frame-style", "STYLE", "Frame numbering: plain (default), four-digit or letter.");
-    valued("format", "FORMAT", "JPEG, PNG, TIFF, TGA, BMP, EXR or PFM (default JPEG).");
-    valued("preset", "K", "Zero-based preset index for every step (default 0).");
-    valued("maps", "LIST",
-        "Render maps (one-filter chains): base,alpha,diffuse,bump,normal,specstr,specexp,ao,ro,metallic.");
-    flag("log", "Write the tool's output to qlrn_logfile.txt in the output directory.");
-    valued("seed", "N", "Seed of the run's random values.");
     for (const SwitchFlag& entry : kSwitches)
-        valued(entry.name, "on|off", "Switch.");
-    valued("jpeg-quality", "Q", "JPEG quality (default 80).");
+        table.append(spec(entry.name, "on|off", "Switch.", Value::Choice,
+            { QStringLiteral("on"), QStringLiteral("off") }));
+    table.append(spec("jpeg-quality", "Q", "JPEG quality (default 80)."));
     for (const ChoiceFlag& entry : kChoices) {
         if (QLatin1String(entry.name) != QLatin1String("frame-style"))
-            valued(entry.name, "VALUE", qPrintable(entry.choices.join(QLatin1Char('|'))));
+            table.append(spec(entry.name, "VALUE", qPrintable(entry.choices.join(QLatin1Char('|'))),
+                Value::Choice, entry.choices));
     }
-    valued("jobs", "N",
-        "Render tool processes at once (default 1): the inputs of a step are spread over N slots; 0 uses one "
-        "per core.");
-    flag("quiet", "Print only problems and the closing count of outputs.");
-    flag("verbose", "Also print the plan of the run, one line per output.");
-    valued("report", "FILE", "Write the run report (every output with its status and values) as JSON.");
-    flag("dry-run", "Print the plan (every output and its values) and stop: nothing is written or run.");
-    flag("json", "With --dry-run: print the plan as JSON.");
-    valued("existing", "POLICY",
-        "Planned outputs that exist already: overwrite (default, counted at the end), skip their tasks, or "
-        "stop before the run.");
-    valued("save-chain", "FILE", "Write the chain (with its advanced values) to FILE after the run.");
-    valued("slurm-bundle", "DIR",
-        "Plan the run (same flags and checks) and write it to the new or empty directory DIR as a bundle for "
-        "Slurm, without running anything: the plan, the chain, the settings and submit.sh, which submits "
-        "a job array with one element per input and a job that collects them.");
-    valued("slurm-option", "OPTION",
-        "With --slurm-bundle: an option submit.sh passes to both sbatch calls, after the words of "
-        "$QUILLON_SBATCH_OPTIONS (repeatable).");
-    valued("run-part", "DIR",
-        "--run-part DIR K: render element K of the bundle DIR (its input through every step) and write its "
-        "report part into the bundle.");
-    valued("collect", "DIR",
-        "Merge the report parts of the bundle DIR into its run report (DIR/report.json), remove what failed "
-        "elements left, and exit like a run.");
-    valued("from-report", "FILE",
-        "With --output-index N and --save-chain: write the chain that makes output N of the run report FILE "
-        "again (each parameter that varied held at that output's value), without running anything; the "
-        "chain is --chain or --filter, or else the definitions the report names.");
-    valued("output-index", "N", "With --from-report: the final output, counted from 1 in plan order.");
-    valued("contact-sheet", "FILE",
-        "After the run, write every final output as a tile labelled with its name and varying values into "
-        "one PNG image.");
-    valued("animation", "FILE",
-        "After the run, assemble each input's final frames in frame order into FILE (.gif, .webm or .mp4) "
-        "with ffmpeg; with several inputs one file each, named FILE-INPUT.");
-    valued("fps", "N", "With --animation: frames per second (default 24).");
-    parser.addOption(QCommandLineOption(
-        { QStringLiteral("h"), QStringLiteral("help") }, QStringLiteral("Show this help.")));
-    parser.addOption(QCommandLineOption(
-        { QStringLiteral("V"), QStringLiteral("version") }, QStringLiteral("Show the version.")));
+    table += {
+        spec("jobs", "N",
+            "Render tool processes at once (default 1): the inputs of a step are spread over N slots; 0 uses one "
+            "per core."),
+        flagSpec("quiet", "Print only problems and the closing count of outputs."),
+        flagSpec("verbose", "Also print the plan of the run, one line per output."),
+        spec("report", "FILE",
+            "Write the run report (every output with its status and values) as JSON; - writes it to standard "
+            "output.",
+            Value::File),
+        flagSpec("dry-run", "Print the plan (every output and its values) and stop: nothing is written or run."),
+        flagSpec("json", "With --dry-run: print the plan as JSON."),
+        spec("existing", "POLICY",
+            "Planned outputs that exist already: overwrite (default, counted at the end), skip their tasks, or "
+            "stop before the run.",
+            Value::Choice, { QStringLiteral("overwrite"), QStringLiteral("skip"), QStringLiteral("stop") }),
+        spec("save-chain", "FILE", "Write the chain (with its advanced values) to FILE after the run.", Value::File,
+            { QStringLiteral("qlch") }),
+        spec("slurm-bundle", "DIR",
+            "Plan the run (same flags and checks) and write it to the new or empty directory DIR as a bundle for "
+            "Slurm, without running anything: the plan, the chain, the settings and submit.sh, which submits "
+            "a job array with one element per input and a job that collects them.",
+            Value::Directory),
+        spec("slurm-option", "OPTION",
+            "With --slurm-bundle: an option submit.sh passes to both sbatch calls, after the words of "
+            "$QUILLON_SBATCH_OPTIONS (repeatable)."),
+        spec("run-part", "DIR",
+            "--run-part DIR K: render element K of the bundle DIR (its input through every step) and write its "
+            "report part into the bundle.",
+            Value::Directory),
+        spec("collect", "DIR",
+            "Merge the report parts of the bundle DIR into its run report (DIR/report.json), remove what failed "
+            "elements left, and exit like a run.",
+            Value::Directory),
+        spec("from-report", "FILE",
+            "With --output-index N and --save-chain: write the chain that makes output N of the run report FILE "
+            "again (each parameter that varied held at that output's value), without running anything; the "
+            "chain is --chain or --filter, or else the definitions the report names.",
+            Value::File),
+        spec("output-index", "N", "With --from-report: the final output, counted from 1 in plan order."),
+        spec("contact-sheet", "FILE",
+            "After the run, write every final output as a tile labelled with its name and varying values into "
+            "one PNG image.",
+            Value::File),
+        spec("animation", "FILE",
+            "After the run, assemble each input's final frames in frame order into FILE (.gif, .webm or .mp4) "
+            "with ffmpeg; with several inputs one file each, named FILE-INPUT.",
+            Value::File),
+        spec("fps", "N", "With --animation: frames per second (default 24)."),
+        { { QStringLiteral("h"), QStringLiteral("help") }, {}, QStringLiteral("Show this help."), Value::None, {} },
+        { { QStringLiteral("v"), QStringLiteral("V"), QStringLiteral("version") }, {},
+            QStringLiteral("Show the version."), Value::None, {} },
+    };
+    return table;
+}
+
+void addOptions(QCommandLineParser& parser)
+{
+    for (const CliOptionSpec& option : cliOptionTable())
+        parser.addOption(QCommandLineOption(option.names, option.help, option.valueName));
+    // Writes the shell completions at build time; not for users.
+    QCommandLineOption completions(
+        QStringLiteral("completions"), QStringLiteral("Print the completions for SHELL."), QStringLiteral("SHELL"));
+    completions.setFlags(QCommandLineOption::HiddenFromHelp);
+    parser.addOption(completions);
 }
 
 QString synopsis()
 {
     return QStringLiteral("quillon-cli (--chain FILE | --filter DEFINITION...) --tool PATH --output DIR "
                           "[--input FILE | --input-dir DIR] [options]");
+}
+
+// A flag that would have no effect next to (or without) another one is
+// refused rather than dropped: the message names both.
+QString ignoredCombination(const QCommandLineParser& parser)
+{
+    struct Rule {
+        const char* flag;
+        const char* other;
+        bool needsOther; // true: flag needs other; false: flag cannot go with other
+    };
+    static const Rule kRules[] = {
+        { "json", "dry-run", true },
+        { "report", "dry-run", false },
+        { "save-chain", "dry-run", false },
+        { "slurm-option", "slurm-bundle", true },
+        { "fps", "animation", true },
+    };
+    // An element of a bundle or its collect reads everything from the bundle.
+    for (const char* mode : { "run-part", "collect" }) {
+        if (!parser.isSet(QString::fromLatin1(mode)))
+            continue;
+        for (const CliOptionSpec& option : cliOptionTable()) {
+            const QString name = option.names.last();
+            if (parser.isSet(name) && name != QLatin1String(mode) && name != QLatin1String("quiet")
+                && name != QLatin1String("verbose"))
+                return QStringLiteral("--%1 cannot be combined with --%2").arg(name, QLatin1String(mode));
+        }
+    }
+    for (const Rule& rule : kRules) {
+        const QString flag = QString::fromLatin1(rule.flag);
+        const QString other = QString::fromLatin1(rule.other);
+        if (!parser.isSet(flag) || parser.isSet(other) == rule.needsOther)
+            continue;
+        return rule.needsOther ? QStringLiteral("--%1 needs --%2").arg(flag, other)
+                               : QStringLiteral("--%1 cannot be combined with --%2").arg(flag, other);
+    }
+    return {};
 }
 
 CliParseResult usageError(QString* error, const QString& message)
@@ -224,6 +303,12 @@ CliParseResult usageError(QString* error, const QString& message)
 }
 
 } // namespace
+
+const QList<CliOptionSpec>& cliOptionTable()
+{
+    static const QList<CliOptionSpec> table = makeOptionTable();
+    return table;
+}
 
 QString cliUsageLine()
 {
@@ -244,7 +329,7 @@ QString cliHelpText()
         + parser.helpText().section(QLatin1Char('\n'), 1)
         + QStringLiteral("\nExit status:\n"
                          "  0    every planned output was written\n"
-                         "  2    refused: a bad flag, an unreadable chain or a failed check\n"
+                         "  2    refused: a bad or conflicting flag, an unreadable chain or a failed check\n"
                          "  3    the run ended with missing outputs or a failed tool run\n"
                          "  130  aborted by a termination signal (SIGINT, SIGTERM, SIGHUP, SIGQUIT); the run cleaned up");
 }
@@ -285,6 +370,11 @@ CliParseResult parseCliArguments(const QStringList& arguments, CliOptions* optio
         return CliParseResult::Help;
     if (parser.isSet(QStringLiteral("version")))
         return CliParseResult::Version;
+    if (parser.isSet(QStringLiteral("completions"))) {
+        if (options)
+            options->completionShell = parser.value(QStringLiteral("completions"));
+        return CliParseResult::Completions;
+    }
     QStringList positional = parser.positionalArguments();
     CliOptions result;
     if (parser.isSet(QStringLiteral("run-part"))) {
@@ -309,7 +399,8 @@ CliParseResult parseCliArguments(const QStringList& arguments, CliOptions* optio
     result.collectBundle = parser.value(QStringLiteral("collect"));
     if (!result.slurmBundle.isEmpty() && parser.isSet(QStringLiteral("save-chain")))
         return usageError(error, QStringLiteral("--save-chain cannot be combined with --slurm-bundle"));
-
+    if (const QString conflict = ignoredCombination(parser); !conflict.isEmpty())
+        return usageError(error, conflict);
     if (parser.isSet(QStringLiteral("from-report"))) {
         bool ok = false;
         result.fromReport = parser.value(QStringLiteral("from-report"));
@@ -342,6 +433,10 @@ CliParseResult parseCliArguments(const QStringList& arguments, CliOptions* optio
         return usageError(error,
             QStringLiteral("--contact-sheet and --animation follow a run: they cannot be combined with "
                            "--slurm-bundle, --run-part, --collect or --dry-run"));
+
+    // The collect job of a bundle has no standard output anyone reads.
+    if (!result.slurmBundle.isEmpty() && parser.value(QStringLiteral("report")) == QLatin1String("-"))
+        return usageError(error, QStringLiteral("--report - cannot be combined with --slurm-bundle"));
 
     RunSettings& settings = result.settings;
     const auto value = [&parser](const char* name) { return parser.value(QString::fromLatin1(name)); };
@@ -436,6 +531,8 @@ CliParseResult parseCliArguments(const QStringList& arguments, CliOptions* optio
                 return usageError(error, QStringLiteral("Unknown map kind: ") + name);
             settings.mapBoxes[static_cast<size_t>(index)] = 1;
         }
+        if (std::find(settings.mapBoxes.cbegin(), settings.mapBoxes.cend(), 1) == settings.mapBoxes.cend())
+            return usageError(error, QStringLiteral("--maps needs at least one map kind"));
     }
     if (isSet("log"))
         settings.toolLog = 1;

@@ -40,9 +40,27 @@ struct CliOptions {
     QString contactSheet; // --contact-sheet FILE.png
     QString animation; // --animation FILE.{gif,webm,mp4}
     int framesPerSecond = 24; // --fps
+    QString completionShell; // --completions SHELL (build time)
 };
 
-enum class CliParseResult { Run, Help, Version, UsageError };
+enum class CliParseResult { Run, Help, Version, Completions, UsageError };
+
+// One option of quillon-cli, as the parser, --help and the shell completions
+// all read it.
+struct CliOptionSpec {
+    enum class Value { None, Text, File, Directory, Command, Choice };
+    QStringList names; // long names; a single letter is a short one
+    QString valueName; // empty for a switch without value
+    QString help;
+    Value value = Value::None;
+    // Choice: the values offered; File: the file name extension, if any.
+    QStringList choices;
+};
+const QList<CliOptionSpec>& cliOptionTable();
+
+// The completion script of quillon-cli for bash, zsh or fish; empty for
+// another shell.
+QString cliCompletionScript(const QString& shell);
 
 // Parses the arguments (the first one is the program). Definitions may be
 // given as repeated --filter flags or listed after one --filter. A missing

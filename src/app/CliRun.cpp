@@ -148,6 +148,15 @@ int CliRun::exec(const QStringList& arguments)
     case CliParseResult::Version:
         writeLine(stdout, QStringLiteral("quillon-cli " QUILLON_VERSION));
         return kCliExitOk;
+    case CliParseResult::Completions: {
+        const QString script = cliCompletionScript(options.completionShell);
+        if (script.isEmpty()) {
+            writeError(QStringLiteral("--completions takes bash, zsh or fish"));
+            return kCliExitFailed;
+        }
+        std::fputs(qPrintable(script), stdout);
+        return kCliExitOk;
+    }
     case CliParseResult::UsageError:
         if (!error.isEmpty())
             writeError(error);
@@ -170,6 +179,18 @@ int CliRun::exec(const QStringList& arguments)
         writeError(error);
         return kCliExitFailed;
     }
+    // The window shows its maps box only for a chain of one filter.
+    if (options.settings.activateMaps == 1 && chain.size() > 1) {
+        writeError(
+            QStringLiteral("--maps needs a chain of one filter; %1 gave %2")
+                .arg(options.chainFile.isEmpty() ? QStringLiteral("--filter") : QStringLiteral("--chain"))
+                .arg(chain.size()));
+        return kCliExitFailed;
+    }
+    const bool reportToStandardOutput = options.reportFile == QLatin1String("-");
+    // Standard output then carries the report alone.
+    if (reportToStandardOutput)
+        sendConsoleToStandardError();
 
     chooseConsoleLines(options);
     if (!options.slurmBundle.isEmpty())
@@ -213,8 +234,13 @@ int CliRun::exec(const QStringList& arguments)
     writeError(controller.outcomeLine());
     for (const QString& line : controller.outcomeDetails())
         writeError(line);
-    if (!options.reportFile.isEmpty() && !saveRunReport(options.reportFile, controller, &error))
+    if (reportToStandardOutput) {
+        const QByteArray report = runReportJson(controller);
+        std::fwrite(report.constData(), 1, static_cast<size_t>(report.size()), stdout);
+        std::fflush(stdout);
+    } else if (!options.reportFile.isEmpty() && !saveRunReport(options.reportFile, controller, &error)) {
         writeError(error);
+    }
     int code = kCliExitOk;
     if (m_interrupted.load() || controller.isAborted())
         code = kCliExitInterrupted;

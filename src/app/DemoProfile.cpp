@@ -26,18 +26,12 @@ DemoLocations findDemoLocations(const QString& applicationDir)
     const QDir appDir(applicationDir);
     DemoLocations locations;
 
-    QStringList filters { appDir.filePath(QStringLiteral("../share/quillon/filters")) };
-#ifdef QUILLON_SAMPLE_FILTERS_DIR
-    filters.append(QStringLiteral(QUILLON_SAMPLE_FILTERS_DIR));
-#endif
-    locations.filtersDir = firstExisting(filters);
-
-    QStringList tools { appDir.filePath(QStringLiteral("../libexec/quillon/quillon-standin-render")),
-        appDir.filePath(QStringLiteral("../tools/quillon-standin-render")) };
-#ifdef QUILLON_STANDIN_BUILD_PATH
-    tools.append(QStringLiteral(QUILLON_STANDIN_BUILD_PATH));
-#endif
-    locations.toolPath = firstExisting(tools);
+    // Only places relative to the program: an install, or a build tree (which
+    // links share/quillon/filters to the sources and builds the tool in tools/).
+    locations.filtersDir = firstExisting({ appDir.filePath(QStringLiteral("../share/quillon/filters")) });
+    locations.toolPath
+        = firstExisting({ appDir.filePath(QStringLiteral("../libexec/quillon/quillon-standin-render")),
+            appDir.filePath(QStringLiteral("../tools/quillon-standin-render")) });
 
     const QString output = qEnvironmentVariable("QUILLON_DEMO_OUTPUT");
     locations.outputDir

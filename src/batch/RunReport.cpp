@@ -36,6 +36,20 @@ QJsonArray runReportChain(const RecordList& records)
     return chain;
 }
 
+void addInterimStatuses(const RunPlan& plan, const QList<ToolRunOutcome>& outcomes, QHash<QString, QString>* statuses)
+{
+    for (qsizetype r = 0; r < plan.toolRuns.size(); ++r) {
+        const PlannedToolRun& run = plan.toolRuns.at(r);
+        if (run.step == plan.steps - 1)
+            continue;
+        const ToolRunOutcome::End end = outcomes.value(r).end;
+        const bool started = end != ToolRunOutcome::End::NotRun && end != ToolRunOutcome::End::Aborted;
+        for (const PlannedTask& task : run.tasks) {
+            statuses->insert(task.resultPath,
+                started && !task.skipped ? QStringLiteral("interim") : QStringLiteral("not run"));
+        }
+    }
+}
 
 QByteArray runReportJson(const BatchController& controller)
 {
@@ -49,7 +63,10 @@ QByteArray runReportJson(const BatchController& controller)
         statuses.insert(path, QStringLiteral("not run"));
 
     const QList<ToolRunOutcome> outcomes = controller.toolRunOutcomes();
+    if (const auto plan = controller.plan())
+        addInterimStatuses(*plan, outcomes, &statuses);
     QJsonObject root {
+        { QStringLiteral("schema"), QStringLiteral("quillon-report/1") },
         { QStringLiteral("written"), outcome.written.size() },
         { QStringLiteral("missing"), outcome.missing.size() },
         { QStringLiteral("notRun"), outcome.notRun.size() },

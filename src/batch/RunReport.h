@@ -19,6 +19,12 @@ QByteArray runReportJson(const BatchController& controller);
 QJsonObject runReportSettings(const RunSettings& settings);
 QJsonArray runReportChain(const RecordList& chain);
 
+// Gives the tasks of the steps before the last their status: "interim" when
+// their tool run started (the output, if made, was removed at the end of the
+// run), "not run" otherwise. `outcomes` are in plan order.
+void addInterimStatuses(
+    const RunPlan& plan, const QList<ToolRunOutcome>& outcomes, QHash<QString, QString>* statuses);
+
 // Writes the report with QSaveFile; false with *error when it could not be.
 bool saveRunReport(const QString& path, const BatchController& controller, QString* error);
 

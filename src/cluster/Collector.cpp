@@ -153,27 +153,34 @@ bool collectClusterParts(const QString& bundleDirectory, CollectOutcome* outcome
             { QStringLiteral("exitCode"), part.value(QStringLiteral("exitCode")) } });
     }
 
-    // The plan with what became of each final output and each tool run.
+    // The plan with what became of each output and each tool run; a tool run
+    // no element reported never started.
+    QList<ToolRunOutcome> outcomes;
+    for (qsizetype r = 0; r < shape.toolRuns.size(); ++r)
+        outcomes.append(ends.value(r));
+    QHash<QString, QString> interim;
+    addInterimStatuses(shape, outcomes, &interim);
     QJsonArray runs = bundle.plan.value(QStringLiteral("toolRuns")).toArray();
     for (qsizetype r = 0; r < runs.size(); ++r) {
         QJsonObject run = runs.at(r).toObject();
-        if (const auto end = ends.constFind(r); end != ends.cend())
-            insertToolRunOutcome(run, end.value());
-        if (run.value(QStringLiteral("step")).toInt() == shape.steps - 1) {
-            QJsonArray tasks = run.value(QStringLiteral("tasks")).toArray();
-            for (qsizetype t = 0; t < tasks.size(); ++t) {
-                QJsonObject task = tasks.at(t).toObject();
-                QString status = statuses.value(task.value(QStringLiteral("result")).toString(), kNotRun);
-                if (task.value(QStringLiteral("skipped")).toBool())
-                    status = kNotRun;
+        insertToolRunOutcome(run, outcomes.value(r));
+        const bool last = run.value(QStringLiteral("step")).toInt() == shape.steps - 1;
+        QJsonArray tasks = run.value(QStringLiteral("tasks")).toArray();
+        for (qsizetype t = 0; t < tasks.size(); ++t) {
+            QJsonObject task = tasks.at(t).toObject();
+            const QString path = task.value(QStringLiteral("result")).toString();
+            QString status = (last ? statuses : interim).value(path, kNotRun);
+            if (task.value(QStringLiteral("skipped")).toBool())
+                status = kNotRun;
+            if (last) {
                 result.written += status == QLatin1String("written") ? 1 : 0;
                 result.missing += status == QLatin1String("missing") ? 1 : 0;
                 result.notRun += status == kNotRun ? 1 : 0;
-                task.insert(QStringLiteral("status"), status);
-                tasks[t] = task;
             }
-            run.insert(QStringLiteral("tasks"), tasks);
+            task.insert(QStringLiteral("status"), status);
+            tasks[t] = task;
         }
+        run.insert(QStringLiteral("tasks"), tasks);
         runs[r] = run;
     }
     QJsonObject plan = bundle.plan;
@@ -181,8 +188,9 @@ bool collectClusterParts(const QString& bundleDirectory, CollectOutcome* outcome
     result.failedToolRuns = failedToolRuns(ends.values());
     result.elapsedMs = lastEnd > firstStart ? lastEnd - firstStart : 0;
 
-    const QJsonObject root { { QStringLiteral("written"), result.written },
-        { QStringLiteral("missing"), result.missing }, { QStringLiteral("notRun"), result.notRun },
+    const QJsonObject root { { QStringLiteral("schema"), QStringLiteral("quillon-report/1") },
+        { QStringLiteral("written"), result.written }, { QStringLiteral("missing"), result.missing },
+        { QStringLiteral("notRun"), result.notRun },
         { QStringLiteral("failedToolRuns"), result.failedToolRuns }, { QStringLiteral("aborted"), aborted },
         { QStringLiteral("elapsedMs"), result.elapsedMs },
         { QStringLiteral("chain"), runReportChain(bundle.chain) },

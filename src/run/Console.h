@@ -16,10 +16,16 @@ Q_DECLARE_LOGGING_CATEGORY(lcPlan) // the plan of a run, line by line (--verbose
 
 // One line on standard output, flushed at once, when its kind is on.
 void consoleLine(const QLoggingCategory& category, const QString& line);
+// From now on console lines go to standard error (standard output carries
+// something a program reads, such as a report).
+void sendConsoleToStandardError();
 
 // A line kept at the bottom of a terminal on standard error (a progress
 // line): rewritten in place, moved out of the way of every console line and
-// drawn again below it. An empty text ends it with a line end.
+// drawn again below it. The line is cut to the terminal's width (read again
+// when the terminal is resized); with TERM=dumb, NO_COLOR or CLICOLOR=0 it is
+// cleared with spaces instead of a control sequence. An empty text ends it
+// with a line end.
 void showTransientLine(const QString& line);
 
 } // namespace quillon

@@ -169,7 +169,8 @@ QJsonObject RunPlan::toJsonObject(
             insertToolRunOutcome(entry, outcomes->value(r));
         runs.append(entry);
     }
-    QJsonObject root { { QStringLiteral("seed"), QString::number(seed) }, { QStringLiteral("steps"), steps },
+    QJsonObject root { { QStringLiteral("schema"), QStringLiteral("quillon-plan/1") },
+        { QStringLiteral("seed"), QString::number(seed) }, { QStringLiteral("steps"), steps },
         { QStringLiteral("toolRuns"), runs } };
     if (wine) {
         QJsonObject drives;

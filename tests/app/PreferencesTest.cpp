@@ -53,8 +53,9 @@ TEST_F(PreferencesTest, DemoProfilePointsAtItsOwnStoreAndCreatesTheOutputFolder)
     EXPECT_EQ(again->stringForKey(pref::SET_WIDTH), QStringLiteral("321"));
     EXPECT_EQ(again->stringForKey(pref::TOOL_PATH), locations.toolPath);
 
-    // Found in the build tree: the sample filters and the stand-in tool.
-    const DemoLocations found = findDemoLocations(m_dir.path());
+    // Found in the build tree, relative to the programs as in an install: the
+    // sample filters and the stand-in tool.
+    const DemoLocations found = findDemoLocations(QFileInfo(QStringLiteral(QUILLON_CLI_PATH)).absolutePath());
     EXPECT_TRUE(QFileInfo(found.filtersDir).isDir()) << found.filtersDir.toStdString();
     EXPECT_TRUE(QFileInfo(found.toolPath).isExecutable()) << found.toolPath.toStdString();
     EXPECT_TRUE(found.settingsFile.endsWith(QStringLiteral("Quillon/demo.conf")));

@@ -27,6 +27,8 @@ struct CliResult {
 
 inline const QString kTool = QStringLiteral(QUILLON_STANDIN_PATH);
 using Env = QMap<QString, QString>;
+// Debian's Python, where python3-jsonschema is.
+inline const QString kPython = QStringLiteral("/usr/bin/python3");
 
 class CliFixture : public ::testing::Test {
 protected:
@@ -111,12 +113,41 @@ protected:
         return writeFile(name, data.readAll().replace("@DEFINITION@", m_definition.toUtf8()));
     }
 
-    // The JSON object of a file (a run report, a bundle's description).
+    // The JSON object of a file (a run report, a bundle's description); a
+    // plan or report is checked against its schema on the way.
     static QJsonObject readJson(const QString& path)
     {
         QFile file(path);
-        return file.open(QIODevice::ReadOnly) ? QJsonDocument::fromJson(file.readAll()).object()
-                                              : QJsonObject();
+        if (!file.open(QIODevice::ReadOnly))
+            return {};
+        const QByteArray bytes = file.readAll();
+        const QJsonObject object = QJsonDocument::fromJson(bytes).object();
+        if (object.contains(QStringLiteral("schema"))) {
+            EXPECT_EQ(validateJson(bytes), QString()) << path.toStdString();
+        }
+        return object;
+    }
+
+    // The schema errors of a plan or report (schemas/*.schema.json): empty
+    // when it is valid or python3-jsonschema is missing (schemaValidatorMissing).
+    static QString validateJson(const QByteArray& json)
+    {
+        QProcess python;
+        python.start(kPython,
+            { QStringLiteral(QUILLON_SOURCE_DIR "/tests/support/validate-json.py"),
+                QStringLiteral(QUILLON_SOURCE_DIR "/schemas"), QStringLiteral("-") });
+        python.write(json);
+        python.closeWriteChannel();
+        if (!python.waitForFinished(60000) || python.exitStatus() != QProcess::NormalExit)
+            return QStringLiteral("the validator did not run");
+        return python.exitCode() == 0 || python.exitCode() == 77
+            ? QString()
+            : QString::fromUtf8(python.readAllStandardError());
+    }
+
+    static bool schemaValidatorMissing()
+    {
+        return QProcess::execute(kPython, { QStringLiteral("-c"), QStringLiteral("import jsonschema") }) != 0;
     }
 
     // File name -> bytes of every file below `directory`: outputs and run
