@@ -585,6 +585,14 @@
         <source>PFM</source>
         <translation>PFM</translation>
     </message>
+    <message>
+        <source>Run the tool with Wine</source>
+        <translation>Das Werkzeug mit Wine ausführen</translation>
+    </message>
+    <message>
+        <source>The render tool is a Windows program (.exe): start it with wine and give it every path in its Windows form (Z:\…)</source>
+        <translation>Das Render-Werkzeug ist ein Windows-Programm (.exe): es mit wine starten und ihm jeden Pfad in seiner Windows-Form (Z:\…) übergeben</translation>
+    </message>
 </context>
 <context>
     <name>Thumbnail</name>
@@ -614,6 +622,37 @@
     <message>
         <source>Start anyway?</source>
         <translation>Trotzdem starten?</translation>
+    </message>
+</context>
+<context>
+    <name>quillon::AnimationMaker</name>
+    <message>
+        <source>There are no frames to make an animation of.</source>
+        <translation>Es gibt keine Einzelbilder, aus denen eine Animation erstellt werden kann.</translation>
+    </message>
+    <message>
+        <source>ffmpeg was not found on PATH; install the ffmpeg package to make animations.</source>
+        <translation>ffmpeg wurde nicht im PATH gefunden; installieren Sie das Paket ffmpeg, um Animationen zu erstellen.</translation>
+    </message>
+    <message>
+        <source>An animation is named .gif, .webm or .mp4: %1</source>
+        <translation>Eine Animation endet auf .gif, .webm oder .mp4: %1</translation>
+    </message>
+    <message>
+        <source>Cannot make a temporary folder: %1</source>
+        <translation>Es kann kein temporärer Ordner angelegt werden: %1</translation>
+    </message>
+    <message>
+        <source>Cannot link the frame %1 into a temporary folder</source>
+        <translation>Das Einzelbild %1 kann nicht in einen temporären Ordner verlinkt werden</translation>
+    </message>
+    <message>
+        <source>ffmpeg could not be started: %1</source>
+        <translation>ffmpeg konnte nicht gestartet werden: %1</translation>
+    </message>
+    <message>
+        <source>ffmpeg failed making %1: %2</source>
+        <translation>ffmpeg konnte %1 nicht erstellen: %2</translation>
     </message>
 </context>
 <context>
@@ -651,6 +690,14 @@
 Renders images in batches through a filter chain.</source>
         <translation>Quillon %1
 Rendert Bilder stapelweise durch eine Filterkette.</translation>
+    </message>
+    <message>
+        <source>The chain now makes %1 again.</source>
+        <translation>Die Kette erzeugt jetzt wieder %1.</translation>
+    </message>
+    <message>
+        <source>Variations</source>
+        <translation>Variationen</translation>
     </message>
 </context>
 <context>
@@ -909,6 +956,14 @@ Rendert Bilder stapelweise durch eine Filterkette.</translation>
         <source>Variation of %1 over the frames</source>
         <translation>Variation von %1 über die Einzelbilder</translation>
     </message>
+    <message>
+        <source>Test Strip…</source>
+        <translation>Teststreifen…</translation>
+    </message>
+    <message>
+        <source>Render frame 1 with several values of this parameter side by side</source>
+        <translation>Einzelbild 1 mit mehreren Werten dieses Parameters nebeneinander rendern</translation>
+    </message>
 </context>
 <context>
     <name>quillon::PlanPreview</name>
@@ -1007,6 +1062,45 @@ Rendert Bilder stapelweise durch eine Filterkette.</translation>
     </message>
 </context>
 <context>
+    <name>quillon::ResultsExports</name>
+    <message>
+        <source>Save Contact Sheet</source>
+        <translation>Kontaktbogen speichern</translation>
+    </message>
+    <message>
+        <source>Save</source>
+        <translation>Speichern</translation>
+    </message>
+    <message>
+        <source>PNG image (*.png)</source>
+        <translation>PNG-Bild (*.png)</translation>
+    </message>
+    <message>
+        <source>Make Animation</source>
+        <translation>Animation erstellen</translation>
+    </message>
+    <message>
+        <source>Make</source>
+        <translation>Erstellen</translation>
+    </message>
+    <message>
+        <source>Animation (*.gif *.webm *.mp4)</source>
+        <translation>Animation (*.gif *.webm *.mp4)</translation>
+    </message>
+    <message>
+        <source>An animation is named .gif, .webm or .mp4: %1</source>
+        <translation>Eine Animation endet auf .gif, .webm oder .mp4: %1</translation>
+    </message>
+    <message>
+        <source>Making the animation…</source>
+        <translation>Die Animation wird erstellt…</translation>
+    </message>
+    <message>
+        <source>Abort</source>
+        <translation>Abbrechen</translation>
+    </message>
+</context>
+<context>
     <name>quillon::ResultsModel</name>
     <message>
         <source>missing</source>
@@ -1046,6 +1140,50 @@ Rendert Bilder stapelweise durch eine Filterkette.</translation>
     <message>
         <source>Nothing could open %1.</source>
         <translation>Nichts konnte %1 öffnen.</translation>
+    </message>
+    <message>
+        <source>Sort by</source>
+        <translation>Sortieren nach</translation>
+    </message>
+    <message>
+        <source>Sort by:</source>
+        <translation>Sortieren nach:</translation>
+    </message>
+    <message>
+        <source>Use These Values</source>
+        <translation>Diese Werte übernehmen</translation>
+    </message>
+    <message>
+        <source>Set the chain so that the next run makes the selected output again</source>
+        <translation>Die Kette so einstellen, dass der nächste Lauf die ausgewählte Ausgabe erneut erzeugt</translation>
+    </message>
+    <message>
+        <source>Save Contact Sheet…</source>
+        <translation>Kontaktbogen speichern…</translation>
+    </message>
+    <message>
+        <source>Make Animation…</source>
+        <translation>Animation erstellen…</translation>
+    </message>
+    <message>
+        <source>Assemble each input&apos;s frames into a GIF, WebM or MP4 file with ffmpeg</source>
+        <translation>Die Einzelbilder jeder Eingabe mit ffmpeg zu einer GIF-, WebM- oder MP4-Datei zusammenfügen</translation>
+    </message>
+    <message>
+        <source> fps</source>
+        <translation> fps</translation>
+    </message>
+    <message>
+        <source>Frames per second of the animation</source>
+        <translation>Einzelbilder pro Sekunde der Animation</translation>
+    </message>
+    <message>
+        <source>Animation:</source>
+        <translation>Animation:</translation>
+    </message>
+    <message>
+        <source>Plan order</source>
+        <translation>Geplante Reihenfolge</translation>
     </message>
 </context>
 <context>
@@ -1105,6 +1243,37 @@ Rendert Bilder stapelweise durch eine Filterkette.</translation>
     <message>
         <source>not set</source>
         <translation>nicht gesetzt</translation>
+    </message>
+</context>
+<context>
+    <name>quillon::TestStrip</name>
+    <message>
+        <source>Test Strip</source>
+        <translation>Teststreifen</translation>
+    </message>
+    <message>
+        <source>Use this value</source>
+        <translation>Diesen Wert übernehmen</translation>
+    </message>
+    <message>
+        <source>Rendering %1 images…</source>
+        <translation>%1 Bilder werden gerendert…</translation>
+    </message>
+    <message>
+        <source>No temporary folder could be made.</source>
+        <translation>Es konnte kein temporärer Ordner angelegt werden.</translation>
+    </message>
+    <message>
+        <source>The input directory holds no file.</source>
+        <translation>Der Eingabeordner enthält keine Datei.</translation>
+    </message>
+    <message>
+        <source>Cancelled.</source>
+        <translation>Abgebrochen.</translation>
+    </message>
+    <message>
+        <source>Choose the image to keep its value.</source>
+        <translation>Wählen Sie das Bild, dessen Wert übernommen werden soll.</translation>
     </message>
 </context>
 </TS>

@@ -93,6 +93,7 @@ TEST_F(CliPlan, ADryRunAndTheRunAgreeOnEveryCheck)
         const char* dryShows; // in the dry run's standard output (the plan) or error
         const char* runShows; // in the run's standard error
         bool existingOutput = false;
+        bool json = false; // the dry run prints JSON
     };
     const QStringList one { "--input", photo, "--frames", "1" };
     const QStringList all { "--input-dir", m_in, "--frames", "1" };
@@ -104,8 +105,8 @@ TEST_F(CliPlan, ADryRunAndTheRunAgreeOnEveryCheck)
           "must not be more than 25 with letter frame names", "must not be more than 25" },
         { one + QStringList { "--existing", "stop" }, 2, "1 of the planned outputs exist already",
           "1 of the planned outputs exist already", true },
-        { one + QStringList { "--existing", "skip", "--json" }, 0, "\"skipped\": true", "0 written, 0 missing, 1 not run",
-          true },
+        { one + QStringList { "--existing", "skip" }, 0, "\"skipped\": true", "0 written, 0 missing, 1 not run",
+          true, true },
         { QStringList { "--input", photo, "--frames", "1", "--output", made, "--mkdir" }, 0,
           "my-exportphoto-1.png", "1 written" },
         { all, 0, "1 entries of the input directory are not images and were left out: pipe", "1 written" },
@@ -118,7 +119,8 @@ TEST_F(CliPlan, ADryRunAndTheRunAgreeOnEveryCheck)
         if (c.existingOutput)
             writeFile(QStringLiteral("out/my-exportphoto-1.png"), "mine");
         const auto before = batchSnapshot(m_temp.path());
-        const CliResult dry = run(baseFlags() + c.flags + QStringList { "--dry-run" });
+        const CliResult dry
+            = run(baseFlags() + c.flags + QStringList { "--dry-run" } + (c.json ? QStringList { "--json" } : QStringList()));
         expectExit(dry, c.exitCode);
         EXPECT_TRUE((dry.out + dry.err).contains(QString::fromUtf8(c.dryShows))) << dry.out.toStdString();
         // Nothing created, written or changed.
