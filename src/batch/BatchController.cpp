@@ -99,18 +99,7 @@ bool BatchController::startBatchWithSender(const RecordList& chain, const RunSet
     if (m_display)
         m_display->beginProgressSheet();
     if (m_part) {
-        StartPlan part;
-        part.settings = m_settings;
-        part.plan = m_part->plan;
-        part.settings.seed = part.plan->seed;
-        for (const PlannedToolRun& run : std::as_const(part.plan->toolRuns)) {
-            if (run.step == 0 && !run.input.isEmpty())
-                part.inputs.append(run.input);
-        }
-        m_planning.setFuture(QtConcurrent::run([part]() mutable {
-            checkStartPlan(part);
-            return part;
-        }));
+        m_planning.setFuture(QtConcurrent::run(planPart, m_settings, m_part->plan));
     } else {
         m_planning.setFuture(
             QtConcurrent::run(planStart, PlanRequest { copyChain(m_chain), m_settings, false, &m_planAbort }));

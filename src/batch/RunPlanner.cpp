@@ -218,6 +218,20 @@ void checkStartPlan(StartPlan& start)
         start.finalsBefore.insert(path, regularFileIdentity(path));
 }
 
+StartPlan planPart(const RunSettings& settings, const std::shared_ptr<RunPlan>& plan)
+{
+    StartPlan part;
+    part.settings = settings;
+    part.plan = plan;
+    part.settings.seed = plan->seed;
+    for (const PlannedToolRun& run : std::as_const(plan->toolRuns)) {
+        if (run.step == 0 && !run.input.isEmpty())
+            part.inputs.append(run.input);
+    }
+    checkStartPlan(part);
+    return part;
+}
+
 void applyExistingPolicy(StartPlan& start, ExistingOutputs policy)
 {
     if (start.existingFinals.isEmpty() || !start.refusal.isEmpty())

@@ -73,6 +73,10 @@ StartPlan planStart(const PlanRequest& request);
 // The checks of planStart on a plan made elsewhere (a cluster element's):
 // fills in the refusal, the existing final outputs and their state.
 void checkStartPlan(StartPlan& start);
+// A part of a run planned elsewhere (a cluster element's plan, every value
+// fixed): its inputs are those of its first step, and checkStartPlan's
+// checks are made on it.
+StartPlan planPart(const RunSettings& settings, const std::shared_ptr<RunPlan>& plan);
 // What the run does with planned final outputs that exist: Replace keeps
 // the plan, Skip marks their tasks skipped, Cancel refuses the run.
 void applyExistingPolicy(StartPlan& start, ExistingOutputs policy);
