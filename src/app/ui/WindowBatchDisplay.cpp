@@ -51,6 +51,11 @@ void WindowBatchDisplay::showSourceInfo(const QString& source)
     m_sheet->showSourceInfo(source);
 }
 
+void WindowBatchDisplay::showNotice(const QString& message)
+{
+    m_sheet->showRenderInfo(message);
+}
+
 void WindowBatchDisplay::showRenderInfo(const QString& info)
 {
     if (!m_sheetOpen) {

@@ -32,6 +32,8 @@ public:
     // characters): a label laid out anew with a whole pipe-full of lines
     // would hold the window up for a quarter of a second per report.
     void showRenderInfo(const QString& info) override;
+    // Shown on the progress sheet's output line until the tool says more.
+    void showNotice(const QString& message) override;
     void runFinished(bool aborted) override;
     ExistingOutputs askExistingOutputs(const QStringList& paths) override;
     bool confirmWarning(const QString& message) override;
