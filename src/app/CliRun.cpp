@@ -4,6 +4,7 @@
 #include "batch/BatchController.h"
 #include "batch/RunReport.h"
 #include "run/Console.h"
+#include "run/SafeFile.h"
 
 #include <QFileInfo>
 #include <QLoggingCategory>
@@ -196,6 +197,14 @@ int CliRun::exec(const QStringList& arguments)
         for (const QString& line : controller.plan()->describe().split(QLatin1Char('\n')))
             consoleLine(lcPlan(), QStringLiteral("plan: ") + line);
     });
+    // A report that could not be written would lose the run's record.
+    if (const QString problem = options.reportFile.isEmpty() || options.reportFile == QLatin1String("-")
+            ? QString()
+            : saveTargetProblem(options.reportFile);
+        !problem.isEmpty()) {
+        writeError(QStringLiteral("Cannot write the report %1: %2").arg(options.reportFile, problem));
+        return kCliExitFailed;
+    }
     // The check's message already went to standard error through the display.
     if (!controller.startBatchWithSender(chain, options.settings, &error))
         return kCliExitFailed;
@@ -210,13 +219,17 @@ int CliRun::exec(const QStringList& arguments)
     writeError(controller.outcomeLine());
     for (const QString& line : controller.outcomeDetails())
         writeError(line);
-    if (!options.reportFile.isEmpty() && !saveRunReport(options.reportFile, controller, &error))
-        writeError(error);
     int code = kCliExitOk;
     if (m_interrupted.load() || controller.isAborted())
         code = kCliExitInterrupted;
     else if (!controller.outcome().missing.isEmpty() || controller.hasFailedToolRun())
         code = kCliExitIncomplete;
+    // The run happened, its record did not.
+    if (!options.reportFile.isEmpty() && !saveRunReport(options.reportFile, controller, &error)) {
+        writeError(error);
+        if (code == kCliExitOk)
+            code = kCliExitIncomplete;
+    }
     if (!options.contactSheet.isEmpty() || !options.animation.isEmpty()) {
         const int made = writeRunResults(options, controller);
         if (made != kCliExitOk && code == kCliExitOk)
@@ -226,7 +239,7 @@ int CliRun::exec(const QStringList& arguments)
         if (!saveCliChain(options.saveChainFile, controller.chain(), &error)) {
             writeError(error);
             if (code == kCliExitOk)
-                code = kCliExitFailed;
+                code = kCliExitIncomplete;
         }
     }
     return code;

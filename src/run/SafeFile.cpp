@@ -53,16 +53,18 @@ bool writeAll(int fd, const QByteArray& bytes)
 
 // The body of both atomic writes: a new temporary file beside `path`, the
 // bytes, the rename. Returns the open descriptor, or -1 with errno set.
-int writeAndRename(const QString& path, const QByteArray& bytes)
+int writeAndRename(const QString& path, const QByteArray& bytes, bool durable = false, int mode = 0666)
 {
     const QByteArray target = QFile::encodeName(path);
     const QByteArray temporary = target
         + QStringLiteral(".quillon-%1-%2").arg(::getpid()).arg(g_temporaryCounter.fetch_add(1)).toLatin1();
     // O_EXCL with O_CREAT never opens an existing entry, a link included.
-    const int fd = ::open(temporary.constData(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666);
+    const int fd = ::open(temporary.constData(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC,
+        static_cast<mode_t>(mode));
     if (fd < 0)
         return -1;
-    if (!writeAll(fd, bytes) || ::rename(temporary.constData(), target.constData()) != 0) {
+    if (!writeAll(fd, bytes) || (durable && ::fsync(fd) != 0)
+        || ::rename(temporary.constData(), target.constData()) != 0) {
         const int saved = errno;
         ::close(fd);
         ::unlink(temporary.constData());
@@ -101,6 +103,39 @@ int createFileAtomically(const QString& path, const QByteArray& bytes, QString* 
     if (fd < 0)
         fail(error, path, errno);
     return fd;
+}
+
+QString saveTargetProblem(const QString& path)
+{
+    const QByteArray name = QFile::encodeName(path);
+    struct stat info { };
+    if (::lstat(name.constData(), &info) == 0) {
+        if (S_ISLNK(info.st_mode))
+            return QStringLiteral("it is a link (Quillon does not write through links)");
+        if (!S_ISREG(info.st_mode))
+            return QStringLiteral("it is not a regular file");
+        return {};
+    }
+    const QFileInfo folder(QFileInfo(path).absolutePath());
+    if (!folder.isDir())
+        return QStringLiteral("its folder does not exist");
+    if (!folder.isWritable())
+        return QStringLiteral("its folder cannot be written");
+    return {};
+}
+
+bool saveUserFile(const QString& path, const QByteArray& bytes, QString* error, int mode)
+{
+    if (const QString problem = saveTargetProblem(path); !problem.isEmpty()) {
+        if (error)
+            *error = QStringLiteral("cannot write %1: %2").arg(path, problem);
+        return false;
+    }
+    const int fd = writeAndRename(path, bytes, true, mode);
+    if (fd < 0)
+        return fail(error, path, errno);
+    ::close(fd);
+    return true;
 }
 
 bool removeIfUnchanged(const QString& path, const FileIdentity& expected)
