@@ -8,6 +8,7 @@
 
 #include <cerrno>
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -101,6 +102,8 @@ RunJournal::Begin RunJournal::beginWith(const QString& outputDir, const QString&
     if (!lock)
         return Begin::Ok;
     m_lock = std::move(lock);
+    m_anchor = std::make_unique<DirectoryAnchor>(outputDir);
+    m_folderFd = ::open(folder.constData(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
 
     m_journalName = journalName;
     const QString journal = QDir(m_folder).filePath(journalName);
@@ -254,11 +257,15 @@ QString RunJournal::jobFolder(int slot)
         return known.value();
     if (!m_lock)
         return {};
-    const QString folder = QDir(m_folder).filePath(QStringLiteral("job-%1").arg(slot));
-    const QByteArray bytes = QFile::encodeName(folder);
+    const QString name = QStringLiteral("job-%1").arg(slot);
+    const QString folder = QDir(m_folder).filePath(name);
+    const QByteArray bytes = QFile::encodeName(name);
+    // Made in the folder this run holds, wherever its path leads now.
     struct stat info { };
-    if (::mkdir(bytes.constData(), 0777) != 0
-        && (::lstat(bytes.constData(), &info) != 0 || !S_ISDIR(info.st_mode)))
+    if (m_folderFd < 0
+        || (::mkdirat(m_folderFd, bytes.constData(), 0777) != 0
+            && (::fstatat(m_folderFd, bytes.constData(), &info, AT_SYMLINK_NOFOLLOW) != 0
+                || !S_ISDIR(info.st_mode))))
         return {};
     m_jobFolders.insert(slot, folder);
     return folder;
@@ -275,6 +282,11 @@ void RunJournal::end()
         m_journalFd = -1;
         QFile::remove(QDir(m_folder).filePath(m_journalName));
     }
+    if (m_folderFd >= 0) {
+        ::close(m_folderFd);
+        m_folderFd = -1;
+    }
+    m_anchor.reset();
     if (m_lock) {
         m_lock->unlock();
         m_lock.reset();

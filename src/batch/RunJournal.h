@@ -89,6 +89,8 @@ private:
     QString m_folder;
     QString m_journalName;
     std::unique_ptr<QLockFile> m_lock;
+    std::unique_ptr<DirectoryAnchor> m_anchor;
+    int m_folderFd = -1; // ".quillon", opened without following a link
     int m_journalFd = -1;
     QHash<QString, FileIdentity> m_created;
     QStringList m_keptLeftovers;

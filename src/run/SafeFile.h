@@ -2,6 +2,7 @@
 
 #include <QByteArray>
 #include <QString>
+#include <QStringList>
 
 #include <sys/types.h>
 
@@ -31,6 +32,23 @@ struct FileIdentity {
 // The identity of the regular file at `path`; invalid when there is none
 // (nothing there, a link, a directory, a pipe ...).
 FileIdentity regularFileIdentity(const QString& path);
+
+// While it lives, the atomic writes below `directory` are made relative to
+// the directory as it was when the anchor was made, and every folder below
+// it is entered without following a link: a folder swapped for a link, or
+// the directory moved, sends nothing outside. A run anchors its output
+// directory.
+class DirectoryAnchor final {
+public:
+    explicit DirectoryAnchor(const QString& directory);
+    ~DirectoryAnchor();
+    DirectoryAnchor(const DirectoryAnchor&) = delete;
+    DirectoryAnchor& operator=(const DirectoryAnchor&) = delete;
+
+private:
+    int m_fd = -1;
+    QStringList m_paths;
+};
 
 // Writes `bytes` to `path` atomically: a new file in the same directory,
 // created without following links and never over an existing entry, then

@@ -4,6 +4,7 @@
 // that takes nothing, report names that cannot take a report.
 
 #include "support/CliFixture.h"
+#include "support/NothingLost.h"
 
 #include <QTest>
 
@@ -107,6 +108,27 @@ TEST_F(CliFault, AnAbortedStepLeavesNothingThatBlocksTheNextStart)
     expectExit(run(flags), 0, "2 written");
     EXPECT_EQ(batchDirectoryNames(m_out),
         (QStringList { "my-exportmy-exportphoto-1.png", "my-exportmy-exportphoto-2.png" }));
+}
+
+TEST_F(CliFault, AJobFolderSwappedForALinkMidRunSendsNothingOutside)
+{
+    for (const char* name : { "a.png", "b.png", "c.png", "d.png" })
+        ASSERT_TRUE(writeBatchInputImage(m_in + QLatin1Char('/') + QLatin1String(name)));
+    const QString outside = m_temp.path() + QStringLiteral("/outside");
+    ASSERT_TRUE(QDir().mkdir(outside));
+    const QString gate = m_temp.path() + QStringLiteral("/gate");
+    const QString journal = m_temp.path() + QStringLiteral("/journal");
+    QProcess process;
+    start(process, baseFlags() + QStringList { "--input-dir", m_in, "--frames", "1", "--jobs", "2" },
+        { { "QUILLON_STANDIN_GATE", gate }, { "QUILLON_STANDIN_JOURNAL", journal } });
+    // Both slots' tools wait at the gate.
+    ASSERT_TRUE(QTest::qWaitFor([&] { return journalEntries(journal, QStringLiteral("pid")).size() == 2; }, 120000));
+    const QString job = m_out + QStringLiteral("/.quillon/job-0");
+    ASSERT_TRUE(QDir().rename(job, m_temp.path() + QStringLiteral("/moved")));
+    ASSERT_TRUE(QFile::link(outside, job));
+    writeFile(QStringLiteral("gate"), "open");
+    EXPECT_EQ(finish(process).exitCode, 3);
+    EXPECT_EQ(QDir(outside).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot), QStringList());
 }
 
 TEST_F(CliFault, ALockDamagedByAPowerLossIsTakenOver)
