@@ -93,8 +93,8 @@ int openParent(const QString& path, QByteArray* name)
     folders.removeLast();
     int fd = anchor;
     for (const QString& folder : std::as_const(folders)) {
-        const int next
-            = ::openat(fd, QFile::encodeName(folder).constData(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+        const int next = ::openat(
+            fd, QFile::encodeName(folder).constData(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
         const int saved = errno;
         ::close(fd);
         if (next < 0) {
@@ -118,8 +118,8 @@ int writeAndRename(const QString& path, const QByteArray& bytes, bool durable = 
     const QByteArray temporary = target
         + QStringLiteral(".quillon-%1-%2").arg(::getpid()).arg(g_temporaryCounter.fetch_add(1)).toLatin1();
     // O_EXCL with O_CREAT never opens an existing entry, a link included.
-    const int fd = ::openat(directory, temporary.constData(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC,
-        static_cast<mode_t>(mode));
+    const int fd = ::openat(directory, temporary.constData(),
+        O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, static_cast<mode_t>(mode));
     if (fd < 0) {
         const int saved = errno;
         ::close(directory);
@@ -148,7 +148,8 @@ DirectoryAnchor::DirectoryAnchor(const QString& directory)
         return;
     const QFileInfo info(directory);
     m_paths = QStringList { QDir::cleanPath(info.absoluteFilePath()) };
-    if (const QString canonical = info.canonicalFilePath(); !canonical.isEmpty() && canonical != m_paths.first())
+    if (const QString canonical = info.canonicalFilePath();
+        !canonical.isEmpty() && canonical != m_paths.first())
         m_paths.append(canonical);
     const QMutexLocker locker(&g_anchorMutex);
     for (const QString& path : std::as_const(m_paths))

@@ -70,7 +70,8 @@ TEST_F(CliFault, EntriesAtPlannedNamesAreRefusedBeforeAnythingIsWritten)
         for (const QStringList& mode : { QStringList { "--dry-run" }, QStringList() })
             expectExit(run(flags + mode), 2, QString::fromLatin1(c.refusal) + name);
         EXPECT_EQ(batchSnapshot(m_temp.path()), before);
-        EXPECT_EQ(QDir(m_out).entryList(QDir::AllEntries | QDir::System | QDir::Hidden | QDir::NoDotAndDotDot),
+        EXPECT_EQ(
+            QDir(m_out).entryList(QDir::AllEntries | QDir::System | QDir::Hidden | QDir::NoDotAndDotDot),
             QStringList { name });
         if (c.kind == Entry::Folder)
             QDir(path).removeRecursively();
@@ -122,7 +123,8 @@ TEST_F(CliFault, AJobFolderSwappedForALinkMidRunSendsNothingOutside)
     start(process, baseFlags() + QStringList { "--input-dir", m_in, "--frames", "1", "--jobs", "2" },
         { { "QUILLON_STANDIN_GATE", gate }, { "QUILLON_STANDIN_JOURNAL", journal } });
     // Both slots' tools wait at the gate.
-    ASSERT_TRUE(QTest::qWaitFor([&] { return journalEntries(journal, QStringLiteral("pid")).size() == 2; }, 120000));
+    ASSERT_TRUE(
+        QTest::qWaitFor([&] { return journalEntries(journal, QStringLiteral("pid")).size() == 2; }, 120000));
     const QString job = m_out + QStringLiteral("/.quillon/job-0");
     ASSERT_TRUE(QDir().rename(job, m_temp.path() + QStringLiteral("/moved")));
     ASSERT_TRUE(QFile::link(outside, job));
@@ -134,7 +136,8 @@ TEST_F(CliFault, AJobFolderSwappedForALinkMidRunSendsNothingOutside)
 TEST_F(CliFault, ALockDamagedByAPowerLossIsTakenOver)
 {
     const QString lock = m_out + QStringLiteral("/.quillon/lock");
-    for (const QByteArray& bytes : { QByteArray(), QByteArray("\n\n"), QByteArray("\xff\xfe garbage\n\n\n") }) {
+    for (const QByteArray& bytes :
+        { QByteArray(), QByteArray("\n\n"), QByteArray("\xff\xfe garbage\n\n\n") }) {
         SCOPED_TRACE(bytes.toStdString());
         ASSERT_TRUE(QDir(m_out).mkpath(QStringLiteral(".quillon")));
         writeFile(QStringLiteral("out/.quillon/lock"), bytes);

@@ -67,7 +67,8 @@ TEST_F(CliSafety, OneRunAtATimePerOutputDirectory)
     readUntil(first, kToolStarted);
 
     expectExit(run(baseFlags() + QStringList { "--prefix", "other" }), 2,
-        QStringLiteral("Another run is using this output directory\nquillon-cli: %1/.quillon/lock, held by process %2")
+        QStringLiteral(
+            "Another run is using this output directory\nquillon-cli: %1/.quillon/lock, held by process %2")
             .arg(m_out)
             .arg(first.processId()));
 
@@ -126,8 +127,8 @@ TEST_F(CliSafety, HangupAbortsAndAKilledRunIsCleanedUpByTheNext)
     EXPECT_EQ(next.exitCode, 0);
     EXPECT_TRUE(next.out.contains(QStringLiteral("deleted ") + m_out + QStringLiteral("/bth-run-1.ffxml")));
     EXPECT_TRUE(next.out.contains(QStringLiteral("kept %1: changed since the run wrote it").arg(edited)));
-    EXPECT_EQ(batchDirectoryNames(m_out),
-        (QStringList { "NX_next-1.png", "NX_next-2.png", "bth-run-2.ffxml" }));
+    EXPECT_EQ(
+        batchDirectoryNames(m_out), (QStringList { "NX_next-1.png", "NX_next-2.png", "bth-run-2.ffxml" }));
 }
 
 } // namespace
