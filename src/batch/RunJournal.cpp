@@ -139,6 +139,8 @@ void RunJournal::removeLeftovers(const QString& journalPath, const QString& fold
     QFile journal(journalPath);
     if (!journal.open(QIODevice::ReadOnly))
         return;
+    QStringList order;
+    QHash<QString, FileIdentity> latest;
     while (!journal.atEnd()) {
         const QList<QByteArray> fields = journal.readLine().trimmed().split(' ');
         // A line without the modification time cannot tell an edited file
@@ -158,9 +160,16 @@ void RunJournal::removeLeftovers(const QString& journalPath, const QString& fold
         if (!valid || !ok)
             continue;
         const QString path = QUrl::fromPercentEncoding(fields.at(5));
+        // A file written again (the control file of every tool run) is
+        // judged by what the run wrote last.
+        if (!latest.contains(path))
+            order.append(path);
+        latest.insert(path, identity);
+    }
+    for (const QString& path : std::as_const(order)) {
         if (!isInsideOutput(path, m_outputDir))
             continue;
-        if (removeIfUnchanged(path, identity)) {
+        if (removeIfUnchanged(path, latest.value(path))) {
             if (removed)
                 removed->append(path);
         } else if (QFileInfo(path).exists() || QFileInfo(path).isSymLink()) {
