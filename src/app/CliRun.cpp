@@ -5,6 +5,7 @@
 #include "batch/RunPlanner.h"
 #include "batch/RunReport.h"
 #include "run/Console.h"
+#include "run/SafeFile.h"
 
 #include <QFileInfo>
 #include <QLoggingCategory>
@@ -220,6 +221,14 @@ int CliRun::exec(const QStringList& arguments)
         for (const QString& line : controller.plan()->describe().split(QLatin1Char('\n')))
             consoleLine(lcPlan(), QStringLiteral("plan: ") + line);
     });
+    // A report that could not be written would lose the run's record.
+    if (const QString problem = options.reportFile.isEmpty() || options.reportFile == QLatin1String("-")
+            ? QString()
+            : saveTargetProblem(options.reportFile);
+        !problem.isEmpty()) {
+        writeError(QStringLiteral("Cannot write the report %1: %2").arg(options.reportFile, problem));
+        return kCliExitFailed;
+    }
     // The check's message already went to standard error through the display.
     if (!controller.startBatchWithSender(chain, options.settings, &error))
         return kCliExitFailed;
@@ -234,18 +243,21 @@ int CliRun::exec(const QStringList& arguments)
     writeError(controller.outcomeLine());
     for (const QString& line : controller.outcomeDetails())
         writeError(line);
-    if (reportToStandardOutput) {
-        const QByteArray report = runReportJson(controller);
-        std::fwrite(report.constData(), 1, static_cast<size_t>(report.size()), stdout);
-        std::fflush(stdout);
-    } else if (!options.reportFile.isEmpty() && !saveRunReport(options.reportFile, controller, &error)) {
-        writeError(error);
-    }
     int code = kCliExitOk;
     if (m_interrupted.load() || controller.isAborted())
         code = kCliExitInterrupted;
     else if (!controller.outcome().missing.isEmpty() || controller.hasFailedToolRun())
         code = kCliExitIncomplete;
+    if (reportToStandardOutput) {
+        const QByteArray report = runReportJson(controller);
+        std::fwrite(report.constData(), 1, static_cast<size_t>(report.size()), stdout);
+        std::fflush(stdout);
+    } else if (!options.reportFile.isEmpty() && !saveRunReport(options.reportFile, controller, &error)) {
+        // The run happened, its record did not.
+        writeError(error);
+        if (code == kCliExitOk)
+            code = kCliExitIncomplete;
+    }
     if (!options.contactSheet.isEmpty() || !options.animation.isEmpty()) {
         const int made = writeRunResults(options, controller);
         if (made != kCliExitOk && code == kCliExitOk)
@@ -255,7 +267,7 @@ int CliRun::exec(const QStringList& arguments)
         if (!saveCliChain(options.saveChainFile, controller.chain(), &error)) {
             writeError(error);
             if (code == kCliExitOk)
-                code = kCliExitFailed;
+                code = kCliExitIncomplete;
         }
     }
     return code;

@@ -10,6 +10,7 @@
 #include <QSocketNotifier>
 #include <QTimer>
 
+#include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <cstring>
@@ -44,9 +45,10 @@ bool installTerminationHandlers()
     action.sa_handler = onTerminationSignal;
     sigemptyset(&action.sa_mask);
     action.sa_flags = SA_RESTART;
-    // A closed terminal (SIGHUP) and Ctrl-\ (SIGQUIT) end a run like Ctrl-C:
-    // aborted, cleaned up, exit 130.
-    for (const int signal : { SIGINT, SIGTERM, SIGHUP, SIGQUIT }) {
+    // A closed terminal (SIGHUP), Ctrl-\ (SIGQUIT) and a reader that went
+    // away (SIGPIPE, as in `quillon-cli ... | head -1`) end a run like
+    // Ctrl-C: aborted, cleaned up, exit 130.
+    for (const int signal : { SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGPIPE }) {
         if (::sigaction(signal, &action, nullptr) != 0)
             return false;
     }
@@ -109,5 +111,12 @@ int main(int argc, char** argv)
         QCoreApplication::exit(code);
     });
     app.exec();
+    // Output that did not arrive (a full disk, a closed pipe) is an error,
+    // not a success.
+    if (std::fflush(stdout) != 0 || std::ferror(stdout)) {
+        std::fprintf(stderr, "quillon-cli: cannot write to standard output: %s\n", std::strerror(errno));
+        if (code == quillon::kCliExitOk)
+            code = quillon::kCliExitFailed;
+    }
     return code;
 }

@@ -115,7 +115,8 @@ bool BatchController::takeOutputDirectory(QString* error)
         : m_journal.begin(m_settings.outputPath, &leftovers);
     switch (taken) {
     case RunJournal::Begin::Busy:
-        return refuse(QStringLiteral("Another run is using this output directory"), error);
+        return refuse(
+            QStringLiteral("Another run is using this output directory\n") + m_journal.lockHolder(), error);
     case RunJournal::Begin::NotAFolder:
         return refuse(QStringLiteral("The output directory holds a file named %1; Quillon needs that name "
                                      "for a folder of its own")
@@ -124,8 +125,14 @@ bool BatchController::takeOutputDirectory(QString* error)
     case RunJournal::Begin::Ok:
         break;
     }
+    for (const QString& notice : m_journal.notices()) {
+        if (m_display)
+            m_display->showNotice(notice);
+    }
     for (const QString& path : std::as_const(leftovers))
         printLine(lcFiles(), QStringLiteral("deleted ") + path);
+    for (const QString& path : m_journal.keptLeftovers())
+        printLine(lcFiles(), QStringLiteral("kept %1: changed since the run wrote it").arg(path));
     // The parts of a run share the output directory: each keeps its task
     // files in a folder of its own, or does not run.
     if (m_part && m_journal.jobFolder(m_part->jobFolder).isEmpty())

@@ -2,10 +2,14 @@
 
 #include "batch/InputListing.h"
 #include "run/RunSettings.h"
+#include "run/SafeFile.h"
 #include "step/XmlFiles.h"
 
+#include <QDir>
 #include <QFileInfo>
 #include <QSet>
+
+#include <algorithm>
 
 namespace quillon {
 
@@ -112,12 +116,35 @@ QString nameSome(const QStringList& paths)
     return text;
 }
 
-QString planRefusal(const RunPlan& plan)
+QStringList taskFileNames(const RunPlan& plan)
+{
+    qint64 largest = -1;
+    for (const PlannedToolRun& run : plan.toolRuns) {
+        for (const PlannedTask& task : run.tasks)
+            largest = std::max(largest, task.index);
+    }
+    QStringList names { QStringLiteral("controlfile.xml") };
+    for (qint64 index = 0; index <= largest; ++index)
+        names.append(QStringLiteral("bth-run-%1.ffxml").arg(index));
+    return names;
+}
+
+QString planRefusal(const RunPlan& plan, const QString& outputDir)
 {
     const QStringList collisions = plan.collisions();
     if (!collisions.isEmpty())
         return QStringLiteral("Outputs would overwrite each other: ") + collisions.join(QStringLiteral(", "));
+    // The task files are written over whatever has their names and deleted
+    // at the end, like interim outputs. A leftover of a killed run is gone
+    // by now: the journal's clean-up comes before the plan.
     QStringList taken;
+    if (!outputDir.isEmpty()) {
+        const QDir directory(outputDir);
+        for (const QString& name : taskFileNames(plan)) {
+            if (exists(directory.filePath(name)))
+                taken.append(name);
+        }
+    }
     for (const QString& path : plan.interimOutputs()) {
         if (exists(path))
             taken.append(path);
@@ -126,6 +153,18 @@ QString planRefusal(const RunPlan& plan)
         return QStringLiteral("The output directory holds files this run would overwrite and delete: %1. "
                               "Move them or choose another directory.")
             .arg(nameSome(taken));
+    }
+    // The tool opens its output name as it finds it: a link would be written
+    // through, a pipe would block it, a directory would fail it.
+    QStringList unusable;
+    for (const QString& path : plan.finalOutputs()) {
+        if (exists(path) && !regularFileIdentity(path).isValid())
+            unusable.append(path);
+    }
+    if (!unusable.isEmpty()) {
+        return QStringLiteral("The output directory holds links, folders or other entries that are not "
+                              "files at output names: %1. Move them or choose another directory.")
+            .arg(nameSome(unusable));
     }
     return {};
 }

@@ -22,11 +22,16 @@ QString inputRefusal(const RunSettings& settings);
 // definition: the message names the first filter without it.
 QString presetRefusal(const RecordList& chain, qint64 presetIndex);
 
+// The names of the task files of a plan in its task folder: the control
+// file and a run file for every task index up to the largest.
+QStringList taskFileNames(const RunPlan& plan);
+
 // Why the plan cannot run as it is, in the words of a failed check: two
-// tasks with one Result path, or an interim output (deleted at the end of
-// the run) whose name a file in the output directory already has. Empty
-// when it can run.
-QString planRefusal(const RunPlan& plan);
+// tasks with one Result path; an entry at a task-file name in `outputDir`
+// or at an interim output name (both overwritten, then deleted at the end
+// of the run); a final output name held by anything but a regular file (a
+// link, a folder, a pipe, a device). Empty when it can run.
+QString planRefusal(const RunPlan& plan, const QString& outputDir);
 
 // The planned final outputs that exist already.
 QStringList existingFinalOutputs(const RunPlan& plan);

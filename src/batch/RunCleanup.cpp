@@ -102,8 +102,12 @@ QStringList RunCleanup::deleteCollected(RunJournal& journal)
     QStringList deleted;
     for (const QString& path : paths) {
         // Only files this run created and still finds as it left them.
-        if (isDeletable(path, parents) && journal.removeIfCreated(path))
+        if (!isDeletable(path, parents) || !journal.isCreated(path))
+            continue;
+        if (journal.removeIfCreated(path))
             deleted.append(QStringLiteral("deleted ") + path);
+        else if (QFileInfo(path).exists() || QFileInfo(path).isSymLink())
+            deleted.append(QStringLiteral("kept %1: changed since the run wrote it").arg(path));
     }
     return deleted;
 }

@@ -23,7 +23,8 @@ public:
     // The paths handed over so far, in order (kept until the next begin).
     QStringList files() const;
     // Removes the collected files the journal knows as created: one
-    // "deleted PATH" line per file removed.
+    // "deleted PATH" line per file removed, one "kept PATH: ..." line per
+    // such file changed since (it is the user's now).
     QStringList deleteCollected(RunJournal& journal);
 
 private:

@@ -8,6 +8,7 @@
 
 #include <cerrno>
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -63,6 +64,9 @@ RunJournal::Begin RunJournal::beginWith(const QString& outputDir, const QString&
     end();
     QMutexLocker locker(&m_mutex);
     m_created.clear();
+    m_keptLeftovers.clear();
+    m_notices.clear();
+    m_lockHolder.clear();
     m_outputDir = QFileInfo(outputDir).canonicalFilePath();
     if (m_outputDir.isEmpty())
         return Begin::Ok;
@@ -79,24 +83,53 @@ RunJournal::Begin RunJournal::beginWith(const QString& outputDir, const QString&
         } else if (::mkdir(folder.constData(), 0777) != 0 && errno != EEXIST) {
             return Begin::Ok; // nothing can be written here; the run will say so
         }
-        lock = std::make_unique<QLockFile>(QDir(m_folder).filePath(lockName));
+        const QString lockPath = QDir(m_folder).filePath(lockName);
+        lock = std::make_unique<QLockFile>(lockPath);
         // Only a lock whose process is gone counts as stale, however old.
         lock->setStaleLockTime(0);
-        if (!lock->tryLock(0)) {
-            if (lock->error() == QLockFile::LockFailedError)
+        if (!tryLock(*lock, lockPath)) {
+            if (lock->error() == QLockFile::LockFailedError) {
+                qint64 pid = 0;
+                QString host;
+                QString application;
+                lock->getLockInfo(&pid, &host, &application);
+                m_lockHolder = QStringLiteral("%1, held by process %2").arg(lockPath).arg(pid);
                 return Begin::Busy;
+            }
             lock.reset();
         }
     }
     if (!lock)
         return Begin::Ok;
     m_lock = std::move(lock);
+    m_anchor = std::make_unique<DirectoryAnchor>(outputDir);
+    m_folderFd = ::open(folder.constData(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
 
     m_journalName = journalName;
     const QString journal = QDir(m_folder).filePath(journalName);
     removeLeftovers(journal, leftoverFolders, removed);
     m_journalFd = createFileAtomically(journal, QByteArray());
     return Begin::Ok;
+}
+
+bool RunJournal::tryLock(QLockFile& lock, const QString& path)
+{
+    if (lock.tryLock(0) || lock.error() != QLockFile::LockFailedError)
+        return lock.isLocked();
+    qint64 pid = 0;
+    QString host;
+    QString application;
+    if (lock.getLockInfo(&pid, &host, &application) && pid > 0)
+        return false;
+    // Readable again, so that the removal can take the file's own lock
+    // first: a run that holds it keeps it.
+    ::chmod(QFile::encodeName(path).constData(), 0644);
+    if (!lock.removeStaleLockFile() || !lock.tryLock(0))
+        return false;
+    m_notices.append(QStringLiteral("The lock %1 was empty or damaged (a power loss while it was written?) "
+                                    "and no process held it: it was taken over")
+                         .arg(path));
+    return true;
 }
 
 void RunJournal::removeLeftovers(const QString& journalPath, const QString& folders, QStringList* removed)
@@ -106,17 +139,42 @@ void RunJournal::removeLeftovers(const QString& journalPath, const QString& fold
     QFile journal(journalPath);
     if (!journal.open(QIODevice::ReadOnly))
         return;
+    QStringList order;
+    QHash<QString, FileIdentity> latest;
     while (!journal.atEnd()) {
         const QList<QByteArray> fields = journal.readLine().trimmed().split(' ');
-        if (fields.size() != 5 || fields.at(0) != "created")
+        // A line without the modification time cannot tell an edited file
+        // from the one written: such files stay.
+        if (fields.size() != 6 || fields.at(0) != "created")
             continue;
         FileIdentity identity;
-        identity.device = static_cast<dev_t>(fields.at(1).toULongLong());
-        identity.inode = static_cast<ino_t>(fields.at(2).toULongLong());
-        identity.size = fields.at(3).toLongLong();
-        const QString path = QUrl::fromPercentEncoding(fields.at(4));
-        if (isInsideOutput(path, m_outputDir) && removeIfUnchanged(path, identity) && removed)
-            removed->append(path);
+        bool valid = true;
+        bool ok = false;
+        identity.device = static_cast<dev_t>(fields.at(1).toULongLong(&ok));
+        valid = valid && ok;
+        identity.inode = static_cast<ino_t>(fields.at(2).toULongLong(&ok));
+        valid = valid && ok;
+        identity.size = fields.at(3).toLongLong(&ok);
+        valid = valid && ok;
+        identity.modifiedNs = fields.at(4).toLongLong(&ok);
+        if (!valid || !ok)
+            continue;
+        const QString path = QUrl::fromPercentEncoding(fields.at(5));
+        // A file written again (the control file of every tool run) is
+        // judged by what the run wrote last.
+        if (!latest.contains(path))
+            order.append(path);
+        latest.insert(path, identity);
+    }
+    for (const QString& path : std::as_const(order)) {
+        if (!isInsideOutput(path, m_outputDir))
+            continue;
+        if (removeIfUnchanged(path, latest.value(path))) {
+            if (removed)
+                removed->append(path);
+        } else if (QFileInfo(path).exists() || QFileInfo(path).isSymLink()) {
+            m_keptLeftovers.append(path);
+        }
     }
     journal.close();
     QFile::remove(journalPath);
@@ -143,6 +201,24 @@ void RunJournal::appendLine(const QByteArray& line)
     }
 }
 
+QStringList RunJournal::notices() const
+{
+    QMutexLocker locker(&m_mutex);
+    return m_notices;
+}
+
+QString RunJournal::lockHolder() const
+{
+    QMutexLocker locker(&m_mutex);
+    return m_lockHolder;
+}
+
+QStringList RunJournal::keptLeftovers() const
+{
+    QMutexLocker locker(&m_mutex);
+    return m_keptLeftovers;
+}
+
 void RunJournal::intend(const QStringList& paths)
 {
     QByteArray lines;
@@ -158,7 +234,7 @@ void RunJournal::recordCreated(const QString& path, const FileIdentity& identity
         return;
     const QByteArray line = "created " + QByteArray::number(static_cast<quint64>(identity.device)) + ' '
         + QByteArray::number(static_cast<quint64>(identity.inode)) + ' ' + QByteArray::number(identity.size)
-        + ' ' + encodePath(path) + '\n';
+        + ' ' + QByteArray::number(identity.modifiedNs) + ' ' + encodePath(path) + '\n';
     QMutexLocker locker(&m_mutex);
     m_created.insert(path, identity);
     appendLine(line);
@@ -190,11 +266,15 @@ QString RunJournal::jobFolder(int slot)
         return known.value();
     if (!m_lock)
         return {};
-    const QString folder = QDir(m_folder).filePath(QStringLiteral("job-%1").arg(slot));
-    const QByteArray bytes = QFile::encodeName(folder);
+    const QString name = QStringLiteral("job-%1").arg(slot);
+    const QString folder = QDir(m_folder).filePath(name);
+    const QByteArray bytes = QFile::encodeName(name);
+    // Made in the folder this run holds, wherever its path leads now.
     struct stat info { };
-    if (::mkdir(bytes.constData(), 0777) != 0
-        && (::lstat(bytes.constData(), &info) != 0 || !S_ISDIR(info.st_mode)))
+    if (m_folderFd < 0
+        || (::mkdirat(m_folderFd, bytes.constData(), 0777) != 0
+            && (::fstatat(m_folderFd, bytes.constData(), &info, AT_SYMLINK_NOFOLLOW) != 0
+                || !S_ISDIR(info.st_mode))))
         return {};
     m_jobFolders.insert(slot, folder);
     return folder;
@@ -211,6 +291,11 @@ void RunJournal::end()
         m_journalFd = -1;
         QFile::remove(QDir(m_folder).filePath(m_journalName));
     }
+    if (m_folderFd >= 0) {
+        ::close(m_folderFd);
+        m_folderFd = -1;
+    }
+    m_anchor.reset();
     if (m_lock) {
         m_lock->unlock();
         m_lock.reset();

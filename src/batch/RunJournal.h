@@ -47,6 +47,14 @@ public:
     // removes the folder only when no other part is left in it.
     Begin beginPart(const QString& outputDir, int part, QStringList* removed = nullptr);
 
+    // The leftovers of a killed run that begin() found changed since that
+    // run wrote them, and kept.
+    QStringList keptLeftovers() const;
+    // What begin() has to say besides: a damaged lock taken over.
+    QStringList notices() const;
+    // After Busy: the lock's path and the process holding it.
+    QString lockHolder() const;
+
     // The run is about to write these files.
     void intend(const QStringList& paths);
     // The run wrote `path`, or found it created by the tool: it may delete
@@ -69,6 +77,9 @@ private:
     Begin beginWith(const QString& outputDir, const QString& lockName, const QString& journalName,
         const QString& leftoverFolders, QStringList* removed);
     void appendLine(const QByteArray& line);
+    // Tries `lock`; a lock file that names no process (empty or damaged by
+    // a power loss) and that no process holds is removed and tried again.
+    bool tryLock(QLockFile& lock, const QString& path);
     // Removes what the journal at `journalPath` recorded, then the empty
     // folders named by the pattern `folders`.
     void removeLeftovers(const QString& journalPath, const QString& folders, QStringList* removed);
@@ -78,8 +89,13 @@ private:
     QString m_folder;
     QString m_journalName;
     std::unique_ptr<QLockFile> m_lock;
+    std::unique_ptr<DirectoryAnchor> m_anchor;
+    int m_folderFd = -1; // ".quillon", opened without following a link
     int m_journalFd = -1;
     QHash<QString, FileIdentity> m_created;
+    QStringList m_keptLeftovers;
+    QStringList m_notices;
+    QString m_lockHolder;
     QHash<int, QString> m_jobFolders;
 };
 

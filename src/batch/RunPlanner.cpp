@@ -210,7 +210,7 @@ StartPlan planStart(const PlanRequest& request)
 
 void checkStartPlan(StartPlan& start)
 {
-    start.refusal = planRefusal(*start.plan);
+    start.refusal = planRefusal(*start.plan, start.settings.outputPath);
     if (!start.refusal.isEmpty())
         return;
     start.existingFinals = existingFinalOutputs(*start.plan);

@@ -1,9 +1,10 @@
 #include "batch/RunReport.h"
 
+#include "run/SafeFile.h"
+
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QSaveFile>
 
 namespace quillon {
 
@@ -83,12 +84,11 @@ QByteArray runReportJson(const BatchController& controller)
 
 bool saveRunReport(const QString& path, const BatchController& controller, QString* error)
 {
-    QSaveFile file(path);
-    const QByteArray bytes = runReportJson(controller);
-    if (file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.commit())
+    QString why;
+    if (saveUserFile(path, runReportJson(controller), &why))
         return true;
     if (error)
-        *error = QStringLiteral("Cannot write the report %1: %2").arg(path, file.errorString());
+        *error = QStringLiteral("Cannot write the report: ") + why;
     return false;
 }
 

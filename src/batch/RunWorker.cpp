@@ -57,6 +57,11 @@ void RunWorker::run()
         m_job.plan->wine->finishRun();
     if (m_job.settings.toolLog == 1 && m_job.log)
         m_job.log->close();
+    // The images of an inner step are handed over by the step after it,
+    // which an abort may never start: every interim output of the plan is
+    // handed over here, and the pass removes those the run created.
+    if (m_job.cleanup)
+        m_job.cleanup->collect(plan.interimOutputs());
     Q_EMIT finished(m_job.cleanup ? m_job.cleanup->deleteCollected(*m_job.journal) : QStringList());
 }
 

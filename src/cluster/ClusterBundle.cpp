@@ -1,13 +1,13 @@
 #include "cluster/ClusterBundle.h"
 
 #include "chain/ChainFile.h"
+#include "run/SafeFile.h"
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
-#include <QSaveFile>
 
 namespace quillon {
 
@@ -42,17 +42,12 @@ QString ClusterBundle::partReportPath(int element) const
 
 bool saveBundleFile(const QString& path, const QByteArray& bytes, QString* error, bool executable)
 {
-    QSaveFile file(path);
-    if (file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.commit()) {
-        if (executable) {
-            QFile::setPermissions(path,
-                QFile::permissions(path) | QFile::ExeOwner | QFile::ExeUser | QFile::ExeGroup
-                    | QFile::ExeOther);
-        }
+    // Parts on many hosts write into the bundle: never through a link.
+    QString why;
+    if (saveUserFile(path, bytes, &why, executable ? 0777 : 0666))
         return true;
-    }
     if (error)
-        *error = QStringLiteral("Cannot write %1: %2").arg(path, file.errorString());
+        *error = why.isEmpty() ? why : why.at(0).toUpper() + why.mid(1);
     return false;
 }
 

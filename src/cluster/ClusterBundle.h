@@ -49,7 +49,9 @@ struct ClusterBundle {
 // file is missing or damaged.
 bool loadClusterBundle(const QString& directory, ClusterBundle* bundle, QString* error);
 
-// Writes `bytes` to `path` with QSaveFile; `executable` adds the execute bits.
+// Writes `bytes` to `path` as a new file renamed over the name (saveUserFile:
+// flushed, never through a link, which is refused); `executable` adds the
+// execute bits.
 bool saveBundleFile(const QString& path, const QByteArray& bytes, QString* error, bool executable = false);
 
 // Every field of the settings as the bundle's settings.json holds them, and

@@ -6,6 +6,7 @@
 #include "support/CliFixture.h"
 #include "support/NothingLost.h"
 
+#include <QDateTime>
 #include <QFileInfo>
 #include <QTest>
 
@@ -38,12 +39,13 @@ bool processGone(qint64 pid)
     return close > 0 && line.mid(close + 2, 1) == "Z";
 }
 
-TEST_F(CliSafety, LinksAtTheRunsFileNamesAreReplacedAndTheirTargetsKept)
+// The log is replaced by every logged run; entries at the task files' names
+// are refused (CliFaultTest).
+TEST_F(CliSafety, ALinkAtTheLogsNameIsReplacedAndItsTargetKept)
 {
     const QByteArray victimBytes = "the user's file outside the output directory\n";
     const QString victim = writeFile(QStringLiteral("victim.txt"), victimBytes);
-    for (const char* name : { "controlfile.xml", "bth-run-0.ffxml", "qlrn_logfile.txt" })
-        ASSERT_TRUE(QFile::link(victim, m_out + QLatin1Char('/') + QLatin1String(name)));
+    ASSERT_TRUE(QFile::link(victim, m_out + QStringLiteral("/qlrn_logfile.txt")));
 
     const CliResult result = run(baseFlags() + QStringList { "--log" });
     EXPECT_EQ(result.exitCode, 0) << result.err.toStdString();
@@ -65,7 +67,10 @@ TEST_F(CliSafety, OneRunAtATimePerOutputDirectory)
     readUntil(first, kToolStarted);
 
     expectExit(run(baseFlags() + QStringList { "--prefix", "other" }), 2,
-        "Another run is using this output directory");
+        QStringLiteral(
+            "Another run is using this output directory\nquillon-cli: %1/.quillon/lock, held by process %2")
+            .arg(m_out)
+            .arg(first.processId()));
 
     writeFile(QStringLiteral("gate"), "open");
     EXPECT_EQ(finish(first).exitCode, 0);
@@ -110,11 +115,20 @@ TEST_F(CliSafety, HangupAbortsAndAKilledRunIsCleanedUpByTheNext)
         (QStringList {
             ".quillon", "bth-run-0.ffxml", "bth-run-1.ffxml", "bth-run-2.ffxml", "controlfile.xml" }));
     writeFile(QStringLiteral("gate"), "open");
+    // A leftover the user edited in place (same size, same inode) is theirs now.
+    const QString edited = m_out + QStringLiteral("/bth-run-2.ffxml");
+    QFile file(edited);
+    ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+    const QByteArray bytes = file.readAll();
+    ASSERT_TRUE(file.seek(0) && file.write(QByteArray(bytes.size(), 'x')) == bytes.size());
+    ASSERT_TRUE(file.setFileTime(QDateTime::fromSecsSinceEpoch(1), QFileDevice::FileModificationTime));
+    file.close();
     const CliResult next = run(baseFlags() + QStringList { "--prefix", "next" });
     EXPECT_EQ(next.exitCode, 0);
-    EXPECT_TRUE(next.out.contains(QStringLiteral("deleted ") + m_out + QStringLiteral("/bth-run-2.ffxml")));
-    for (const QString& name : batchDirectoryNames(m_out))
-        EXPECT_TRUE(name.startsWith(QLatin1String("NX_next-"))) << name.toStdString();
+    EXPECT_TRUE(next.out.contains(QStringLiteral("deleted ") + m_out + QStringLiteral("/bth-run-1.ffxml")));
+    EXPECT_TRUE(next.out.contains(QStringLiteral("kept %1: changed since the run wrote it").arg(edited)));
+    EXPECT_EQ(
+        batchDirectoryNames(m_out), (QStringList { "NX_next-1.png", "NX_next-2.png", "bth-run-2.ffxml" }));
 }
 
 } // namespace

@@ -14,9 +14,10 @@ using CliToolStatus = test::CliFixture;
 TEST_F(CliToolStatus, EveryToolRunEndIsInTheExitCodeTheReportAndTheClosingLines)
 {
     const QString notExecutable = writeFile(QStringLiteral("not-executable"), "#!/bin/sh\n");
-    // A directory where the control file goes: the tool gets no task list.
-    const QString blocked = QDir(m_temp.path()).filePath(QStringLiteral("blocked"));
-    ASSERT_TRUE(QDir().mkpath(blocked + QStringLiteral("/controlfile.xml")));
+    // A directory where slot 0's control file goes: its tool gets no task list.
+    const QString blocked = m_out + QStringLiteral("/.quillon/job-0");
+    for (const char* name : { "a.png", "b.png" })
+        ASSERT_TRUE(test::writeBatchInputImage(m_in + QLatin1Char('/') + QLatin1String(name)));
     struct Case {
         const char* what;
         QMap<QString, QString> env;
@@ -35,13 +36,16 @@ TEST_F(CliToolStatus, EveryToolRunEndIsInTheExitCodeTheReportAndTheClosingLines)
             QStringLiteral(": the render tool was ended by signal %1").arg(SIGABRT) },
         { "not executable", {}, { "--tool", notExecutable }, 3,
             { { "end", "start failed" }, { "failed", true } }, ": the render tool could not be started (" },
-        { "task files not written", {}, { "--output", blocked }, 3,
+        { "task files not written", {}, { "--input-dir", m_in, "--frames", "1", "--jobs", "2" }, 3,
             { { "end", "exited" }, { "exitCode", 1 },
                 { "unwrittenTaskFiles", QJsonArray { blocked + "/controlfile.xml" } } },
             "the render tool exited with code 1; task files not written: " + blocked + "/controlfile.xml" },
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.what);
+        if (c.flags.contains(QStringLiteral("--jobs"))) {
+            ASSERT_TRUE(QDir().mkpath(blocked + QStringLiteral("/controlfile.xml")));
+        }
         const QString report = QDir(m_temp.path()).filePath(QStringLiteral("report.json"));
         QProcess process;
         start(process, baseFlags() + QStringList { "--report", report } + c.flags, c.env);
