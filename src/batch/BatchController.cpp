@@ -1,7 +1,6 @@
 #include "batch/BatchController.h"
 
 #include "batch/BatchDisplay.h"
-#include "batch/InputListing.h"
 #include "batch/PlanChecks.h"
 #include "batch/RunWorker.h"
 #include "run/Console.h"
@@ -32,6 +31,7 @@ BatchController::~BatchController()
     m_planning.waitForFinished();
     if (m_thread) {
         m_worker->abort();
+        m_worker->releaseOutputs();
         m_thread->quit();
         m_thread->wait();
         delete m_thread;
@@ -242,10 +242,11 @@ void BatchController::startWorker()
         if (m_display)
             m_display->showSourceInfo(source);
     });
-    connect(m_worker, &RunWorker::toolOutput, this, [this](const QString& text) {
+    connect(m_worker, &RunWorker::toolOutput, this, [this, worker = m_worker](const QString& text) {
         if (m_display)
             m_display->showRenderInfo(text);
         printLine(lcToolOutput(), text);
+        worker->outputHandled();
     });
     connect(m_worker, &RunWorker::outputsWritten, this, &BatchController::showProgress);
     connect(m_worker, &RunWorker::toolRunFinished, this, [this](qsizetype index, const ToolRunOutcome& outcome) {
@@ -286,16 +287,6 @@ void BatchController::abortProcessWithSender()
     m_isAborted = true;
     if (m_display)
         m_display->endProgressSheet();
-}
-
-QStringList BatchController::loadImagesFromSourceFolder(const QString& directory)
-{
-    return listInputDirectory(directory).paths;
-}
-
-QString BatchController::inputBaseName(const QString& path)
-{
-    return quillon::inputBaseName(path);
 }
 
 } // namespace quillon

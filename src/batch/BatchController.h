@@ -1,5 +1,6 @@
 #pragma once
 
+#include "batch/InputListing.h"
 #include "batch/RunCleanup.h"
 #include "batch/RunJournal.h"
 #include "batch/RunLog.h"
@@ -111,9 +112,12 @@ public:
     bool isAborted() const { return m_isAborted; }
 
     // Every entry under `directory`, deep, sorted by path (see InputListing).
-    static QStringList loadImagesFromSourceFolder(const QString& directory);
+    static QStringList loadImagesFromSourceFolder(const QString& directory)
+    {
+        return listInputDirectory(directory).paths;
+    }
     // photo.png gives photo; my.photo.png and photo stay whole.
-    static QString inputBaseName(const QString& path);
+    static QString inputBaseName(const QString& path) { return quillon::inputBaseName(path); }
 
     // The settings of the latest Start (absolute paths once planned).
     const RunSettings& runSettings() const { return m_settings; }

@@ -147,6 +147,7 @@ void RunWorker::setSourceInfoWithSource(const QString& source)
 
 void RunWorker::setRenderInfoWithInfo(const QString& info)
 {
+    m_outputRoom.acquire();
     Q_EMIT toolOutput(info);
 }
 

@@ -9,6 +9,7 @@
 #include <QList>
 #include <QMutex>
 #include <QObject>
+#include <QSemaphore>
 #include <QString>
 #include <QStringList>
 
@@ -47,6 +48,13 @@ public:
 
     // Stops the running tool runs and starts no other. Any thread.
     void abort();
+    // The receiver of toolOutput has handled one report. A tool that floods
+    // its output waits while kOutputsInFlight reports are still queued, so
+    // the receiving event loop is never buried. Any thread.
+    static constexpr int kOutputsInFlight = 32;
+    void outputHandled() { m_outputRoom.release(); }
+    // Lets every waiting report through (the receiver goes away).
+    void releaseOutputs() { m_outputRoom.release(1 << 20); }
 
     // StepParent, on the worker's threads.
     const RunSettings& runSettings() const override { return m_job.settings; }
@@ -86,6 +94,7 @@ private:
 
     Job m_job;
     std::atomic<bool> m_aborted { false };
+    QSemaphore m_outputRoom { kOutputsInFlight };
     QMutex m_runningMutex;
     QList<filterProcessObject*> m_running;
 };
