@@ -201,24 +201,6 @@ void RunJournal::appendLine(const QByteArray& line)
     }
 }
 
-QStringList RunJournal::notices() const
-{
-    QMutexLocker locker(&m_mutex);
-    return m_notices;
-}
-
-QString RunJournal::lockHolder() const
-{
-    QMutexLocker locker(&m_mutex);
-    return m_lockHolder;
-}
-
-QStringList RunJournal::keptLeftovers() const
-{
-    QMutexLocker locker(&m_mutex);
-    return m_keptLeftovers;
-}
-
 void RunJournal::intend(const QStringList& paths)
 {
     QByteArray lines;

@@ -4,6 +4,7 @@
 
 #include <QHash>
 #include <QMutex>
+#include <QMutexLocker>
 #include <QString>
 #include <QStringList>
 
@@ -49,11 +50,11 @@ public:
 
     // The leftovers of a killed run that begin() found changed since that
     // run wrote them, and kept.
-    QStringList keptLeftovers() const;
+    QStringList keptLeftovers() const { return locked(m_keptLeftovers); }
     // What begin() has to say besides: a damaged lock taken over.
-    QStringList notices() const;
+    QStringList notices() const { return locked(m_notices); }
     // After Busy: the lock's path and the process holding it.
-    QString lockHolder() const;
+    QString lockHolder() const { return locked(m_lockHolder); }
 
     // The run is about to write these files.
     void intend(const QStringList& paths);
@@ -74,6 +75,11 @@ public:
     void end();
 
 private:
+    template <typename T> T locked(const T& value) const
+    {
+        QMutexLocker locker(&m_mutex);
+        return value;
+    }
     Begin beginWith(const QString& outputDir, const QString& lockName, const QString& journalName,
         const QString& leftoverFolders, QStringList* removed);
     void appendLine(const QByteArray& line);
