@@ -4,9 +4,7 @@
 
 #include <QCommandLineOption>
 #include <QCommandLineParser>
-#include <QDir>
 #include <QFileInfo>
-#include <QStandardPaths>
 #include <QThread>
 
 #include <algorithm>
@@ -77,53 +75,6 @@ std::optional<qint64> wholeNumber(const QString& text)
     bool ok = false;
     const qint64 value = text.trimmed().toLongLong(&ok);
     return ok ? std::optional<qint64>(value) : std::nullopt;
-}
-
-// Lists bare words after a --filter as further --filter values, keeping the
-// order of all definitions.
-QStringList expandFilterLists(const QStringList& arguments)
-{
-    QStringList expanded;
-    bool inFilterList = false;
-    for (qsizetype i = 0; i < arguments.size(); ++i) {
-        const QString& argument = arguments.at(i);
-        if (i == 0) {
-            expanded.append(argument);
-            continue;
-        }
-        if (argument == QLatin1String("--filter") || argument == QLatin1String("-filter")) {
-            expanded.append(argument);
-            if (i + 1 < arguments.size())
-                expanded.append(arguments.at(++i));
-            inFilterList = true;
-        } else if (argument.startsWith(QLatin1String("--filter="))) {
-            expanded.append(argument);
-            inFilterList = true;
-        } else if (argument.startsWith(QLatin1Char('-'))) {
-            expanded.append(argument);
-            inFilterList = false;
-        } else if (inFilterList) {
-            expanded.append(QStringLiteral("--filter"));
-            expanded.append(argument);
-        } else {
-            expanded.append(argument);
-        }
-    }
-    return expanded;
-}
-
-// --wine takes its prefix only as --wine=PREFIX: alone it stands for the
-// user's prefix, so it is given an empty value here.
-QStringList expandBareWine(const QStringList& arguments)
-{
-    QStringList expanded = arguments;
-    for (qsizetype i = 1; i < expanded.size(); ++i) {
-        if (expanded.at(i) == QLatin1String("--"))
-            break;
-        if (expanded.at(i) == QLatin1String("--wine") || expanded.at(i) == QLatin1String("-wine"))
-            expanded[i] += QLatin1Char('=');
-    }
-    return expanded;
 }
 
 CliOptionSpec spec(const char* name, const char* valueName, const char* help,
@@ -334,29 +285,6 @@ QString cliHelpText()
                          "  130  aborted by a termination signal (SIGINT, SIGTERM, SIGHUP, SIGQUIT); the run cleaned up");
 }
 
-bool resolveCliPaths(CliOptions* options, QString* error)
-{
-    RunSettings& settings = options->settings;
-    const QString tool = settings.toolPath;
-    if (!tool.isEmpty() && !tool.contains(QLatin1Char('/'))) {
-        settings.toolPath = QStandardPaths::findExecutable(tool);
-        if (settings.toolPath.isEmpty()) {
-            if (error)
-                *error = QStringLiteral("%1: render tool not found on PATH").arg(tool);
-            return false;
-        }
-    }
-    const QString output = settings.outputPath;
-    // A dry run only plans: the check counts the directory as made.
-    if (options->makeOutputDirectory && !options->dryRun && !output.isEmpty() && !QFileInfo(output).isDir()
-        && !QDir().mkpath(output)) {
-        if (error)
-            *error = QStringLiteral("%1: cannot create the output directory").arg(output);
-        return false;
-    }
-    return true;
-}
-
 CliParseResult parseCliArguments(const QStringList& arguments, CliOptions* options, QString* error)
 {
     if (arguments.size() <= 1)
@@ -364,7 +292,7 @@ CliParseResult parseCliArguments(const QStringList& arguments, CliOptions* optio
     QCommandLineParser parser;
     parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
     addOptions(parser);
-    if (!parser.parse(expandBareWine(expandFilterLists(arguments))))
+    if (!parser.parse(normalizeCliArguments(arguments)))
         return usageError(error, parser.errorText());
     if (parser.isSet(QStringLiteral("help")))
         return CliParseResult::Help;

@@ -72,6 +72,9 @@ CliParseResult parseCliArguments(const QStringList& arguments, CliOptions* optio
 // is looked up on PATH, and with --mkdir a missing output directory is
 // created. False with *error when the tool is not on PATH or the directory
 // cannot be made.
+// The arguments as the parser takes them: the definitions after one
+// --filter each get their own, a bare --wine an empty prefix.
+QStringList normalizeCliArguments(const QStringList& arguments);
 bool resolveCliPaths(CliOptions* options, QString* error);
 
 // "usage: quillon-cli ..." on one line, for standard error.

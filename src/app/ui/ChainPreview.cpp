@@ -2,7 +2,7 @@
 
 #include "app/ui/LatestThumbnail.h"
 #include "batch/BatchController.h"
-#include "batch/BatchDisplay.h"
+#include "app/ui/QuietBatchDisplay.h"
 
 #include <QFileInfo>
 #include <QFutureWatcher>
@@ -16,38 +16,9 @@
 
 namespace quillon {
 
-// The preview's run shows nothing while it goes; a refused start leaves its
-// message for the status line.
-class ChainPreview::Display final : public BatchDisplay {
-public:
-    void showErrorAlert(const QString& message) override { lastError = message; }
-    void beginProgressSheet() override { }
-    void endProgressSheet() override { }
-    void showFilterInfo(const QString&, const QString&) override { }
-    void showSourceInfo(const QString&) override { }
-    void showRenderInfo(const QString&) override { }
-
-    QString lastError;
-};
-
-namespace {
-
-// The first file among the inputs of a directory (listing and tests run in
-// the background).
-QString firstFileIn(const QString& directory)
-{
-    for (const QString& entry : BatchController::loadImagesFromSourceFolder(directory)) {
-        if (QFileInfo(entry).isFile())
-            return entry;
-    }
-    return {};
-}
-
-} // namespace
-
 ChainPreview::ChainPreview(QWidget* parent)
     : QWidget(parent)
-    , m_display(std::make_unique<Display>())
+    , m_display(std::make_unique<QuietBatchDisplay>())
     , m_batch(std::make_unique<BatchController>(m_display.get()))
 {
     setObjectName(QStringLiteral("chainPreview"));
@@ -148,7 +119,7 @@ void ChainPreview::start(const RecordList& chain, const RunSettings& settings)
         else
             startWithInput(copy, settings, watcher->result());
     });
-    watcher->setFuture(QtConcurrent::run(firstFileIn, settings.sourcePath));
+    watcher->setFuture(QtConcurrent::run(firstInputFileIn, settings.sourcePath));
 }
 
 void ChainPreview::startWithInput(const RecordList& chain, RunSettings settings, const QString& input)

@@ -14,6 +14,8 @@ class QTemporaryDir;
 
 namespace quillon {
 
+class QuietBatchDisplay;
+
 class BatchController;
 class LatestThumbnail;
 
@@ -49,13 +51,12 @@ Q_SIGNALS:
     void previewFinished(bool shown);
 
 private:
-    class Display;
     void startWithInput(const RecordList& chain, RunSettings settings, const QString& input);
     void runFinished(bool aborted);
     void finish(const QString& status, bool shown);
 
     // In this order: the run goes first, then its folder, then its display.
-    std::unique_ptr<Display> m_display;
+    std::unique_ptr<QuietBatchDisplay> m_display;
     std::unique_ptr<QTemporaryDir> m_dir;
     std::unique_ptr<BatchController> m_batch;
     QElapsedTimer m_clock;

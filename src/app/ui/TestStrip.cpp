@@ -2,7 +2,7 @@
 
 #include "app/ui/LatestThumbnail.h"
 #include "batch/BatchController.h"
-#include "batch/BatchDisplay.h"
+#include "app/ui/QuietBatchDisplay.h"
 #include "run/RunPlan.h"
 #include "variations/OutputValues.h"
 
@@ -19,38 +19,15 @@
 
 namespace quillon {
 
-// The strip's runs show nothing while they go; a refused start leaves its
-// message for the status line.
-class TestStrip::Display final : public BatchDisplay {
-public:
-    void showErrorAlert(const QString& message) override { lastError = message; }
-    void beginProgressSheet() override { }
-    void endProgressSheet() override { }
-    void showFilterInfo(const QString&, const QString&) override { }
-    void showSourceInfo(const QString&) override { }
-    void showRenderInfo(const QString&) override { }
-
-    QString lastError;
-};
-
 namespace {
 
 constexpr int kSide = 160;
-
-QString firstFileIn(const QString& directory)
-{
-    for (const QString& entry : BatchController::loadImagesFromSourceFolder(directory)) {
-        if (QFileInfo(entry).isFile())
-            return entry;
-    }
-    return {};
-}
 
 } // namespace
 
 TestStrip::TestStrip(QWidget* parent)
     : QDialog(parent)
-    , m_display(std::make_unique<Display>())
+    , m_display(std::make_unique<QuietBatchDisplay>())
     , m_batch(std::make_unique<BatchController>(m_display.get()))
 {
     setObjectName(QStringLiteral("testStrip"));
@@ -153,7 +130,7 @@ void TestStrip::start(const RecordList& chain, const RunSettings& settings, int 
         else if (!m_cancelled)
             renderNext();
     });
-    watcher->setFuture(QtConcurrent::run(firstFileIn, m_settings.sourcePath));
+    watcher->setFuture(QtConcurrent::run(firstInputFileIn, m_settings.sourcePath));
 }
 
 void TestStrip::renderNext()

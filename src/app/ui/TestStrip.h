@@ -15,6 +15,8 @@ class QTemporaryDir;
 
 namespace quillon {
 
+class QuietBatchDisplay;
+
 class BatchController;
 class LatestThumbnail;
 
@@ -44,12 +46,11 @@ Q_SIGNALS:
     void finished();
 
 private:
-    class Display;
     void renderNext();
     void runFinished(bool aborted);
     void stop(const QString& status);
 
-    std::unique_ptr<Display> m_display;
+    std::unique_ptr<QuietBatchDisplay> m_display;
     std::unique_ptr<QTemporaryDir> m_dir;
     std::unique_ptr<BatchController> m_batch;
     RecordList m_chain;
