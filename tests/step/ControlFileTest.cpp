@@ -29,60 +29,60 @@ TEST_F(ControlFile, OneFilterTwoFramesMatchesTheGoldenFiles)
             { out(QStringLiteral("bth-run-0.ffxml")), out(QStringLiteral("bth-run-1.ffxml")), control }));
 }
 
-// The element order of a task is in the golden file; the size texts go in as they are.
-TEST_F(ControlFile, TasksCarryTheImageSizeTexts)
+// The cases that change what the tool reads, each listed with the files of
+// its tool runs in golden/edge-cases.txt (QUILLON_WRITE_GOLDEN=1 rewrites it):
+// every control file without its global settings, each run file's preset, the outputs and the
+// files handed over for deletion.
+TEST_F(ControlFile, EdgeCasesWriteTheGoldenTaskFiles)
 {
-    host.settings.widthText = QString();
-    host.settings.heightText = QStringLiteral("7x");
-    const QString control = makeStep(filter, true, true, 0)->createBatchFileNoFile();
-    EXPECT_EQ(dumpFile(control).section(QLatin1Char('\n'), 2, 2),
-        QStringLiteral("    Image value=\"\" width=\"\" height=\"7x\""));
-}
-
-// A later step writes one task whatever the frame count (OutputNaming.PrefixBaseChainPositionAndFrame).
-TEST_F(ControlFile, AFrameCountOfZeroWritesNoTask)
-{
-    host.settings.frameCountText = QStringLiteral("0");
-    auto first = makeStep(filter, true, true, 0);
-    const QString empty = first->createBatchFileNoFile();
-    EXPECT_EQ(dumpFile(empty).section(QLatin1Char('\n'), 0, 1), QStringLiteral("Tasks\n  GlobalSettings"));
-    EXPECT_EQ(first->filesToRemove, QStringList({ empty }));
-}
-
-TEST_F(ControlFile, TwoInputsLeaveOneControlFileOfTheSecond)
-{
-    auto step = makeStep(filter, true, true, 0);
-    const QString a
-        = step->createBatchFileWithFilepath(inDir + QStringLiteral("/a.png"), QStringLiteral("a"));
-    const QString b
-        = step->createBatchFileWithFilepath(inDir + QStringLiteral("/b.png"), QStringLiteral("b"));
-    EXPECT_EQ(a, b);
-    EXPECT_EQ(xpathValue(b, "/Tasks/Task[1]/Image/@value"), inDir + QStringLiteral("/b.png"));
-    EXPECT_EQ(QDir(outDir).entryList(QDir::Files),
-        QStringList({ QStringLiteral("bth-run-0.ffxml"), QStringLiteral("bth-run-1.ffxml"),
-            QStringLiteral("controlfile.xml") }));
-    EXPECT_EQ(step->filesToRemove.size(), 3); // rebuilt for every tool run
-    EXPECT_EQ(step->outFiles.size(), 4);
-}
-
-TEST_F(ControlFile, MapsOnALaterStepAreIgnoredAndNoMapChosenWritesNoTask)
-{
-    filter->setBoolean(key::UseMaps, true);
-    filter->set(key::Maps, QVariantList { 0, 4 });
-    auto later = makeStep(filter, false, true, 1);
-    EXPECT_FALSE(
-        later->createBatchFileWithFilepath(out(QStringLiteral("x.png")), QStringLiteral("x.png")).isEmpty());
-    EXPECT_EQ(later->outFiles, QStringList({ out(QStringLiteral("x.png")) }));
-    EXPECT_EQ(xpathValue(out(QStringLiteral("bth-run-0.ffxml")), "//DefaultPreset/Settings/@map_type"), "0");
-
-    filter->set(key::Maps, QVariantList {});
-    auto first = makeStep(filter, true, true, 0);
-    const QString control = first->createBatchFileNoFile();
-    const QString tree = dumpFile(control);
-    EXPECT_TRUE(tree.startsWith(QStringLiteral("Tasks\n  GlobalSettings"))) << tree.toStdString();
-    EXPECT_FALSE(tree.contains(QStringLiteral("\n  Task"))) << tree.toStdString();
-    EXPECT_TRUE(first->outFiles.isEmpty());
-    EXPECT_EQ(first->filesToRemove, QStringList({ control }));
+    const auto none = QStringList { QString() };
+    const struct {
+        const char* name;
+        const char* frames;
+        bool isFirst;
+        QVariantList maps; // empty: maps off
+        QStringList inputs; // file names in in/; an empty name: no input
+        const char* width;
+        const char* height;
+    } rows[] = {
+        { "a frame count of 0 writes only the global settings", "0", true, {}, none, "600", "600" },
+        { "a later step writes one task whatever the frame count", "3", false, {}, { "x.png" }, "600", "600" },
+        { "maps on a later step are ignored", "2", false, { 0, 4 }, { "x.png" }, "600", "600" },
+        { "maps on with none chosen write no task", "2", true, { QVariant() }, none, "600", "600" },
+        { "no input: an empty image and the size texts as they are", "1", true, {}, none, "", "7x" },
+        { "two inputs leave one control file, the second's", "2", true, {}, { "a.png", "b.png" }, "600", "600" },
+    };
+    QString listing;
+    for (const auto& row : rows) {
+        QDir(outDir).removeRecursively();
+        QDir().mkpath(outDir);
+        host.settings.frameCountText = QString::fromUtf8(row.frames);
+        host.settings.widthText = QString::fromUtf8(row.width);
+        host.settings.heightText = QString::fromUtf8(row.height);
+        filter->setBoolean(key::UseMaps, !row.maps.isEmpty());
+        QVariantList maps = row.maps;
+        maps.removeAll(QVariant());
+        filter->set(key::Maps, maps);
+        auto step = makeStep(filter, row.isFirst, true, row.isFirst ? 0 : 1);
+        listing += QStringLiteral("# %1\n").arg(QString::fromUtf8(row.name));
+        for (const QString& input : row.inputs) {
+            const QString control = input.isEmpty()
+                ? step->createBatchFileNoFile()
+                : step->createBatchFileWithFilepath(inDir + QLatin1Char('/') + input, input);
+            listing += QStringLiteral("control %1\n").arg(control);
+        }
+        for (const QString& name : QDir(outDir).entryList(QDir::Files)) {
+            QString tree = dumpFile(out(name));
+            if (name.startsWith(QStringLiteral("bth-run-")))
+                tree = tree.mid(tree.indexOf(QStringLiteral("    DefaultPreset\n")));
+            else // the global settings have listings of their own
+                tree.truncate(tree.indexOf(QStringLiteral("    RenderingOptions\n")));
+            listing += QStringLiteral("== ") + name + QLatin1Char('\n') + tree;
+        }
+        listing += QStringLiteral("outputs: %1\ndeleted: %2\n")
+                       .arg(step->outFiles.join(QLatin1Char(' ')), step->filesToRemove.join(QLatin1Char(' ')));
+    }
+    expectGolden("edge-cases.txt", listing.replace(outDir, QStringLiteral("@OUT@")).replace(inDir, QStringLiteral("@IN@")));
 }
 
 TEST_F(ControlFile, AnUnwritableControlFileIsReportedAndGivesNoPath)
