@@ -156,6 +156,17 @@ TEST_F(CliScripting, HelpAndVersionNeedNoDisplay)
     }
 }
 
+// The scripts come from the option table; their text is in tests/app/data
+// (QUILLON_WRITE_GOLDEN=1 rewrites it after a change of an option).
+TEST_F(CliScripting, CompletionScriptsMatchTheGoldenFiles)
+{
+    for (const char* shell : { "bash", "zsh", "fish" }) {
+        const CliResult result = run({ "--completions", shell });
+        expectExit(result, 0);
+        test::expectGoldenFile(QStringLiteral("app/data/completions.") + QLatin1String(shell), result.out.toUtf8());
+    }
+}
+
 TEST_F(CliScripting, BashCompletesOptionsAndTheirValues)
 {
     const QString share
