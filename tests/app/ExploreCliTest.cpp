@@ -80,13 +80,16 @@ TEST_F(ExploreCli, FromReportMakesTheChosenOutputAgain)
 TEST_F(ExploreCli, AfterTheRunAContactSheetAndAnAnimationOfTheFrames)
 {
     const QString sheet = QDir(m_temp.path()).filePath(QStringLiteral("sheet.png"));
-    const CliResult result = run(baseFlags() + QStringList { "--frames", "3", "--contact-sheet", sheet });
+    const CliResult result = run(baseFlags()
+        + QStringList { "--frames", "3", "--width", "100", "--height", "50", "--contact-sheet", sheet });
     ASSERT_EQ(result.exitCode, 0) << result.err.toStdString();
     const QImage image(sheet);
     // Three tiles in rows of two: 256-pixel cells with 12-pixel gaps.
     ASSERT_EQ(image.width(), 2 * (256 + 12) + 12);
     EXPECT_GT(image.height(), 2 * (256 + 12));
     EXPECT_NE(image.pixelColor(12 + 128, 12 + 128), QColor(225, 225, 225)) << "the first output is drawn";
+    // A 100x50 output keeps its size in the middle of its cell.
+    EXPECT_EQ(image.pixelColor(12 + 128, 12 + 90), QColor(225, 225, 225)) << "drawn at its own size";
     EXPECT_EQ(image.pixelColor(12 + 268 + 128, 12 + 268 + 128), QColor(250, 250, 250)) << "no fourth tile";
 
     // Without ffmpeg the run's outputs stay and the animation is refused with the reason.
