@@ -156,14 +156,18 @@ TEST_F(CliScripting, HelpAndVersionNeedNoDisplay)
     }
 }
 
-// The scripts come from the option table; their text is in tests/app/data
-// (QUILLON_WRITE_GOLDEN=1 rewrites it after a change of an option).
-TEST_F(CliScripting, CompletionScriptsMatchTheGoldenFiles)
+// The help and the scripts come from the option table; their text is in
+// tests/app/data (QUILLON_WRITE_GOLDEN=1 rewrites it after a change of an option).
+TEST_F(CliScripting, HelpAndCompletionScriptsMatchTheGoldenFiles)
 {
-    for (const char* shell : { "bash", "zsh", "fish" }) {
-        const CliResult result = run({ "--completions", shell });
+    const char* const rows[][2] = { { "--help", "help.txt" }, { "bash", "completions.bash" },
+        { "zsh", "completions.zsh" }, { "fish", "completions.fish" } };
+    for (const auto& [what, golden] : rows) {
+        const CliResult result = run(QLatin1String(what) == QLatin1String("--help")
+                ? QStringList { what }
+                : QStringList { "--completions", what });
         expectExit(result, 0);
-        test::expectGoldenFile(QStringLiteral("app/data/completions.") + QLatin1String(shell), result.out.toUtf8());
+        test::expectGoldenFile(QStringLiteral("app/data/") + QLatin1String(golden), result.out.toUtf8());
     }
 }
 
