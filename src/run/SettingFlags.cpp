@@ -163,7 +163,8 @@ QJsonValue SettingDefinition::toJson(const RunSettings& settings) const
         return QJsonArray::fromVariantList(value.toList());
     case Kind::Seed:
         // 64 bits do not fit a JSON number.
-        return value.isValid() ? QJsonValue(QString::number(value.toULongLong())) : QJsonValue(QJsonValue::Undefined);
+        return value.isValid() ? QJsonValue(QString::number(value.toULongLong()))
+                               : QJsonValue(QJsonValue::Undefined);
     default:
         return value.toInt();
     }

@@ -100,7 +100,8 @@ public:
     // An on|off flag.
     Row& onOff(const char* name)
     {
-        return flag(name, "on|off", "Switch.", FlagValue::Choice, { QStringLiteral("on"), QStringLiteral("off") });
+        return flag(
+            name, "on|off", "Switch.", FlagValue::Choice, { QStringLiteral("on"), QStringLiteral("off") });
     }
     // A flag taking one of `choices`, stored as its index.
     Row& choice(const char* name, QStringList choices)
@@ -147,16 +148,18 @@ std::vector<SettingDefinition> makeTable()
             .report("tool"),
         Row::of<&RS::winePrefix>("winePrefix", Kind::Path, QString())
             .flag("wine", "PREFIX",
-                "Run the render tool, a Windows program (.exe), under Wine: --wine alone in the user's prefix "
-                "($WINEPREFIX, else ~/.wine), --wine=PREFIX in that one. The tool gets every path in its "
-                "Windows form.",
+                "Run the render tool, a Windows program (.exe), under Wine: --wine alone in the user's "
+                "prefix ($WINEPREFIX, else ~/.wine), --wine=PREFIX in that one. The tool gets every path in "
+                "its Windows form.",
                 F::Directory)
             .parse(parseWine),
         Row::of<&RS::wineBinary>("wineBinary", Kind::Path, QString())
-            .flag("wine-binary", "PATH", "With --wine: the wine launcher (default: wine on PATH).", F::Command),
+            .flag(
+                "wine-binary", "PATH", "With --wine: the wine launcher (default: wine on PATH).", F::Command),
         Row::of<&RS::outputPath>("outputPath", Kind::Path, QString())
             .pref(pref::OUTPUT_DIR, true)
-            .flag("output", "DIR", "The output directory (also holds the task files and the log).", F::Directory)
+            .flag("output", "DIR", "The output directory (also holds the task files and the log).",
+                F::Directory)
             .json()
             .report("output"),
         Row::of<&RS::sourcePath>("sourcePath", Kind::Path, QString())
@@ -169,8 +172,8 @@ std::vector<SettingDefinition> makeTable()
         Row::of<&RS::inputMode>("inputMode", Kind::Choice, static_cast<int>(InputMode::File))
             .pref(pref::INPUT_MODE, true, false)
             .flag("input-dir", "DIR",
-                "Render every entry under DIR, files and subdirectories, at any depth, sorted by path; entries "
-                "whose path inside DIR begins with \".\" are skipped.",
+                "Render every entry under DIR, files and subdirectories, at any depth, sorted by path; "
+                "entries whose path inside DIR begins with \".\" are skipped.",
                 F::Directory)
             .parse(parseInputDirectory)
             .json()
@@ -199,15 +202,17 @@ std::vector<SettingDefinition> makeTable()
         // Written by its pop-up only; a reset keeps the user's choice.
         Row::of<&RS::nameStyle>("nameStyle", Kind::Choice, static_cast<int>(FrameStyle::Plain))
             .pref(pref::OUTPUT_SUFFIX, true, false)
-            .flag("frame-style", "STYLE", "Frame numbering: plain (default), four-digit or letter.", F::Choice,
+            .flag("frame-style", "STYLE", "Frame numbering: plain (default), four-digit or letter.",
+                F::Choice,
                 { QStringLiteral("plain"), QStringLiteral("four-digit"), QStringLiteral("letter") })
             .json()
             .report("frameStyle"),
         Row::of<&RS::format>("format", Kind::Name, QStringLiteral("JPEG"))
             .pref(pref::EXPORT_FORMAT, true)
             .flag("format", "FORMAT", "JPEG, PNG, TIFF, TGA, BMP, EXR or PFM (default JPEG).", F::Choice,
-                { QStringLiteral("JPEG"), QStringLiteral("PNG"), QStringLiteral("TIFF"), QStringLiteral("TGA"),
-                    QStringLiteral("BMP"), QStringLiteral("EXR"), QStringLiteral("PFM") })
+                { QStringLiteral("JPEG"), QStringLiteral("PNG"), QStringLiteral("TIFF"),
+                    QStringLiteral("TGA"), QStringLiteral("BMP"), QStringLiteral("EXR"),
+                    QStringLiteral("PFM") })
             .parse(parseFormat)
             .json()
             .report("format"),
@@ -220,11 +225,13 @@ std::vector<SettingDefinition> makeTable()
         // Map boxes in map-index order, kept with the chain.
         Row::of<&RS::mapBoxes>("mapBoxes", Kind::Maps, QVariantList { 1, 0, 0, 0, 0, 0, 0, 0, 0, 0 })
             .flag("maps", "LIST",
-                "Render maps (one-filter chains): base,alpha,diffuse,bump,normal,specstr,specexp,ao,ro,metallic.",
+                "Render maps (one-filter chains): "
+                "base,alpha,diffuse,bump,normal,specstr,specexp,ao,ro,metallic.",
                 F::Choice,
-                { QStringLiteral("base"), QStringLiteral("alpha"), QStringLiteral("diffuse"), QStringLiteral("bump"),
-                    QStringLiteral("normal"), QStringLiteral("specstr"), QStringLiteral("specexp"),
-                    QStringLiteral("ao"), QStringLiteral("ro"), QStringLiteral("metallic") })
+                { QStringLiteral("base"), QStringLiteral("alpha"), QStringLiteral("diffuse"),
+                    QStringLiteral("bump"), QStringLiteral("normal"), QStringLiteral("specstr"),
+                    QStringLiteral("specexp"), QStringLiteral("ao"), QStringLiteral("ro"),
+                    QStringLiteral("metallic") })
             .parse(parseMaps)
             .json(),
         Row::of<&RS::toolLog>("toolLog", Kind::Switch, 0)
@@ -235,8 +242,14 @@ std::vector<SettingDefinition> makeTable()
             .flag("seed", "N", "Seed of the run's random values.")
             .parse(parseSeed)
             .json(),
-        Row::of<&RS::antiAlias>("antiAlias", Kind::Switch, 1).pref(pref::CB_ANTIALIAS, false).onOff("antialias").json(),
-        Row::of<&RS::multithread>("multithread", Kind::Switch, 1).pref(pref::CB_MT, false).onOff("multithread").json(),
+        Row::of<&RS::antiAlias>("antiAlias", Kind::Switch, 1)
+            .pref(pref::CB_ANTIALIAS, false)
+            .onOff("antialias")
+            .json(),
+        Row::of<&RS::multithread>("multithread", Kind::Switch, 1)
+            .pref(pref::CB_MT, false)
+            .onOff("multithread")
+            .json(),
         Row::of<&RS::dither>("dither", Kind::Switch, 0).pref(pref::CB_DITHER, false).onOff("dither").json(),
         Row::of<&RS::progressive>("progressive", Kind::Switch, 1)
             .pref(pref::CB_PROGRESSIVE, false)
@@ -280,7 +293,8 @@ std::vector<SettingDefinition> makeTable()
             .json(),
         Row::of<&RS::pngCompression>("pngCompression", Kind::Choice, 0)
             .pref(pref::PNG_COMPRESSION, false)
-            .choice("png-compression", { QStringLiteral("none"), QStringLiteral("fast"), QStringLiteral("best") })
+            .choice(
+                "png-compression", { QStringLiteral("none"), QStringLiteral("fast"), QStringLiteral("best") })
             .json(),
         Row::of<&RS::tiffBitDepth>("tiffBitDepth", Kind::Choice, 0)
             .pref(pref::TIFF_BITDEPTH, false)
@@ -288,7 +302,8 @@ std::vector<SettingDefinition> makeTable()
             .json(),
         Row::of<&RS::tiffCompression>("tiffCompression", Kind::Choice, 0)
             .pref(pref::TIFF_COMPRESSION, false)
-            .choice("tiff-compression", { QStringLiteral("none"), QStringLiteral("lzw"), QStringLiteral("deflate") })
+            .choice("tiff-compression",
+                { QStringLiteral("none"), QStringLiteral("lzw"), QStringLiteral("deflate") })
             .json(),
         Row::of<&RS::tgaBitDepth>("tgaBitDepth", Kind::Choice, 0)
             .pref(pref::TGA_BITDEPTH, false)
@@ -338,7 +353,8 @@ const SettingDefinition* findSetting(const QString& key)
 
 const SettingDefinition* findSettingByPreference(const QString& preferenceKey)
 {
-    return findRow([&preferenceKey](const SettingDefinition& row) { return row.preferenceKey == preferenceKey; });
+    return findRow(
+        [&preferenceKey](const SettingDefinition& row) { return row.preferenceKey == preferenceKey; });
 }
 
 const SettingDefinition* findSettingByFlag(const QString& flag)

@@ -21,7 +21,6 @@
 #include "ui_MainWindow.h"
 
 #include <QCoreApplication>
-#include <QtConcurrent/QtConcurrentRun>
 #include <QDesktopServices>
 #include <QDir>
 #include <QFileInfo>
@@ -29,6 +28,7 @@
 #include <QSet>
 #include <QStatusBar>
 #include <QUrl>
+#include <QtConcurrent/QtConcurrentRun>
 
 namespace quillon {
 

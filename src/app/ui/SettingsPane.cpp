@@ -107,7 +107,8 @@ SettingsPane::SettingsPane(QWidget* parent)
         { s.f_pngIncludeTransCB, setting("pngIncludeTrans") },
         { s.f_tiffIncludeTransCB, setting("tiffIncludeTrans") },
         { s.f_tiffFloatFormatCB, setting("tiffFloatFormat") },
-        { s.f_tgaIncludeTransCB, setting("tgaIncludeTrans") }, { s.f_tgaFlipOrderCB, setting("tgaFlipOrder") } };
+        { s.f_tgaIncludeTransCB, setting("tgaIncludeTrans") },
+        { s.f_tgaFlipOrderCB, setting("tgaFlipOrder") } };
     m_texts = { { s.imageWidthField, setting("widthText") }, { s.imageHeightField, setting("heightText") },
         { s.outputFilenamePrefixField, setting("outputPrefix") },
         { s.numberOfFramesField, setting("frameCountText") }, { s.toolJobsField, setting("toolJobs") } };
@@ -500,9 +501,9 @@ void SettingsPane::bindRunValues()
         }
     }
     // Pop-up indices are the settings' codes.
-    m_runValues += { { setting("inputMode"), [popup = s.sourceTypePopup] { return QVariant(popup->currentIndex()); } },
-        { setting("nameStyle"),
-            [popup = s.outputFilenameSuffixPopup] { return QVariant(popup->currentIndex()); } },
+    m_runValues += { { setting("inputMode"),
+                         [popup = s.sourceTypePopup] { return QVariant(popup->currentIndex()); } },
+        { setting("nameStyle"), [popup = s.outputFilenameSuffixPopup] { return QVariant(popup->currentIndex()); } },
         { setting("format"), [this] { return QVariant(selectedFormatIdentifier()); } },
         { setting("jpegQualityText"), [field = s.f_jpgQualityField] { return QVariant(field->text()); } } };
 }

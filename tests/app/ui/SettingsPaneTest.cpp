@@ -251,7 +251,8 @@ TEST_F(SettingsPaneTest, EverySettingRoundTripsThroughItsTable)
         if (row.flag.isEmpty() || row.parseFlag)
             continue; // flags with a reading of their own: CliOptionsTest
         // --wine-binary goes with --wine.
-        QStringList flag { QStringLiteral("quillon-cli"), QStringLiteral("--wine"), QStringLiteral("--") + row.flag };
+        QStringList flag { QStringLiteral("quillon-cli"), QStringLiteral("--wine"),
+            QStringLiteral("--") + row.flag };
         if (row.kind == SettingKind::Choice) {
             flag.append(row.choices.value(sample.toInt()));
         } else if (row.kind == SettingKind::Switch || row.kind == SettingKind::MixedSwitch) {
