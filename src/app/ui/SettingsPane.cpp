@@ -388,17 +388,7 @@ void SettingsPane::changeOutputSuffixWithSender(QObject* /*sender*/)
     Ui::SettingsPane& s = *m_ui;
     const int style = s.outputFilenameSuffixPopup->currentIndex();
     prefs().set(pref::OUTPUT_SUFFIX, QString::number(style));
-    switch (static_cast<FrameStyle>(style)) {
-    case FrameStyle::Plain:
-        m_frameMaxValue = 999;
-        break;
-    case FrameStyle::FourDigit:
-        m_frameMaxValue = 9999;
-        break;
-    case FrameStyle::Letter:
-        m_frameMaxValue = 25; // the letters a to y
-        break;
-    }
+    m_frameMaxValue = frameLimit(static_cast<FrameStyle>(std::clamp(style, 0, 2)));
     s.maxFramesField->setText(QString::number(m_frameMaxValue));
     if (leadingInteger(s.numberOfFramesField->text()).value_or(0) > m_frameMaxValue)
         s.numberOfFramesField->setText(QString::number(m_frameMaxValue));
