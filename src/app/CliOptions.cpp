@@ -4,78 +4,12 @@
 
 #include <QCommandLineOption>
 #include <QCommandLineParser>
-#include <QFileInfo>
-#include <QThread>
 
-#include <algorithm>
-#include <limits>
-#include <optional>
 #include <utility>
 
 namespace quillon {
 
 namespace {
-
-const QStringList kMapNames = { QStringLiteral("base"), QStringLiteral("alpha"), QStringLiteral("diffuse"),
-    QStringLiteral("bump"), QStringLiteral("normal"), QStringLiteral("specstr"), QStringLiteral("specexp"),
-    QStringLiteral("ao"), QStringLiteral("ro"), QStringLiteral("metallic") };
-const QStringList kFormats = { QStringLiteral("JPEG"), QStringLiteral("PNG"), QStringLiteral("TIFF"),
-    QStringLiteral("TGA"), QStringLiteral("BMP"), QStringLiteral("EXR"), QStringLiteral("PFM") };
-
-struct SwitchFlag {
-    const char* name;
-    int RunSettings::*field;
-};
-
-const SwitchFlag kSwitches[] = {
-    { "antialias", &RunSettings::antiAlias },
-    { "multithread", &RunSettings::multithread },
-    { "dither", &RunSettings::dither },
-    { "progressive", &RunSettings::progressive },
-    { "normal-flip", &RunSettings::normalmapFlip },
-    { "jpeg-full-precision", &RunSettings::jpegFullPrecision },
-    { "png-transparency", &RunSettings::pngIncludeTrans },
-    { "tiff-transparency", &RunSettings::tiffIncludeTrans },
-    { "tiff-float", &RunSettings::tiffFloatFormat },
-    { "tga-transparency", &RunSettings::tgaIncludeTrans },
-    { "tga-flip", &RunSettings::tgaFlipOrder },
-};
-
-struct ChoiceFlag {
-    const char* name;
-    void (*store)(RunSettings&, int code);
-    QStringList choices; // the index is the stored code
-};
-
-template <int RunSettings::*Field> void storeCode(RunSettings& settings, int code)
-{
-    settings.*Field = code;
-}
-
-void storeFrameStyle(RunSettings& settings, int code)
-{
-    settings.nameStyle = static_cast<FrameStyle>(code);
-}
-
-const ChoiceFlag kChoices[] = {
-    { "frame-style", storeFrameStyle,
-        { QStringLiteral("plain"), QStringLiteral("four-digit"), QStringLiteral("letter") } },
-    { "png-bitdepth", storeCode<&RunSettings::pngBitDepth>, { QStringLiteral("8"), QStringLiteral("16") } },
-    { "png-compression", storeCode<&RunSettings::pngCompression>,
-        { QStringLiteral("none"), QStringLiteral("fast"), QStringLiteral("best") } },
-    { "tiff-bitdepth", storeCode<&RunSettings::tiffBitDepth>,
-        { QStringLiteral("8"), QStringLiteral("16"), QStringLiteral("24") } },
-    { "tiff-compression", storeCode<&RunSettings::tiffCompression>,
-        { QStringLiteral("none"), QStringLiteral("lzw"), QStringLiteral("deflate") } },
-    { "tga-bitdepth", storeCode<&RunSettings::tgaBitDepth>, { QStringLiteral("24"), QStringLiteral("32") } },
-};
-
-std::optional<qint64> wholeNumber(const QString& text)
-{
-    bool ok = false;
-    const qint64 value = text.trimmed().toLongLong(&ok);
-    return ok ? std::optional<qint64>(value) : std::nullopt;
-}
 
 CliOptionSpec spec(const char* name, const char* valueName, const char* help,
     CliOptionSpec::Value value = CliOptionSpec::Value::Text, QStringList choices = {})
@@ -97,48 +31,16 @@ QList<CliOptionSpec> makeOptionTable()
             { QStringLiteral("qlch") }),
         spec("filter", "DEFINITION", "Run these filter definitions (.ffxml), in the order given.", Value::File,
             { QStringLiteral("ffxml") }),
-        spec("tool", "PATH", "The render tool executable; a name without a slash is looked up on PATH.",
-            Value::Command),
-        spec("wine", "PREFIX",
-            "Run the render tool, a Windows program (.exe), under Wine: --wine alone in the user's prefix "
-            "($WINEPREFIX, else ~/.wine), --wine=PREFIX in that one. The tool gets every path in its Windows "
-            "form.",
-            Value::Directory),
-        spec("wine-binary", "PATH", "With --wine: the wine launcher (default: wine on PATH).", Value::Command),
-        spec("output", "DIR", "The output directory (also holds the task files and the log).", Value::Directory),
-        flagSpec("mkdir", "Create the output directory (and its parents) when it is missing."),
-        spec("input", "FILE", "Render one input image.", Value::File),
-        spec("input-dir", "DIR",
-            "Render every entry under DIR, files and subdirectories, at any depth, sorted by path; entries whose "
-            "path inside DIR begins with \".\" are skipped.",
-            Value::Directory),
-        spec("frames", "N", "Frames per input (default 10)."),
-        spec("width", "W", "Width without input (default 600)."),
-        spec("height", "H", "Height without input (default 600)."),
-        spec("prefix", "TEXT", "Output name prefix (default my-export)."),
-        spec("frame-style", "STYLE", "Frame numbering: plain (default), four-digit or letter.", Value::Choice,
-            kChoices[0].choices),
-        spec("format", "FORMAT", "JPEG, PNG, TIFF, TGA, BMP, EXR or PFM (default JPEG).", Value::Choice, kFormats),
-        spec("preset", "K", "Zero-based preset index for every step (default 0)."),
-        spec("maps", "LIST",
-            "Render maps (one-filter chains): base,alpha,diffuse,bump,normal,specstr,specexp,ao,ro,metallic.",
-            Value::Choice, kMapNames),
-        flagSpec("log", "Write the tool's output to qlrn_logfile.txt in the output directory."),
-        spec("seed", "N", "Seed of the run's random values."),
     };
-    for (const SwitchFlag& entry : kSwitches)
-        table.append(spec(entry.name, "on|off", "Switch.", Value::Choice,
-            { QStringLiteral("on"), QStringLiteral("off") }));
-    table.append(spec("jpeg-quality", "Q", "JPEG quality (default 80)."));
-    for (const ChoiceFlag& entry : kChoices) {
-        if (QLatin1String(entry.name) != QLatin1String("frame-style"))
-            table.append(spec(entry.name, "VALUE", qPrintable(entry.choices.join(QLatin1Char('|'))),
-                Value::Choice, entry.choices));
+    for (const SettingDefinition& row : settingTable()) {
+        if (row.flag.isEmpty())
+            continue;
+        table.append({ { row.flag }, row.flagValueName, row.flagHelp, row.flagValue, row.choices });
+        // Said where the output directory is.
+        if (row.flag == QLatin1String("output"))
+            table.append(flagSpec("mkdir", "Create the output directory (and its parents) when it is missing."));
     }
     table += {
-        spec("jobs", "N",
-            "Render tool processes at once (default 1): the inputs of a step are spread over N slots; 0 uses one "
-            "per core."),
         flagSpec("quiet", "Print only problems and the closing count of outputs."),
         flagSpec("verbose", "Also print the plan of the run, one line per output."),
         spec("report", "FILE",
@@ -376,50 +278,23 @@ CliParseResult parseCliArguments(const QStringList& arguments, CliOptions* optio
         return usageError(error, QStringLiteral("--chain and --filter cannot be combined"));
     result.saveChainFile = value("save-chain");
 
-    settings.toolPath = value("tool");
     if (isSet("wine-binary") && !isSet("wine"))
         return usageError(error, QStringLiteral("--wine-binary needs --wine"));
-    if (isSet("wine")) {
-        if (!result.slurmBundle.isEmpty())
-            return usageError(error, QStringLiteral("--wine cannot be combined with --slurm-bundle"));
-        settings.toolWine = 1;
-        settings.winePrefix = value("wine");
-        settings.wineBinary = value("wine-binary");
-    }
-    settings.outputPath = value("output");
+    if (isSet("wine") && !result.slurmBundle.isEmpty())
+        return usageError(error, QStringLiteral("--wine cannot be combined with --slurm-bundle"));
     result.makeOutputDirectory = isSet("mkdir");
     if (isSet("input") && isSet("input-dir"))
         return usageError(error, QStringLiteral("--input and --input-dir cannot be combined"));
-    if (isSet("input")) {
-        settings.inputMode = InputMode::File;
-        settings.sourcePath = value("input");
-    } else if (isSet("input-dir")) {
-        settings.inputMode = InputMode::Directory;
-        settings.sourcePath = value("input-dir");
-    } else {
-        settings.inputMode = InputMode::None;
+    // Without --input or --input-dir the run renders at a size.
+    settings.inputMode = InputMode::None;
+    for (const SettingDefinition& row : settingTable()) {
+        if (row.flag.isEmpty() || !parser.isSet(row.flag))
+            continue;
+        QString message;
+        if (!row.applyFlag(settings, parser.value(row.flag), &message))
+            return usageError(error, message);
     }
-
-    for (const char* name : { "frames", "width", "height", "jpeg-quality" }) {
-        if (isSet(name) && !wholeNumber(value(name)))
-            return usageError(error, QStringLiteral("--%1 needs a whole number").arg(QLatin1String(name)));
-    }
-    if (isSet("frames"))
-        settings.frameCountText = value("frames").trimmed();
-    if (isSet("width"))
-        settings.widthText = value("width").trimmed();
-    if (isSet("height"))
-        settings.heightText = value("height").trimmed();
-    if (isSet("jpeg-quality"))
-        settings.jpegQualityText = value("jpeg-quality").trimmed();
-    if (isSet("prefix"))
-        settings.outputPrefix = value("prefix");
-    if (isSet("jobs")) {
-        const auto jobs = wholeNumber(value("jobs"));
-        if (!jobs || *jobs < 0 || *jobs > 1024)
-            return usageError(error, QStringLiteral("--jobs needs a number of processes from 0 to 1024"));
-        settings.toolJobs = *jobs == 0 ? std::max(1, QThread::idealThreadCount()) : static_cast<int>(*jobs);
-    }
+    result.presetGiven = isSet("preset");
     result.dryRun = isSet("dry-run");
     result.quiet = isSet("quiet");
     result.verbose = isSet("verbose");
@@ -435,60 +310,6 @@ CliParseResult parseCliArguments(const QStringList& arguments, CliOptions* optio
             result.existing = ExistingOutputs::Cancel;
         else if (policy != QLatin1String("overwrite"))
             return usageError(error, QStringLiteral("--existing takes overwrite, skip or stop"));
-    }
-
-    if (isSet("format")) {
-        const QString format = value("format").toUpper();
-        if (!kFormats.contains(format))
-            return usageError(error, QStringLiteral("Unknown format: ") + value("format"));
-        settings.format = format;
-    }
-    if (isSet("preset")) {
-        const auto preset = wholeNumber(value("preset"));
-        if (!preset || *preset < 0 || *preset > std::numeric_limits<int>::max())
-            return usageError(error, QStringLiteral("--preset needs a preset index from 0"));
-        settings.presetIndex = static_cast<int>(*preset);
-        result.presetGiven = true;
-    }
-    if (isSet("maps")) {
-        settings.activateMaps = 1;
-        settings.mapBoxes.fill(0);
-        for (const QString& name : value("maps").split(QLatin1Char(','), Qt::SkipEmptyParts)) {
-            const qsizetype index = kMapNames.indexOf(name.trimmed().toLower());
-            if (index < 0)
-                return usageError(error, QStringLiteral("Unknown map kind: ") + name);
-            settings.mapBoxes[static_cast<size_t>(index)] = 1;
-        }
-        if (std::find(settings.mapBoxes.cbegin(), settings.mapBoxes.cend(), 1) == settings.mapBoxes.cend())
-            return usageError(error, QStringLiteral("--maps needs at least one map kind"));
-    }
-    if (isSet("log"))
-        settings.toolLog = 1;
-    if (isSet("seed")) {
-        bool ok = false;
-        const quint64 seed = value("seed").trimmed().toULongLong(&ok);
-        if (!ok)
-            return usageError(error, QStringLiteral("--seed needs a non-negative whole number"));
-        settings.seed = seed;
-    }
-    for (const SwitchFlag& entry : kSwitches) {
-        if (!isSet(entry.name))
-            continue;
-        const QString state = value(entry.name).toLower();
-        if (state != QLatin1String("on") && state != QLatin1String("off"))
-            return usageError(error, QStringLiteral("--%1 takes on or off").arg(QLatin1String(entry.name)));
-        settings.*entry.field = state == QLatin1String("on") ? 1 : 0;
-    }
-    for (const ChoiceFlag& entry : kChoices) {
-        if (!isSet(entry.name))
-            continue;
-        const qsizetype code = entry.choices.indexOf(value(entry.name).toLower());
-        if (code < 0) {
-            return usageError(error,
-                QStringLiteral("--%1 takes %2")
-                    .arg(QLatin1String(entry.name), entry.choices.join(QLatin1Char('|'))));
-        }
-        entry.store(settings, static_cast<int>(code));
     }
 
     if (options)

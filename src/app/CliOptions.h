@@ -2,6 +2,7 @@
 
 #include "batch/BatchDisplay.h"
 #include "run/RunSettings.h"
+#include "run/SettingTable.h"
 
 #include <QString>
 #include <QStringList>
@@ -46,9 +47,9 @@ struct CliOptions {
 enum class CliParseResult { Run, Help, Version, Completions, UsageError };
 
 // One option of quillon-cli, as the parser, --help and the shell completions
-// all read it.
+// all read it. The options of run settings come from the setting table.
 struct CliOptionSpec {
-    enum class Value { None, Text, File, Directory, Command, Choice };
+    using Value = FlagValue;
     QStringList names; // long names; a single letter is a short one
     QString valueName; // empty for a switch without value
     QString help;

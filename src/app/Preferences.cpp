@@ -2,7 +2,7 @@
 
 #include <QSettings>
 
-#include <array>
+#include <vector>
 
 namespace quillon {
 
@@ -10,59 +10,36 @@ namespace {
 
 using Type = PreferenceKey::Type;
 
-PreferenceKey text(const QString& key, const QString& reset)
+std::vector<PreferenceKey> makeTable()
 {
-    return { key, Type::String, QVariant(reset) };
-}
-
-PreferenceKey integer(const QString& key, qint64 reset)
-{
-    return { key, Type::Integer, QVariant(reset) };
-}
-
-// Reset order matters only in that PREF_RESET comes last: a store that lost
-// power half-way through a reset is reset again at the next launch.
-const std::array<PreferenceKey, 35> kTable { {
-    integer(pref::CB_ANTIALIAS, 1),
-    integer(pref::CB_MT, 1),
-    integer(pref::CB_NORMALFLIP, 0),
-    integer(pref::CB_DITHER, 0),
-    integer(pref::CB_PROGRESSIVE, 1),
-    integer(pref::CB_CLEANUP, 1),
-    integer(pref::CB_TOOLLOG, 0),
-    text(pref::SET_WIDTH, QStringLiteral("600")),
-    text(pref::SET_HEIGHT, QStringLiteral("600")),
-    text(pref::OUT_PREFIX, QStringLiteral("my-export")),
-    // The field's text, as typed; the run reads its leading number.
-    text(pref::NUM_FRAMES, QStringLiteral("10")),
-    text(pref::TOOL_JOBS, QStringLiteral("1")),
-    text(pref::TOOL_PATH, QString()),
-    // The tool is a Windows program run under Wine.
-    integer(pref::TOOL_WINE, 0),
-    text(pref::OUTPUT_DIR, QString()),
-    text(pref::INPUT_PATH, QString()),
-    text(pref::FILTERS_PATH, QString()),
-    integer(pref::JPEG_FULLPRECISION, 1),
-    integer(pref::JPEG_QUALITY, 80),
-    integer(pref::PNG_BITDEPTH, 0),
-    integer(pref::PNG_COMPRESSION, 0),
-    integer(pref::PNG_INCLUDETRANS, 0),
-    integer(pref::TIFF_BITDEPTH, 0),
-    integer(pref::TIFF_COMPRESSION, 0),
-    integer(pref::TIFF_INCLUDETRANS, 1),
-    integer(pref::TIFF_FLOATFORMAT, 0),
-    integer(pref::TGA_BITDEPTH, 0),
-    integer(pref::TGA_INCLUDETRANS, 1),
-    integer(pref::TGA_FLIPORDER, 0),
-    text(pref::EXPORT_FORMAT, QStringLiteral("JPEG")),
-    text(pref::PREF_RESET, QStringLiteral("YES")),
-    // Written by their pop-ups only; a reset keeps the user's choice.
-    { pref::INPUT_MODE, Type::String, std::nullopt },
-    { pref::OUTPUT_SUFFIX, Type::String, std::nullopt },
+    std::vector<PreferenceKey> resets;
+    std::vector<PreferenceKey> kept;
+    for (const SettingDefinition& row : settingTable()) {
+        if (row.preferenceKey.isEmpty())
+            continue;
+        const Type type = row.preferenceIsText ? Type::String : Type::Integer;
+        if (row.resets)
+            resets.push_back({ row.preferenceKey, type, row.preferenceValue(row.defaultValue) });
+        else
+            kept.push_back({ row.preferenceKey, type, std::nullopt });
+    }
+    // Keys of the window alone. PREF_RESET comes last of the reset values: a
+    // store that lost power half-way through a reset is reset again at the
+    // next launch.
+    resets.push_back({ pref::FILTERS_PATH, Type::String, QVariant(QString()) });
+    resets.push_back({ pref::PREF_RESET, Type::String, QVariant(QStringLiteral("YES")) });
     // A reset keeps the window where the user put it.
-    { pref::WINDOW_GEOMETRY, Type::String, std::nullopt },
-    { pref::WINDOW_SPLITTER, Type::String, std::nullopt },
-} };
+    kept.push_back({ pref::WINDOW_GEOMETRY, Type::String, std::nullopt });
+    kept.push_back({ pref::WINDOW_SPLITTER, Type::String, std::nullopt });
+    resets.insert(resets.end(), kept.begin(), kept.end());
+    return resets;
+}
+
+const std::vector<PreferenceKey>& keyTable()
+{
+    static const std::vector<PreferenceKey> table = makeTable();
+    return table;
+}
 
 } // namespace
 
@@ -81,12 +58,12 @@ Preferences::~Preferences() = default;
 
 std::span<const PreferenceKey> Preferences::table()
 {
-    return kTable;
+    return keyTable();
 }
 
 const PreferenceKey* Preferences::find(const QString& key)
 {
-    for (const PreferenceKey& row : kTable) {
+    for (const PreferenceKey& row : keyTable()) {
         if (row.key == key)
             return &row;
     }
@@ -163,7 +140,7 @@ void Preferences::remove(const QString& key)
 
 void Preferences::prefsReset()
 {
-    for (const PreferenceKey& row : kTable) {
+    for (const PreferenceKey& row : keyTable()) {
         if (row.resetValue)
             m_settings->setValue(row.key, *row.resetValue);
     }

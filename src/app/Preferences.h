@@ -1,5 +1,7 @@
 #pragma once
 
+#include "run/SettingTable.h"
+
 #include <QString>
 #include <QVariant>
 
@@ -10,46 +12,6 @@
 class QSettings;
 
 namespace quillon {
-
-// Preference keys. Each setting of the window persists under one of these.
-namespace pref {
-inline const QString PREF_RESET = QStringLiteral("PREF_RESET");
-inline const QString TOOL_PATH = QStringLiteral("TOOL_PATH");
-inline const QString TOOL_JOBS = QStringLiteral("TOOL_JOBS");
-inline const QString TOOL_WINE = QStringLiteral("TOOL_WINE");
-inline const QString FILTERS_PATH = QStringLiteral("FILTERS_PATH");
-inline const QString OUTPUT_DIR = QStringLiteral("OUTPUT_DIR");
-inline const QString INPUT_PATH = QStringLiteral("INPUT_PATH");
-inline const QString INPUT_MODE = QStringLiteral("INPUT_MODE");
-inline const QString SET_WIDTH = QStringLiteral("SET_WIDTH");
-inline const QString SET_HEIGHT = QStringLiteral("SET_HEIGHT");
-inline const QString NUM_FRAMES = QStringLiteral("NUM_FRAMES");
-inline const QString OUT_PREFIX = QStringLiteral("OUT_PREFIX");
-inline const QString OUTPUT_SUFFIX = QStringLiteral("OUTPUT_SUFFIX");
-inline const QString CB_ANTIALIAS = QStringLiteral("CB_ANTIALIAS");
-inline const QString CB_MT = QStringLiteral("CB_MT");
-inline const QString CB_NORMALFLIP = QStringLiteral("CB_NORMALFLIP");
-inline const QString CB_DITHER = QStringLiteral("CB_DITHER");
-inline const QString CB_PROGRESSIVE = QStringLiteral("CB_PROGRESSIVE");
-inline const QString CB_CLEANUP = QStringLiteral("CB_CLEANUP");
-inline const QString CB_TOOLLOG = QStringLiteral("CB_TOOLLOG");
-inline const QString EXPORT_FORMAT = QStringLiteral("EXPORT_FORMAT");
-inline const QString JPEG_FULLPRECISION = QStringLiteral("JPEG_FULLPRECISION");
-inline const QString JPEG_QUALITY = QStringLiteral("JPEG_QUALITY");
-inline const QString PNG_BITDEPTH = QStringLiteral("PNG_BITDEPTH");
-inline const QString PNG_COMPRESSION = QStringLiteral("PNG_COMPRESSION");
-inline const QString PNG_INCLUDETRANS = QStringLiteral("PNG_INCLUDETRANS");
-inline const QString TIFF_BITDEPTH = QStringLiteral("TIFF_BITDEPTH");
-inline const QString TIFF_COMPRESSION = QStringLiteral("TIFF_COMPRESSION");
-inline const QString TIFF_INCLUDETRANS = QStringLiteral("TIFF_INCLUDETRANS");
-inline const QString TIFF_FLOATFORMAT = QStringLiteral("TIFF_FLOATFORMAT");
-inline const QString TGA_BITDEPTH = QStringLiteral("TGA_BITDEPTH");
-inline const QString TGA_INCLUDETRANS = QStringLiteral("TGA_INCLUDETRANS");
-inline const QString TGA_FLIPORDER = QStringLiteral("TGA_FLIPORDER");
-// The window's place and size, and the split between chain and pages.
-inline const QString WINDOW_GEOMETRY = QStringLiteral("WINDOW_GEOMETRY");
-inline const QString WINDOW_SPLITTER = QStringLiteral("WINDOW_SPLITTER");
-} // namespace pref
 
 // One row of the preference table: the key, how its value is stored, and the
 // value a reset writes (none for keys a reset leaves alone).
@@ -75,8 +37,9 @@ public:
     Preferences& operator=(const Preferences&) = delete;
 
     // Every key with its stored type and reset value, in the order a reset
-    // writes them (PREF_RESET last); INPUT_MODE, OUTPUT_SUFFIX and the
-    // window's layout follow with no reset value.
+    // writes them (PREF_RESET last): the settings of the setting table the
+    // window keeps, the Filters directory, PREF_RESET, then the keys without
+    // a reset value (INPUT_MODE, OUTPUT_SUFFIX, the window's layout).
     static std::span<const PreferenceKey> table();
     static const PreferenceKey* find(const QString& key);
 

@@ -169,7 +169,12 @@ bool BatchController::planBatch(
     if (m_running)
         return false;
     StartPlan start = planStart(PlanRequest { copyChain(chain), settings, outputWillBeMade });
-    if (!settle(start, error))
+    return settlePlanned(start, plan, error);
+}
+
+bool BatchController::settlePlanned(StartPlan& start, RunPlan* plan, QString* error)
+{
+    if (m_running || !settle(start, error))
         return false;
     if (plan)
         *plan = *start.plan;

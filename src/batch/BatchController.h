@@ -74,6 +74,8 @@ public:
     // False with *error (and the alert) when the run would be refused.
     bool planBatch(const RecordList& chain, const RunSettings& settings, RunPlan* plan,
         QString* error = nullptr, bool outputWillBeMade = false);
+    // The second half of planBatch, for a plan made on another thread.
+    bool settlePlanned(StartPlan& start, RunPlan* plan, QString* error = nullptr);
     // The plan of the run going (or of the last one); null before the first.
     std::shared_ptr<const RunPlan> plan() const { return m_plan; }
     // Why the last Start was refused after planning; empty otherwise.

@@ -1,6 +1,7 @@
 #include "batch/RunReport.h"
 
 #include "run/SafeFile.h"
+#include "run/SettingTable.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -8,23 +9,14 @@
 
 namespace quillon {
 
-QJsonObject runReportSettings(const RunSettings& s)
+QJsonObject runReportSettings(const RunSettings& settings)
 {
-    static const char* const kModes[] = { "file", "directory", "none" };
-    return {
-        { QStringLiteral("tool"), s.toolPath },
-        { QStringLiteral("output"), s.outputPath },
-        { QStringLiteral("source"), s.sourcePath },
-        { QStringLiteral("inputMode"), QLatin1String(kModes[static_cast<int>(s.inputMode)]) },
-        { QStringLiteral("prefix"), s.outputPrefix },
-        { QStringLiteral("frameStyle"), static_cast<int>(s.nameStyle) },
-        { QStringLiteral("frames"), s.frameCountText },
-        { QStringLiteral("width"), s.widthText },
-        { QStringLiteral("height"), s.heightText },
-        { QStringLiteral("format"), s.format },
-        { QStringLiteral("preset"), s.presetIndex },
-        { QStringLiteral("maps"), s.activateMaps == 1 },
-    };
+    QJsonObject json;
+    for (const SettingDefinition& row : settingTable()) {
+        if (!row.reportName.isEmpty())
+            json.insert(row.reportName, row.reportValue ? row.reportValue(settings) : row.toJson(settings));
+    }
+    return json;
 }
 
 QJsonArray runReportChain(const RecordList& records)

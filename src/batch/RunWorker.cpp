@@ -70,7 +70,7 @@ void RunWorker::runStep(int index, const QList<const PlannedToolRun*>& runs)
     RecordPtr record = m_job.chain.at(static_cast<size_t>(index));
     filterProcessObject step(record, {}, {}, index == 0, index == m_job.plan->steps - 1, index, this, {});
     step.toolPath = m_job.settings.toolPath;
-    step.wine = m_job.plan->wine;
+    step.setWine(m_job.plan->wine);
     step.outPath = m_job.taskFolder.isEmpty() ? m_job.settings.outputPath : m_job.taskFolder;
     step.plannedRuns = runs;
     // A later step's inputs are the outputs of the step before: handed over
@@ -105,11 +105,11 @@ bool RunWorker::runStepInSlots(filterProcessObject& step, int slots)
         auto slot = std::make_unique<filterProcessObject>(
             step.filterData, QStringList(), QStringList(), step.isFirst, step.isLast, step.chainid, this, QStringList());
         slot->toolPath = step.toolPath;
-        slot->wine = step.wine;
+        slot->setWine(step.wine());
         slot->outPath = folders.at(k);
         // The slots share the records: they are left where the step ends
         // once every slot is done.
-        slot->advancesRecords = false;
+        slot->setAdvancesRecords(false);
         slot->inFiles = step.inFiles;
         for (qsizetype j = k; j < step.plannedRuns.size(); j += slots)
             slot->plannedRuns.append(step.plannedRuns.at(j));

@@ -1,5 +1,7 @@
 #include "run/RunSettings.h"
 
+#include "run/SettingTable.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <charconv>
@@ -93,6 +95,12 @@ std::optional<double> leadingReal(const QString& text)
     if (parsed.ec != std::errc())
         return std::nullopt;
     return value;
+}
+
+RunSettings::RunSettings()
+{
+    for (const SettingDefinition& row : settingTable())
+        row.set(*this, row.defaultValue);
 }
 
 qint64 RunSettings::frameCount() const

@@ -16,58 +16,61 @@ enum class FrameStyle { Plain = 0, FourDigit = 1, Letter = 2 };
 // on the GUI thread at Start and read-only for the run. Check box states are
 // ints: 1 on, 0 off, anything else mixed.
 struct RunSettings {
+    // Every setting starts with its default from the setting table.
+    RunSettings();
+
     // Paths and input.
     QString toolPath;
     QString outputPath;
     QString sourcePath;
-    InputMode inputMode = InputMode::File;
+    InputMode inputMode {};
     // A Windows build of the tool, run as `wine TOOL WINPATH` with every
     // path it is given in its Windows form: 1 on, 0 off.
-    int toolWine = 0;
+    int toolWine {};
     QString winePrefix; // WINEPREFIX for the tool; empty: the user's
     QString wineBinary; // the wine launcher; empty: "wine" on PATH
 
     // Output naming and frames.
-    QString outputPrefix = QStringLiteral("my-export");
-    FrameStyle nameStyle = FrameStyle::Plain;
-    QString frameCountText = QStringLiteral("10");
-    QString widthText = QStringLiteral("600");
-    QString heightText = QStringLiteral("600");
+    QString outputPrefix;
+    FrameStyle nameStyle {};
+    QString frameCountText;
+    QString widthText;
+    QString heightText;
 
     // Rendering switches.
-    int antiAlias = 1;
-    int multithread = 1;
-    int normalmapFlip = 0;
-    int dither = 0;
-    int progressive = 1;
-    int toolLog = 0;
-    int cleanup = 1;
+    int antiAlias {};
+    int multithread {};
+    int normalmapFlip {};
+    int dither {};
+    int progressive {};
+    int toolLog {};
+    int cleanup {};
 
     // Output format and its options.
-    QString format = QStringLiteral("JPEG");
-    QString jpegQualityText = QStringLiteral("80");
-    int jpegFullPrecision = 1;
-    int pngIncludeTrans = 0;
-    int tiffIncludeTrans = 1;
-    int tiffFloatFormat = 0;
-    int tgaIncludeTrans = 1;
-    int tgaFlipOrder = 0;
-    int pngBitDepth = 0; // 0 8 bits, 1 16 bits
-    int pngCompression = 0; // 0 none, 1 fast, 2 best
-    int tiffBitDepth = 0; // 0 8, 1 16, 2 24 bits
-    int tiffCompression = 0; // 0 none, 1 LZW, 2 deflate
-    int tgaBitDepth = 0; // 0 24 bits, 1 32 bits
+    QString format;
+    QString jpegQualityText;
+    int jpegFullPrecision {};
+    int pngIncludeTrans {};
+    int tiffIncludeTrans {};
+    int tiffFloatFormat {};
+    int tgaIncludeTrans {};
+    int tgaFlipOrder {};
+    int pngBitDepth {}; // 0 8 bits, 1 16 bits
+    int pngCompression {}; // 0 none, 1 fast, 2 best
+    int tiffBitDepth {}; // 0 8, 1 16, 2 24 bits
+    int tiffCompression {}; // 0 none, 1 LZW, 2 deflate
+    int tgaBitDepth {}; // 0 24 bits, 1 32 bits
 
     // Chain-related.
-    int presetIndex = 0; // selected item of the preset pop-up
-    int activateMaps = 0;
+    int presetIndex {}; // selected item of the preset pop-up
+    int activateMaps {};
     // Map boxes in map-index order: base, alpha, diffuse, bump, normal,
     // specstr, specexp, ao, ro, metallic.
-    std::array<int, 10> mapBoxes { 1, 0, 0, 0, 0, 0, 0, 0, 0, 0 };
+    std::array<int, 10> mapBoxes {};
 
     // Tool processes at once: the tool runs of a step (its inputs) spread
     // over this many slots, each with its task files in a folder of its own.
-    int toolJobs = 1;
+    int toolJobs {};
 
     // Seed of the run's random generator; none draws a fresh seed per run.
     std::optional<quint64> seed;

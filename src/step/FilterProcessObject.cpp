@@ -28,12 +28,12 @@ filterProcessObject::~filterProcessObject() = default;
 
 ToolLaunch filterProcessObject::toolLaunch(const QString& controlFile) const
 {
-    return wine ? wine->launch(toolPath, controlFile) : ToolLaunch { toolPath, { controlFile }, {} };
+    return m_wine ? m_wine->launch(toolPath, controlFile) : ToolLaunch { toolPath, { controlFile }, {} };
 }
 
 QString filterProcessObject::pathForTool(const QString& path) const
 {
-    return wine ? wine->windowsPath(path) : path;
+    return m_wine ? m_wine->windowsPath(path) : path;
 }
 
 const RunSettings& filterProcessObject::settings() const

@@ -48,30 +48,25 @@ public:
     StepParent* parent = nullptr; // not owned
     QString toolPath;
     QString outPath;
-    // A tool run under Wine (shared by the run's steps); null for a native tool.
-    std::shared_ptr<WineTool> wine;
-    // The current tool run: created, run and destroyed on the worker thread;
-    // the mutex lets abortAction reach it from another thread.
-    std::unique_ptr<ToolRun> toolTask;
-    QMutex toolTaskMutex;
     QStringList filesToRemove; // task files of the current tool run
     QStringList unwrittenTaskFiles; // task files of the current tool run that could not be written
-    QStringList runOutputs; // outputs the current tool run is to write
     // The run's plan for this step: its tool runs in plan order (one per
-    // input, or one without input); plannedRun is the current one. The
-    // writers only ever write a planned tool run.
+    // input, or one without input). The writers only ever write a planned
+    // tool run.
     QList<const PlannedToolRun*> plannedRuns;
-    const PlannedToolRun* plannedRun = nullptr;
-    // Whether writing a task leaves its values in the records (STARTVALUE);
-    // steps that share records across threads leave that to their caller.
-    bool advancesRecords = true;
-    bool inputsHandedOver = false; // inFiles went to the deletion list
     qint64 chainid = 0;
     QStringList originalFileNames; // entry i names the outputs of input i
     QStringList realFileNames; // output names for the later steps
-    std::atomic<bool> isAborted { false };
     QString lastRunURL; // run file of the current frame's first map
     RandomDraw randomDraw; // the run's random source (0..999)
+
+    // A tool run under Wine (shared by the run's steps); null for a native tool.
+    const std::shared_ptr<WineTool>& wine() const { return m_wine; }
+    void setWine(std::shared_ptr<WineTool> wine) { m_wine = std::move(wine); }
+    // Whether writing a task leaves its values in the records (STARTVALUE);
+    // steps that share records across threads leave that to their caller.
+    bool advancesRecords() const { return m_advancesRecords; }
+    void setAdvancesRecords(bool advances) { m_advancesRecords = advances; }
 
     // ---- Step runner (worker thread) ------------------------------------
     // Shows the filter, then makes the planned tool runs (runOnSources).
@@ -153,6 +148,18 @@ public:
     static QString getMapNameWithMapindex(qint64 mapindex);
 
     const RunSettings& settings() const;
+
+private:
+    std::shared_ptr<WineTool> m_wine;
+    bool m_advancesRecords = true;
+    // The current tool run: created, run and destroyed on the worker thread;
+    // the mutex lets abortAction reach it from another thread.
+    std::unique_ptr<ToolRun> toolTask;
+    QMutex toolTaskMutex;
+    QStringList runOutputs; // outputs the current tool run is to write
+    const PlannedToolRun* plannedRun = nullptr; // the one of plannedRuns going now
+    bool inputsHandedOver = false; // inFiles went to the deletion list
+    std::atomic<bool> isAborted { false };
 };
 
 } // namespace quillon

@@ -191,7 +191,7 @@ ParameterValues advanceParameters(filterProcessObject& step)
 // these values.
 void storeStartValues(filterProcessObject& step, const ParameterValues& values)
 {
-    if (!step.advancesRecords)
+    if (!step.advancesRecords())
         return;
     const RecordListPtr components = step.filterData ? step.filterData->list(key::Components) : nullptr;
     if (!components)

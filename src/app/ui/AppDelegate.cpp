@@ -28,6 +28,7 @@
 #include <QSet>
 #include <QStatusBar>
 #include <QUrl>
+#include <QtConcurrent/QtConcurrentRun>
 
 namespace quillon {
 
@@ -90,6 +91,7 @@ AppDelegate::AppDelegate(QObject* parent)
     connect(m_window->chainPreview(), &ChainPreview::previewRequested, this,
         [this] { m_window->chainPreview()->start(chain(), captureRunSettings()); });
     connect(ui.actionPreviewRun, &QAction::triggered, this, [this] { previewRunWithSender(); });
+    connect(&m_previewPlanning, &QFutureWatcherBase::finished, this, &AppDelegate::previewPlanned);
     connect(ui.actionResetPreferences, &QAction::triggered, this, [this] { resetPreferencesWithSender(); });
     connect(ui.actionHelp, &QAction::triggered, this, [this] { showHelpWithSender(); });
     connect(ui.actionDonate, &QAction::triggered, this, [this] { ppDonationWithSender(); });
@@ -106,6 +108,9 @@ AppDelegate::AppDelegate(QObject* parent)
 
 AppDelegate::~AppDelegate()
 {
+    // A preview still planned stops early and is never shown.
+    m_previewAbort->store(true);
+    disconnect(&m_previewPlanning, nullptr, this, nullptr);
     // A run still going is aborted and wound down while the sheet it reports
     // to still exists.
     m_batch.reset();
@@ -228,12 +233,25 @@ void AppDelegate::startBatchWithSender(QObject* /*sender*/)
 
 void AppDelegate::previewRunWithSender(QObject* /*sender*/)
 {
-    // The same checks and plan as Start; a failed check shows its alert.
-    RunPlan plan;
-    const RunSettings settings = captureRunSettings();
-    if (!m_batch->planBatch(chain(), settings, &plan))
+    // The same checks and plan as Start, planned off this thread as Start's
+    // are; one preview at a time.
+    if (m_batch->isRunning() || m_previewPlanning.isRunning())
         return;
-    (new PlanPreview(plan, settings.format, m_window.get()))->open();
+    m_previewAbort->store(false);
+    m_previewPlanning.setFuture(QtConcurrent::run(
+        [records = copyChain(chain()), settings = captureRunSettings(), abort = m_previewAbort] {
+            return planStart(PlanRequest { records, settings, false, abort.get() });
+        }));
+}
+
+void AppDelegate::previewPlanned()
+{
+    // A failed check shows its alert.
+    StartPlan start = m_previewPlanning.result();
+    RunPlan plan;
+    if (start.refusal == kPlanningAborted || !m_batch->settlePlanned(start, &plan))
+        return;
+    (new PlanPreview(plan, start.settings.format, m_window.get()))->open();
 }
 
 void AppDelegate::abortProcessWithSender(QObject* /*sender*/)

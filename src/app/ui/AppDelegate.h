@@ -2,12 +2,15 @@
 
 #include "app/ui/MainWindow.h"
 #include "app/ui/WindowBatchDisplay.h"
+#include "batch/RunPlanner.h"
 #include "chain/ChainKeeper.h"
 #include "library/Record.h"
 
+#include <QFutureWatcher>
 #include <QObject>
 #include <QString>
 
+#include <atomic>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -111,6 +114,8 @@ private:
     bool openUrl(const QUrl& url);
     // The last run's counts line, output folder and final outputs in plan order.
     WindowBatchDisplay::Results runResults() const;
+    // Preview Run's plan is ready: its questions, then the sheet.
+    void previewPlanned();
 
     std::unique_ptr<Preferences> m_prefs;
     std::unique_ptr<MainWindow> m_window;
@@ -120,6 +125,9 @@ private:
     std::unique_ptr<WindowBatchDisplay> m_batchDisplay;
     std::unique_ptr<BatchController> m_batch; // declared after its display: goes first
     std::function<bool(const QUrl&)> m_urlOpener;
+    // Preview Run plans on another thread; the flag outlives the window.
+    QFutureWatcher<StartPlan> m_previewPlanning;
+    std::shared_ptr<std::atomic<bool>> m_previewAbort = std::make_shared<std::atomic<bool>>(false);
     // Each pending write holds its own bytes; the keeper waits for them as it goes.
     ChainKeeper m_keptChain;
 };

@@ -4,6 +4,7 @@
 #include "app/ui/DialogSeams.h"
 #include "app/ui/FieldCorrection.h"
 #include "run/RunSettings.h"
+#include "run/SettingTable.h"
 
 #include "ui_SettingsPane.h"
 
@@ -23,6 +24,14 @@ namespace {
 constexpr qint64 kMaxImageSide = 65535;
 // The most render tool processes at once.
 constexpr qint64 kMaxToolJobs = 1024;
+
+// The row of a setting the page shows; every one is in the table.
+const SettingDefinition* setting(const char* key)
+{
+    const SettingDefinition* row = findSetting(QLatin1String(key));
+    Q_ASSERT(row);
+    return row;
+}
 
 int toIntCode(qint64 value)
 {
@@ -82,26 +91,27 @@ SettingsPane::SettingsPane(QWidget* parent)
         { s.filtersPathField, &m_filterPath, pref::FILTERS_PATH },
         { s.outputDirectoryPathField, &m_outputPath, pref::OUTPUT_DIR },
         { s.sourcePathField, &m_sourcePath, pref::INPUT_PATH } };
-    m_radios = { { { s.f_pngBitDepth8RB, s.f_pngBitDepth16RB }, &m_pngBitDepth, pref::PNG_BITDEPTH },
+    m_radios = { { { s.f_pngBitDepth8RB, s.f_pngBitDepth16RB }, &m_pngBitDepth, setting("pngBitDepth") },
         { { s.f_pngCompressionNoneRB, s.f_pngCompressionFastRB, s.f_pngCompressionBestRB }, &m_pngCompression,
-            pref::PNG_COMPRESSION },
+            setting("pngCompression") },
         { { s.f_tiffBitDepth8RB, s.f_tiffBitDepth16RB, s.f_tiffBitDepth24RB }, &m_tiffBitDepth,
-            pref::TIFF_BITDEPTH },
+            setting("tiffBitDepth") },
         { { s.f_tiffCompressionNoneRB, s.f_tiffCompressionLZWRB, s.f_tiffCompressionDeflateRB },
-            &m_tiffCompression, pref::TIFF_COMPRESSION },
-        { { s.f_tgaBitDepth24RB, s.f_tgaBitDepth32RB }, &m_tgaBitDepth, pref::TGA_BITDEPTH } };
-    m_switches = { { s.antiAliasCB, pref::CB_ANTIALIAS, false }, { s.multithreadCB, pref::CB_MT, false },
-        { s.normalmapFlipCB, pref::CB_NORMALFLIP, false }, { s.ditherCB, pref::CB_DITHER, false },
-        { s.progressiveCB, pref::CB_PROGRESSIVE, false }, { s.cleanupAfterCB, pref::CB_CLEANUP, false },
-        { s.toollogCB, pref::CB_TOOLLOG, false }, { s.toolWineCB, pref::TOOL_WINE, false },
-        { s.f_jpgFullPrecisionCB, pref::JPEG_FULLPRECISION, true },
-        { s.f_pngIncludeTransCB, pref::PNG_INCLUDETRANS, true },
-        { s.f_tiffIncludeTransCB, pref::TIFF_INCLUDETRANS, true },
-        { s.f_tiffFloatFormatCB, pref::TIFF_FLOATFORMAT, true },
-        { s.f_tgaIncludeTransCB, pref::TGA_INCLUDETRANS, true },
-        { s.f_tgaFlipOrderCB, pref::TGA_FLIPORDER, true } };
-    m_texts = { { s.imageWidthField, pref::SET_WIDTH }, { s.imageHeightField, pref::SET_HEIGHT },
-        { s.outputFilenamePrefixField, pref::OUT_PREFIX }, { s.numberOfFramesField, pref::NUM_FRAMES }, { s.toolJobsField, pref::TOOL_JOBS } };
+            &m_tiffCompression, setting("tiffCompression") },
+        { { s.f_tgaBitDepth24RB, s.f_tgaBitDepth32RB }, &m_tgaBitDepth, setting("tgaBitDepth") } };
+    m_switches = { { s.antiAliasCB, setting("antiAlias") }, { s.multithreadCB, setting("multithread") },
+        { s.normalmapFlipCB, setting("normalmapFlip") }, { s.ditherCB, setting("dither") },
+        { s.progressiveCB, setting("progressive") }, { s.cleanupAfterCB, setting("cleanup") },
+        { s.toollogCB, setting("toolLog") }, { s.toolWineCB, setting("toolWine") },
+        { s.f_jpgFullPrecisionCB, setting("jpegFullPrecision") },
+        { s.f_pngIncludeTransCB, setting("pngIncludeTrans") },
+        { s.f_tiffIncludeTransCB, setting("tiffIncludeTrans") },
+        { s.f_tiffFloatFormatCB, setting("tiffFloatFormat") },
+        { s.f_tgaIncludeTransCB, setting("tgaIncludeTrans") },
+        { s.f_tgaFlipOrderCB, setting("tgaFlipOrder") } };
+    m_texts = { { s.imageWidthField, setting("widthText") }, { s.imageHeightField, setting("heightText") },
+        { s.outputFilenamePrefixField, setting("outputPrefix") },
+        { s.numberOfFramesField, setting("frameCountText") }, { s.toolJobsField, setting("toolJobs") } };
 
     // Each field is named by its label for screen readers and Alt+letter.
     const std::pair<QLabel*, QWidget*> buddies[] = { { s.renderToolLabel, s.renderToolPathField },
@@ -153,6 +163,7 @@ SettingsPane::SettingsPane(QWidget* parent)
     for (const auto& [field, rule] : std::as_const(m_integerRules))
         acceptDigitsOnly(field);
     acceptDigitsOnly(s.f_jpgQualityField);
+    bindRunValues();
     for (const auto& text : std::as_const(m_texts)) {
         connect(text.first, &QLineEdit::editingFinished, this, [this, field = text.first] {
             for (const auto& [ruled, rule] : std::as_const(m_integerRules)) {
@@ -201,15 +212,15 @@ void SettingsPane::restore()
     else if (mode == QLatin1String("DIR"))
         s.sourceTypePopup->setCurrentIndex(static_cast<int>(InputMode::Directory));
 
-    for (const auto& [field, key] : std::as_const(m_texts))
-        field->setText(p.value(key).toString());
+    for (const auto& [field, row] : std::as_const(m_texts))
+        field->setText(p.value(row->preferenceKey).toString());
     const qint64 suffix = integerOf(p.value(pref::OUTPUT_SUFFIX));
     if (suffix >= 0 && suffix < s.outputFilenameSuffixPopup->count())
         s.outputFilenameSuffixPopup->setCurrentIndex(static_cast<int>(suffix));
 
     for (const SwitchBinding& binding : std::as_const(m_switches)) {
-        const qint64 state = integerOf(p.value(binding.key));
-        if (binding.keepsMixed)
+        const qint64 state = integerOf(p.value(binding.setting->preferenceKey));
+        if (binding.keepsMixed())
             setStateOf(binding.box, state);
         else
             binding.box->setChecked(state == 1);
@@ -227,7 +238,7 @@ void SettingsPane::restore()
     }
 
     for (const RadioBinding& binding : std::as_const(m_radios)) {
-        *binding.code = toIntCode(integerOf(p.value(binding.key)));
+        *binding.code = toIntCode(integerOf(p.value(binding.setting->preferenceKey)));
         // A code no button carries leaves the whole group off.
         for (QRadioButton* radio : binding.group)
             radio->setChecked(radio->property("tag").toLongLong() == *binding.code);
@@ -246,11 +257,11 @@ void SettingsPane::settingsSaverWithSender(QObject* /*sender*/)
 {
     Preferences& p = prefs();
     for (const SwitchBinding& binding : std::as_const(m_switches)) {
-        if (!binding.keepsMixed)
-            p.set(binding.key, binding.box->isChecked() ? 1 : 0);
+        if (!binding.keepsMixed())
+            p.set(binding.setting->preferenceKey, binding.box->isChecked() ? 1 : 0);
     }
-    for (const auto& [field, key] : std::as_const(m_texts))
-        p.set(key, field->text());
+    for (const auto& [field, row] : std::as_const(m_texts))
+        p.set(row->preferenceKey, field->text());
     p.sync();
 }
 
@@ -377,17 +388,7 @@ void SettingsPane::changeOutputSuffixWithSender(QObject* /*sender*/)
     Ui::SettingsPane& s = *m_ui;
     const int style = s.outputFilenameSuffixPopup->currentIndex();
     prefs().set(pref::OUTPUT_SUFFIX, QString::number(style));
-    switch (static_cast<FrameStyle>(style)) {
-    case FrameStyle::Plain:
-        m_frameMaxValue = 999;
-        break;
-    case FrameStyle::FourDigit:
-        m_frameMaxValue = 9999;
-        break;
-    case FrameStyle::Letter:
-        m_frameMaxValue = 25; // the letters a to y
-        break;
-    }
+    m_frameMaxValue = frameLimit(static_cast<FrameStyle>(std::clamp(style, 0, 2)));
     s.maxFramesField->setText(QString::number(m_frameMaxValue));
     if (leadingInteger(s.numberOfFramesField->text()).value_or(0) > m_frameMaxValue)
         s.numberOfFramesField->setText(QString::number(m_frameMaxValue));
@@ -399,7 +400,7 @@ void SettingsPane::changeOutputSuffixWithSender(QObject* /*sender*/)
 void SettingsPane::radioClick(QRadioButton* clicked, const RadioBinding& binding)
 {
     *binding.code = toIntCode(clicked->property("tag").toLongLong());
-    prefs().set(binding.key, *binding.code);
+    prefs().set(binding.setting->preferenceKey, *binding.code);
     for (QRadioButton* radio : binding.group)
         radio->setChecked(radio == clicked);
     prefs().sync();
@@ -407,11 +408,11 @@ void SettingsPane::radioClick(QRadioButton* clicked, const RadioBinding& binding
 
 void SettingsPane::switchClick(const SwitchBinding& binding)
 {
-    if (!binding.keepsMixed) {
+    if (!binding.keepsMixed()) {
         settingsSaverWithSender(binding.box);
         return;
     }
-    prefs().set(binding.key, stateOf(binding.box));
+    prefs().set(binding.setting->preferenceKey, stateOf(binding.box));
     prefs().sync();
 }
 
@@ -455,44 +456,53 @@ void SettingsPane::showChosenFormat()
 
 // ---- The run ----
 
+// ---- The run ----
+
+bool SettingsPane::SwitchBinding::keepsMixed() const
+{
+    return setting->kind == SettingKind::MixedSwitch;
+}
+
+void SettingsPane::bindRunValues()
+{
+    Ui::SettingsPane& s = *m_ui;
+    for (const PathBinding& binding : std::as_const(m_paths)) {
+        if (const SettingDefinition* row = findSettingByPreference(binding.key))
+            m_runValues.append({ row, [value = binding.value] { return QVariant(*value); } });
+    }
+    for (const SwitchBinding& binding : std::as_const(m_switches))
+        m_runValues.append({ binding.setting, [box = binding.box] { return QVariant(stateOf(box)); } });
+    for (const RadioBinding& binding : std::as_const(m_radios))
+        m_runValues.append({ binding.setting, [code = binding.code] { return QVariant(*code); } });
+    for (const auto& text : std::as_const(m_texts)) {
+        QLineEdit* field = text.first;
+        if (text.second->kind != SettingKind::Integer) {
+            m_runValues.append({ text.second, [field] { return QVariant(field->text()); } });
+            continue;
+        }
+        // A number the run keeps: the field's, within the field's bounds.
+        for (const auto& ruled : std::as_const(m_integerRules)) {
+            if (ruled.first != field)
+                continue;
+            m_runValues.append({ text.second, [field, rule = ruled.second] {
+                return QVariant(std::clamp(
+                    leadingInteger(field->text()).value_or(rule.minimum), rule.minimum, rule.maximum()));
+            } });
+        }
+    }
+    // Pop-up indices are the settings' codes.
+    m_runValues += { { setting("inputMode"),
+                         [popup = s.sourceTypePopup] { return QVariant(popup->currentIndex()); } },
+        { setting("nameStyle"), [popup = s.outputFilenameSuffixPopup] { return QVariant(popup->currentIndex()); } },
+        { setting("format"), [this] { return QVariant(selectedFormatIdentifier()); } },
+        { setting("jpegQualityText"), [field = s.f_jpgQualityField] { return QVariant(field->text()); } } };
+}
+
 RunSettings SettingsPane::runSettings() const
 {
-    const Ui::SettingsPane& s = *m_ui;
     RunSettings settings;
-    settings.toolPath = m_toolPath;
-    settings.toolWine = s.toolWineCB->isChecked() ? 1 : 0;
-    settings.outputPath = m_outputPath;
-    settings.sourcePath = m_sourcePath;
-    settings.inputMode = static_cast<InputMode>(std::clamp(s.sourceTypePopup->currentIndex(), 0, 2));
-    settings.outputPrefix = s.outputFilenamePrefixField->text();
-    settings.nameStyle
-        = static_cast<FrameStyle>(std::clamp(s.outputFilenameSuffixPopup->currentIndex(), 0, 2));
-    settings.frameCountText = s.numberOfFramesField->text();
-    settings.toolJobs = static_cast<int>(std::clamp<qint64>(leadingInteger(s.toolJobsField->text()).value_or(1), 1, 1024));
-    settings.widthText = s.imageWidthField->text();
-    settings.heightText = s.imageHeightField->text();
-
-    settings.antiAlias = stateOf(s.antiAliasCB);
-    settings.multithread = stateOf(s.multithreadCB);
-    settings.normalmapFlip = stateOf(s.normalmapFlipCB);
-    settings.dither = stateOf(s.ditherCB);
-    settings.progressive = stateOf(s.progressiveCB);
-    settings.toolLog = stateOf(s.toollogCB);
-    settings.cleanup = stateOf(s.cleanupAfterCB);
-
-    settings.format = selectedFormatIdentifier();
-    settings.jpegQualityText = s.f_jpgQualityField->text();
-    settings.jpegFullPrecision = stateOf(s.f_jpgFullPrecisionCB);
-    settings.pngIncludeTrans = stateOf(s.f_pngIncludeTransCB);
-    settings.tiffIncludeTrans = stateOf(s.f_tiffIncludeTransCB);
-    settings.tiffFloatFormat = stateOf(s.f_tiffFloatFormatCB);
-    settings.tgaIncludeTrans = stateOf(s.f_tgaIncludeTransCB);
-    settings.tgaFlipOrder = stateOf(s.f_tgaFlipOrderCB);
-    settings.pngBitDepth = m_pngBitDepth;
-    settings.pngCompression = m_pngCompression;
-    settings.tiffBitDepth = m_tiffBitDepth;
-    settings.tiffCompression = m_tiffCompression;
-    settings.tgaBitDepth = m_tgaBitDepth;
+    for (const RunValue& value : m_runValues)
+        value.setting->set(settings, value.read());
     return settings;
 }
 

@@ -4,6 +4,7 @@
 
 #include <QList>
 #include <QString>
+#include <QVariant>
 #include <QWidget>
 
 #include <functional>
@@ -22,12 +23,13 @@ namespace quillon {
 
 class Preferences;
 struct RunSettings;
+struct SettingDefinition;
 
 // The Settings page: render tool, Filters and output paths, the source,
 // output naming and frame count, the rendering switches and the output format.
-// Each control is bound to its preference key: restore() fills the controls
-// from the store, and every change is written back at once. runSettings()
-// gives the values of a run.
+// Each control is bound to its row of the setting table, which gives its
+// preference key: restore() fills the controls from the store, and every
+// change is written back at once. runSettings() gives the values of a run.
 class SettingsPane final : public QWidget {
     Q_OBJECT
 public:
@@ -88,14 +90,18 @@ private:
     struct RadioBinding {
         QList<QRadioButton*> group;
         int* code;
-        QString key;
+        const SettingDefinition* setting;
     };
-    // A switch: the rendering ones store 1 or 0; the format ones also keep
-    // a mixed state (-1).
+    // A switch: 1 or 0; a MixedSwitch setting also keeps a mixed state (-1).
     struct SwitchBinding {
         QCheckBox* box;
-        QString key;
-        bool keepsMixed;
+        const SettingDefinition* setting;
+        bool keepsMixed() const;
+    };
+    // A control's value as the run takes it.
+    struct RunValue {
+        const SettingDefinition* setting;
+        std::function<QVariant()> read;
     };
 
     Preferences& prefs() const;
@@ -105,6 +111,7 @@ private:
     void radioClick(QRadioButton* clicked, const RadioBinding& binding);
     void switchClick(const SwitchBinding& binding);
     QString selectedFormatIdentifier() const;
+    void bindRunValues();
     void showChosenFormat();
 
     std::unique_ptr<Ui::SettingsPane> m_ui;
@@ -122,8 +129,9 @@ private:
     QList<PathBinding> m_paths;
     QList<RadioBinding> m_radios;
     QList<SwitchBinding> m_switches;
-    QList<std::pair<QLineEdit*, QString>> m_texts;
+    QList<std::pair<QLineEdit*, const SettingDefinition*>> m_texts;
     QList<std::pair<QLineEdit*, IntegerFieldRule>> m_integerRules;
+    QList<RunValue> m_runValues;
 };
 
 } // namespace quillon

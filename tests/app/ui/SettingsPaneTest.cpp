@@ -3,7 +3,10 @@
 
 #include "support/WindowFixture.h"
 
+#include "app/CliOptions.h"
+#include "cluster/ClusterBundle.h"
 #include "run/RunSettings.h"
+#include "run/SettingTable.h"
 
 #include <QAction>
 
@@ -198,6 +201,79 @@ TEST_F(SettingsPaneTest, ExportControlsAreStoredAndReachTheRunSettings)
     EXPECT_EQ(settings.jpegQualityText, QStringLiteral("150"));
     EXPECT_EQ(std::tuple(settings.pngIncludeTrans, settings.tiffFloatFormat, settings.jpegFullPrecision),
         std::tuple(1, 1, 0));
+}
+
+// A value of each kind that differs from the row's default.
+QVariant sampleOf(const SettingDefinition& row)
+{
+    switch (row.kind) {
+    case SettingKind::Path:
+    case SettingKind::Text:
+        return QStringLiteral("/sample/") + row.key;
+    case SettingKind::WholeNumber:
+        return QStringLiteral("7");
+    case SettingKind::Integer:
+        return 3;
+    case SettingKind::Switch:
+    case SettingKind::MixedSwitch:
+    case SettingKind::Choice:
+        return row.defaultValue.toInt() == 0 ? 1 : 0;
+    case SettingKind::Name:
+        return row.choices.value(1);
+    case SettingKind::Maps:
+        return QVariantList { 0, 1, 0, 0, 0, 0, 0, 0, 0, 1 };
+    case SettingKind::Seed:
+        break;
+    }
+    return QVariant::fromValue<qulonglong>(42);
+}
+
+// Every row of the setting table: preferences -> the page -> RunSettings ->
+// bundle JSON -> RunSettings, and its flag -> RunSettings.
+TEST_F(SettingsPaneTest, EverySettingRoundTripsThroughItsTable)
+{
+    // The input is chosen anew at each start, so its stored path is not shown.
+    const auto onThePage = [](const SettingDefinition& row) {
+        return !row.preferenceKey.isEmpty() && row.resets && row.key != QLatin1String("sourcePath");
+    };
+    for (const SettingDefinition& row : settingTable()) {
+        SCOPED_TRACE(row.key.toStdString());
+        const QVariant sample = sampleOf(row);
+        RunSettings sampled;
+        EXPECT_EQ(row.get(sampled), row.defaultValue);
+        row.set(sampled, sample);
+        ASSERT_EQ(row.get(sampled), sample);
+        if (onThePage(row))
+            prefs().set(row.preferenceKey, row.preferenceValue(sample));
+        if (!row.jsonName.isEmpty()) {
+            EXPECT_EQ(row.get(settingsFromJson(settingsToJson(sampled))), sample);
+        }
+        if (row.flag.isEmpty() || row.parseFlag)
+            continue; // flags with a reading of their own: CliOptionsTest
+        // --wine-binary goes with --wine.
+        QStringList flag { QStringLiteral("quillon-cli"), QStringLiteral("--wine"),
+            QStringLiteral("--") + row.flag };
+        if (row.kind == SettingKind::Choice) {
+            flag.append(row.choices.value(sample.toInt()));
+        } else if (row.kind == SettingKind::Switch || row.kind == SettingKind::MixedSwitch) {
+            flag.append(sample.toInt() == 1 ? QStringLiteral("on") : QStringLiteral("off"));
+        } else {
+            flag.append(sample.toString());
+        }
+        if (row.flagValueName.isEmpty())
+            flag.removeLast(); // a flag that turns its setting on
+        CliOptions options;
+        ASSERT_EQ(parseCliArguments(flag, &options, nullptr), CliParseResult::Run);
+        EXPECT_EQ(row.get(options.settings), sample);
+    }
+    prefs().sync();
+    relaunch();
+    const RunSettings shown = delegate().captureRunSettings();
+    for (const SettingDefinition& row : settingTable()) {
+        if (onThePage(row)) {
+            EXPECT_EQ(row.get(shown), sampleOf(row)) << row.key.toStdString();
+        }
+    }
 }
 
 } // namespace

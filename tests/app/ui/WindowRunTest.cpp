@@ -149,8 +149,11 @@ TEST_F(WindowRunTest, ImagesAreCountedAndThePlanChecksAskOrRefuse)
 
     // The plan first: three outputs, nothing written.
     delegate().window()->findChild<QAction*>(QStringLiteral("actionPreviewRun"))->trigger();
-    auto* preview = delegate().window()->findChild<QTableWidget*>(QStringLiteral("planPreviewTable"));
-    ASSERT_NE(preview, nullptr);
+    QTableWidget* preview = nullptr;
+    ASSERT_TRUE(waitFor([&] {
+        preview = delegate().window()->findChild<QTableWidget*>(QStringLiteral("planPreviewTable"));
+        return preview != nullptr;
+    }));
     EXPECT_EQ(preview->rowCount(), 3);
     EXPECT_EQ(preview->item(2, 0)->text(), QStringLiteral("NX_win-3.png"));
     EXPECT_TRUE(preview->window()
