@@ -31,9 +31,12 @@ TEST_F(CliToolStatus, EveryToolRunEndIsInTheExitCodeTheReportAndTheClosingLines)
         { "outputs written, non-zero exit", { { "QUILLON_STANDIN_EXIT_CODE", "5" } }, {}, 3,
             { { "end", "exited" }, { "exitCode", 5 }, { "failed", true } },
             "tool run of step 1 on no input: the render tool exited with code 5" },
-        { "crash", { { "QUILLON_STANDIN_CRASH", "1" } }, {}, 3,
+        // Twenty missing outputs are named, the rest counted.
+        { "crash", { { "QUILLON_STANDIN_CRASH", "1" } }, { "--frames", "22" }, 3,
             { { "end", "signal" }, { "signal", SIGABRT }, { "failed", true } },
-            QStringLiteral(": the render tool was ended by signal %1").arg(SIGABRT) },
+            QStringLiteral("NX_my-export-20.png: the render tool was ended by signal %1\n"
+                           "quillon-cli: and 2 more missing")
+                .arg(SIGABRT) },
         { "not executable", {}, { "--tool", notExecutable }, 3,
             { { "end", "start failed" }, { "failed", true } }, ": the render tool could not be started (" },
         { "task files not written", {}, { "--input-dir", m_in, "--frames", "1", "--jobs", "2" }, 3,
