@@ -71,7 +71,7 @@ TEST_F(CliRun, RefusalsSayWhyWriteNothingAndFollowTheCommandLineConventions)
         { { "-V" }, 0, "quillon-cli " QUILLON_VERSION, "" },
         { { "--filter", missing }, 2, "",
             "quillon-cli: Not a usable filter definition: " + missing + " (it does not exist)" },
-        { { "--filter", notXml }, 2, "", "(it is not XML: " },
+        { { "--filter", notXml }, 2, "", "(it is not XML: Start-end tags mismatch at line 3)" },
         { { "--filter", notFilter }, 2, "", "(its root element is Other, not Filter)" },
         { baseFlags() + QStringList { "--prefix", "/../../x" }, 2, "",
             "The file name prefix cannot contain a slash" },
