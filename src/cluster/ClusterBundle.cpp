@@ -51,7 +51,7 @@ bool saveBundleFile(const QString& path, const QByteArray& bytes, QString* error
     return false;
 }
 
-bool loadClusterBundle(const QString& directory, ClusterBundle* bundle, QString* error)
+bool loadClusterBundle(const QString& directory, ClusterBundle* bundle, QString* error, bool withPlan)
 {
     ClusterBundle loaded;
     loaded.directory = QDir::cleanPath(QFileInfo(directory).absoluteFilePath());
@@ -60,7 +60,7 @@ bool loadClusterBundle(const QString& directory, ClusterBundle* bundle, QString*
     QJsonObject settings;
     if (!readJsonObject(dir.filePath(bundle::kManifest), &manifest, error)
         || !readJsonObject(dir.filePath(bundle::kSettings), &settings, error)
-        || !readJsonObject(dir.filePath(bundle::kPlan), &loaded.plan, error))
+        || (withPlan && !readJsonObject(dir.filePath(bundle::kPlan), &loaded.plan, error)))
         return false;
     loaded.settings = settingsFromJson(settings);
     for (const QJsonValue& input : manifest.value(QStringLiteral("inputs")).toArray())

@@ -33,9 +33,9 @@ RunPlan planShape(const QJsonObject& json)
         run.input = object.value(QStringLiteral("input")).toString();
         for (const QJsonValue& task : object.value(QStringLiteral("tasks")).toArray()) {
             PlannedTask planned;
-            planned.resultPath = task.toObject().value(QStringLiteral("result")).toString();
             planned.skipped = task.toObject().value(QStringLiteral("skipped")).toBool();
-            run.tasks.append(planned);
+            run.givenPaths.append(task.toObject().value(QStringLiteral("result")).toString());
+            run.appendTask(planned);
         }
         plan.toolRuns.append(run);
     }
