@@ -58,7 +58,7 @@ bool loadClusterBundle(const QString& directory, ClusterBundle* bundle, QString*
     const QDir dir(loaded.directory);
     QJsonObject manifest;
     QJsonObject settings;
-    if (!readJsonObject(dir.filePath(bundle::kManifest), &manifest, error)
+    if ((withPlan && !readJsonObject(dir.filePath(bundle::kManifest), &manifest, error))
         || !readJsonObject(dir.filePath(bundle::kSettings), &settings, error)
         || (withPlan && !readJsonObject(dir.filePath(bundle::kPlan), &loaded.plan, error)))
         return false;
@@ -67,7 +67,7 @@ bool loadClusterBundle(const QString& directory, ClusterBundle* bundle, QString*
         loaded.inputs.append(input.toString());
     loaded.elements = manifest.value(QStringLiteral("elements")).toInt();
     loaded.reportFile = manifest.value(QStringLiteral("report")).toString();
-    if (loaded.elements < 1) {
+    if (withPlan && loaded.elements < 1) {
         *error = QStringLiteral("%1 names no element").arg(dir.filePath(bundle::kManifest));
         return false;
     }

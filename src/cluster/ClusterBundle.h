@@ -49,8 +49,9 @@ struct ClusterBundle {
 };
 
 // Reads a bundle written by writeClusterBundle. False with *error when a
-// file is missing or damaged. Without `withPlan`, plan.json is not read
-// (an element reads its own part of it from elements.jsonl).
+// file is missing or damaged. Without `withPlan`, neither plan.json nor
+// bundle.json (the inputs) is read: an element reads its own part of the
+// plan from elements.jsonl, and the element count from elements.idx.
 bool loadClusterBundle(const QString& directory, ClusterBundle* bundle, QString* error, bool withPlan = true);
 
 // Writes `bytes` to `path` as a new file renamed over the name (saveUserFile:

@@ -129,6 +129,11 @@ bool readElementPlan(
         *error = changedBundleError(bundle);
         return false;
     }
+    const qint64 elements = (index.size() - headerSize(fingerprint)) / (kOffsetWidth + 1) - 1;
+    if (element < 0 || element >= elements) {
+        *error = QStringLiteral("The bundle has elements 0 to %1, not %2").arg(elements - 1).arg(element);
+        return false;
+    }
     const qint64 line = headerSize(fingerprint) + element * (kOffsetWidth + 1);
     QByteArray range;
     if (index.seek(line))

@@ -30,8 +30,8 @@ bool writeElementFiles(const QString& directory, const RunPlan& plan, const QLis
 
 // The plan of element `element` (the bundle loaded without its plan.json),
 // every name and value as written, and its tool runs' positions in the whole
-// plan. Refused with *error when the chain, the settings or a definition
-// changed since the bundle was written.
+// plan. Refused with *error when there is no such element, or when the
+// chain, the settings or a definition changed since the bundle was written.
 bool readElementPlan(
     const ClusterBundle& bundle, int element, RunPlan* plan, QList<qsizetype>* toolRuns, QString* error);
 

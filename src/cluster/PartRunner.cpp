@@ -21,11 +21,6 @@ bool prepareClusterPart(const QString& bundleDirectory, int element, ClusterPart
     // inputs costs an element what a bundle of one does.
     if (!loadClusterBundle(bundleDirectory, &prepared.bundle, error, false))
         return false;
-    const int elements = prepared.bundle.elements;
-    if (element < 0 || element >= elements) {
-        *error = QStringLiteral("The bundle has elements 0 to %1, not %2").arg(elements - 1).arg(element);
-        return false;
-    }
     prepared.element = element;
     prepared.plan = std::make_shared<RunPlan>();
     if (!readElementPlan(prepared.bundle, element, prepared.plan.get(), &prepared.toolRuns, error))
