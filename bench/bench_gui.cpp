@@ -138,6 +138,7 @@ public:
     void showFilterInfo(const QString& name, const QString& author) override { filter = name + author; }
     void showSourceInfo(const QString& source) override { this->source = source; }
     void showRenderInfo(const QString& info) override { render = info; }
+    int reportIntervalMs() const override { return 16; }
 
     QString alert, filter, source, render;
 };

@@ -211,8 +211,13 @@ int CliRun::exec(const QStringList& arguments)
         }
         if (display.replaced > 0)
             writeError(QStringLiteral("the run would replace %1 existing files").arg(display.replaced));
-        const QByteArray text = options.json ? plan.toJson() : plan.describe().toUtf8() + '\n';
-        std::fwrite(text.constData(), 1, static_cast<size_t>(text.size()), stdout);
+        const auto print = [](const QByteArray& text) {
+            std::fwrite(text.constData(), 1, static_cast<size_t>(text.size()), stdout);
+        };
+        if (options.json)
+            plan.writeJson(print); // a tool run at a time: a million outputs are never one document
+        else
+            print(plan.describe().toUtf8() + '\n');
         return kCliExitOk;
     }
     connect(&controller, &BatchController::runStarted, this, [&controller] {

@@ -18,15 +18,15 @@ const QString& BatchController::kLogTitle = RunLog::kTitle;
 
 BatchController::BatchController(BatchDisplay* display, QObject* parent)
     : QObject(parent)
-    , m_display(display)
 {
+    setDisplay(display);
     connect(&m_planning, &QFutureWatcher<StartPlan>::finished, this, &BatchController::planned);
 }
 
 BatchController::~BatchController()
 {
     // The display usually goes first; a run still going winds down unseen.
-    m_display = nullptr;
+    setDisplay(nullptr);
     m_planAbort.store(true);
     m_planning.waitForFinished();
     if (m_thread) {

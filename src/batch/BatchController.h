@@ -1,5 +1,6 @@
 #pragma once
 
+#include "batch/DisplayRelay.h"
 #include "batch/InputListing.h"
 #include "batch/RunCleanup.h"
 #include "batch/RunJournal.h"
@@ -51,8 +52,12 @@ public:
     ~BatchController() override;
     Q_DISABLE_COPY_MOVE(BatchController)
 
-    void setDisplay(BatchDisplay* display) { m_display = display; }
-    BatchDisplay* display() const { return m_display; }
+    void setDisplay(BatchDisplay* display)
+    {
+        m_relay.setTarget(display);
+        m_display = m_relay.entry();
+    }
+    BatchDisplay* display() const { return m_relay.target(); }
 
     // Where the run's own standard output lines go (tool output, "deleted "
     // lines, the log creation error); each call is one text without its line
@@ -148,7 +153,8 @@ private:
     void workerFinished(const QStringList& deletedLines);
     void showProgress(const QStringList& written);
 
-    BatchDisplay* m_display = nullptr;
+    DisplayRelay m_relay; // merges a window's reports per frame interval
+    BatchDisplay* m_display = nullptr; // the relay or the display itself
     std::function<void(const QString&)> m_standardOutput;
 
     RecordList m_chain;

@@ -78,6 +78,18 @@ public:
     // Start was refused because a run (or an aborted run's wind-down) is
     // still going.
     virtual void beep() { }
+
+    // A display that shows only the latest source, tool output and progress
+    // (a window) gets them at most once per this many milliseconds, merged
+    // (DisplayRelay); 0: every report as it comes.
+    virtual int reportIntervalMs() const { return 0; }
+    // Merged sources: `count` tool runs started since the last report, the
+    // latest of them `latest`.
+    virtual void showSourcesInfo(const QString& latest, int count)
+    {
+        for (int i = 0; i < count; ++i)
+            showSourceInfo(latest);
+    }
 };
 
 } // namespace quillon

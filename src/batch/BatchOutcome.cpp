@@ -62,13 +62,14 @@ QStringList BatchController::outcomeDetails(qsizetype limit) const
     qsizetype named = 0;
     QList<bool> mentioned(m_plan->toolRuns.size(), false);
     for (qsizetype i = 0; i < m_plan->toolRuns.size(); ++i) {
-        for (const PlannedTask& task : m_plan->toolRuns.at(i).tasks) {
-            if (!missing.contains(task.resultPath))
+        const PlannedToolRun& run = m_plan->toolRuns.at(i);
+        for (qsizetype t = 0; t < run.tasks.size(); ++t) {
+            const QString resultPath = run.resultPath(t);
+            if (!missing.contains(resultPath))
                 continue;
             mentioned[i] = true;
             if (named++ < limit)
-                lines.append(
-                    QStringLiteral("missing %1: %2").arg(task.resultPath, describeEnd(outcomes.value(i))));
+                lines.append(QStringLiteral("missing %1: %2").arg(resultPath, describeEnd(outcomes.value(i))));
         }
     }
     if (named > limit)
@@ -113,17 +114,18 @@ BatchController::Outcome BatchController::outcome() const
     for (const PlannedToolRun& run : std::as_const(m_plan->toolRuns)) {
         if (run.step != m_plan->steps - 1)
             continue;
-        for (const PlannedTask& task : run.tasks) {
-            const FileIdentity now = regularFileIdentity(task.resultPath);
-            const FileIdentity before = m_finalBefore.value(task.resultPath);
-            if (task.skipped)
-                result.notRun.append(task.resultPath);
+        for (qsizetype t = 0; t < run.tasks.size(); ++t) {
+            const QString resultPath = run.resultPath(t);
+            const FileIdentity now = regularFileIdentity(resultPath);
+            const FileIdentity before = m_finalBefore.value(resultPath);
+            if (run.tasks.at(t).skipped)
+                result.notRun.append(resultPath);
             else if (now.isValid() && now.size > 0 && (!before.isValid() || now.changedSince(before)))
-                result.written.append(task.resultPath);
+                result.written.append(resultPath);
             else if (aborted)
-                result.notRun.append(task.resultPath);
+                result.notRun.append(resultPath);
             else
-                result.missing.append(task.resultPath);
+                result.missing.append(resultPath);
         }
     }
     return result;

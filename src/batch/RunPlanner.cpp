@@ -95,6 +95,7 @@ RunPlan planRun(const RecordList& chain, const RunSettings& settings, const QStr
             i, &parent, i == 0 ? baseNames : laterNames);
         step.outPath = settings.outputPath;
         step.randomDraw = random.drawFunction();
+        step.recordsNames = i < plan.steps - 1;
         if (step.inFiles.isEmpty()) {
             plan.toolRuns.append(step.planToolRun(QString(), QString()));
         } else {

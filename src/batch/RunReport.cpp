@@ -37,9 +37,9 @@ void addInterimStatuses(const RunPlan& plan, const QList<ToolRunOutcome>& outcom
             continue;
         const ToolRunOutcome::End end = outcomes.value(r).end;
         const bool started = end != ToolRunOutcome::End::NotRun && end != ToolRunOutcome::End::Aborted;
-        for (const PlannedTask& task : run.tasks) {
-            statuses->insert(task.resultPath,
-                started && !task.skipped ? QStringLiteral("interim") : QStringLiteral("not run"));
+        for (qsizetype t = 0; t < run.tasks.size(); ++t) {
+            statuses->insert(run.resultPath(t),
+                started && !run.tasks.at(t).skipped ? QStringLiteral("interim") : QStringLiteral("not run"));
         }
     }
 }

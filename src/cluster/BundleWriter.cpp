@@ -2,6 +2,7 @@
 
 #include "chain/ChainFile.h"
 #include "cluster/ClusterBundle.h"
+#include "cluster/ElementFiles.h"
 #include "cluster/ElementPlan.h"
 #include "cluster/SubmitScripts.h"
 
@@ -67,7 +68,8 @@ bool writeClusterBundle(const BundleRequest& request, QString* error)
         if (run.step == 0 && !run.input.isEmpty())
             inputs.append(run.input);
     }
-    const qsizetype elements = elementToolRuns(request.plan).size();
+    const QList<QList<qsizetype>> elementRuns = elementToolRuns(request.plan);
+    const qsizetype elements = elementRuns.size();
     const QJsonObject manifest { { QStringLiteral("elements"), elements },
         { QStringLiteral("inputs"), QJsonArray::fromStringList(inputs) },
         { QStringLiteral("quillonCli"), request.cliPath }, { QStringLiteral("report"), request.reportFile } };
@@ -81,11 +83,14 @@ bool writeClusterBundle(const BundleRequest& request, QString* error)
         || !saveBundleFile(dir.filePath(bundle::kPlan), request.plan.toJson(), error))
         return false;
 
-    // Every element plans the run again from these files: it must come out
-    // the same before anything is submitted.
+    // The run planned again from these files must come out the same before
+    // anything is submitted; an element then reads only its own part and
+    // checks by the fingerprint that none of them changed since.
     ClusterBundle written;
     RunPlan again;
-    if (!loadClusterBundle(request.directory, &written, error) || !replanBundle(written, &again, error))
+    if (!loadClusterBundle(request.directory, &written, error) || !replanBundle(written, &again, error)
+        || !writeElementFiles(request.directory, request.plan, elementRuns,
+            bundleFingerprint(request.directory, written.chain), error))
         return false;
 
     return saveBundleFile(dir.filePath(bundle::kPartScript), partScript(scripts), error, true)

@@ -51,23 +51,23 @@ bool saveBundleFile(const QString& path, const QByteArray& bytes, QString* error
     return false;
 }
 
-bool loadClusterBundle(const QString& directory, ClusterBundle* bundle, QString* error)
+bool loadClusterBundle(const QString& directory, ClusterBundle* bundle, QString* error, bool withPlan)
 {
     ClusterBundle loaded;
     loaded.directory = QDir::cleanPath(QFileInfo(directory).absoluteFilePath());
     const QDir dir(loaded.directory);
     QJsonObject manifest;
     QJsonObject settings;
-    if (!readJsonObject(dir.filePath(bundle::kManifest), &manifest, error)
+    if ((withPlan && !readJsonObject(dir.filePath(bundle::kManifest), &manifest, error))
         || !readJsonObject(dir.filePath(bundle::kSettings), &settings, error)
-        || !readJsonObject(dir.filePath(bundle::kPlan), &loaded.plan, error))
+        || (withPlan && !readJsonObject(dir.filePath(bundle::kPlan), &loaded.plan, error)))
         return false;
     loaded.settings = settingsFromJson(settings);
     for (const QJsonValue& input : manifest.value(QStringLiteral("inputs")).toArray())
         loaded.inputs.append(input.toString());
     loaded.elements = manifest.value(QStringLiteral("elements")).toInt();
     loaded.reportFile = manifest.value(QStringLiteral("report")).toString();
-    if (loaded.elements < 1) {
+    if (withPlan && loaded.elements < 1) {
         *error = QStringLiteral("%1 names no element").arg(dir.filePath(bundle::kManifest));
         return false;
     }

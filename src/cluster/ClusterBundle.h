@@ -15,6 +15,7 @@ namespace quillon {
 //   chain.qlch      the chain it was planned from
 //   settings.json   the run settings (absolute paths, the seed)
 //   bundle.json     the inputs in plan order, the element count, the report path
+//   elements.jsonl, elements.idx   each element's own part of the plan
 //   submit.sh       submits the array (part.sh) and the collect job (collect.sh)
 //   parts/          one report part per element (part-K.json)
 //   logs/           Slurm's output files
@@ -31,6 +32,8 @@ inline const QString kParts = QStringLiteral("parts");
 inline const QString kLogs = QStringLiteral("logs");
 inline const QString kReport = QStringLiteral("report.json");
 inline const QString kCollectStatus = QStringLiteral("collect.status");
+inline const QString kElements = QStringLiteral("elements.jsonl"); // see ElementFiles.h
+inline const QString kElementIndex = QStringLiteral("elements.idx");
 } // namespace bundle
 
 struct ClusterBundle {
@@ -46,8 +49,10 @@ struct ClusterBundle {
 };
 
 // Reads a bundle written by writeClusterBundle. False with *error when a
-// file is missing or damaged.
-bool loadClusterBundle(const QString& directory, ClusterBundle* bundle, QString* error);
+// file is missing or damaged. Without `withPlan`, neither plan.json nor
+// bundle.json (the inputs) is read: an element reads its own part of the
+// plan from elements.jsonl, and the element count from elements.idx.
+bool loadClusterBundle(const QString& directory, ClusterBundle* bundle, QString* error, bool withPlan = true);
 
 // Writes `bytes` to `path` as a new file renamed over the name (saveUserFile:
 // flushed, never through a link, which is refused); `executable` adds the

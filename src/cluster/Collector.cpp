@@ -10,6 +10,7 @@
 #include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
+#include <QSet>
 
 #include <algorithm>
 #include <limits>
@@ -33,9 +34,9 @@ RunPlan planShape(const QJsonObject& json)
         run.input = object.value(QStringLiteral("input")).toString();
         for (const QJsonValue& task : object.value(QStringLiteral("tasks")).toArray()) {
             PlannedTask planned;
-            planned.resultPath = task.toObject().value(QStringLiteral("result")).toString();
             planned.skipped = task.toObject().value(QStringLiteral("skipped")).toBool();
-            run.tasks.append(planned);
+            run.givenPaths.append(task.toObject().value(QStringLiteral("result")).toString());
+            run.appendTask(planned);
         }
         plan.toolRuns.append(run);
     }
@@ -96,6 +97,17 @@ bool collectClusterParts(const QString& bundleDirectory, CollectOutcome* outcome
     result.outputPath = bundle.settings.outputPath;
     const RunPlan shape = planShape(bundle.plan);
     const QList<QList<qsizetype>> elements = elementToolRuns(shape);
+    // An element that ended cleanly leaves nothing in .quillon/: only the
+    // elements named there (a lock, a journal, a job folder) are looked at.
+    const QDir state(QDir(result.outputPath).filePath(RunJournal::kFolderName));
+    const QStringList stateEntries = state.entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
+    QSet<int> leftBehind;
+    for (const QString& entry : stateEntries) {
+        bool number = false;
+        const int element = entry.section(QLatin1Char('-'), 1).section(QLatin1Char('.'), 0, 0).toInt(&number);
+        if (number)
+            leftBehind.insert(element);
+    }
 
     QHash<QString, QString> statuses;
     QHash<qsizetype, ToolRunOutcome> ends;
@@ -123,7 +135,8 @@ bool collectClusterParts(const QString& bundleDirectory, CollectOutcome* outcome
         // What a killed element left, by its journal; a held lock is an
         // element still running (or on a node that went down).
         RunJournal journal;
-        if (journal.beginPart(result.outputPath, element, &result.deleted) == RunJournal::Begin::Busy)
+        if (leftBehind.contains(element)
+            && journal.beginPart(result.outputPath, element, &result.deleted) == RunJournal::Begin::Busy)
             result.problems.append(
                 QStringLiteral("element %1 still holds %2/part-%1.lock in the output directory; "
                                "its files are left as they are")

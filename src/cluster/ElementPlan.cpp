@@ -25,8 +25,8 @@ QList<QList<qsizetype>> elementToolRuns(const RunPlan& plan)
                 elements.append(QList<qsizetype>());
         }
         elements[element].append(r);
-        for (const PlannedTask& task : run.tasks)
-            elementOfOutput.insert(task.resultPath, element);
+        for (qsizetype t = 0; t < run.tasks.size(); ++t)
+            elementOfOutput.insert(run.resultPath(t), element);
     }
     return elements;
 }
@@ -66,14 +66,18 @@ bool replanBundle(const ClusterBundle& bundle, RunPlan* plan, QString* error)
     const auto text
         = [](const QJsonObject& object) { return QJsonDocument(object).toJson(QJsonDocument::Compact); };
     if (text(again.toJsonObject()) != text(bundle.plan)) {
-        *error = QStringLiteral(
-            "The run planned again differs from %1/%2: a filter definition or the chain changed "
-            "since the bundle was written. Write a new bundle.")
-                     .arg(bundle.directory, bundle::kPlan);
+        *error = changedBundleError(bundle);
         return false;
     }
     *plan = std::move(again);
     return true;
+}
+
+QString changedBundleError(const ClusterBundle& bundle)
+{
+    return QStringLiteral("The run planned again differs from %1/%2: a filter definition or the chain changed "
+                          "since the bundle was written. Write a new bundle.")
+        .arg(bundle.directory, bundle::kPlan);
 }
 
 } // namespace quillon

@@ -26,6 +26,9 @@ RunPlan elementPlan(const RunPlan& plan, const QList<qsizetype>& toolRuns);
 // back the same from its file) is refused with *error.
 bool replanBundle(const ClusterBundle& bundle, RunPlan* plan, QString* error);
 
+// The refusal of an element whose bundle changed since it was written.
+QString changedBundleError(const ClusterBundle& bundle);
+
 // The result paths plan.json marks skipped.
 QStringList skippedOutputs(const QJsonObject& plan);
 

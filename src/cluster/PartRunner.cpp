@@ -1,7 +1,7 @@
 #include "cluster/PartRunner.h"
 
 #include "batch/BatchController.h"
-#include "cluster/ElementPlan.h"
+#include "cluster/ElementFiles.h"
 
 #include <QDateTime>
 #include <QJsonArray>
@@ -17,19 +17,14 @@ bool prepareClusterPart(const QString& bundleDirectory, int element, ClusterPart
 {
     ClusterPart prepared;
     prepared.startedMs = QDateTime::currentMSecsSinceEpoch();
-    RunPlan whole;
-    if (!loadClusterBundle(bundleDirectory, &prepared.bundle, error)
-        || !replanBundle(prepared.bundle, &whole, error))
+    // Only this element's part of the plan is read: a bundle of 100,000
+    // inputs costs an element what a bundle of one does.
+    if (!loadClusterBundle(bundleDirectory, &prepared.bundle, error, false))
         return false;
-    const QList<QList<qsizetype>> elements = elementToolRuns(whole);
-    if (element < 0 || element >= elements.size()) {
-        *error
-            = QStringLiteral("The bundle has elements 0 to %1, not %2").arg(elements.size() - 1).arg(element);
-        return false;
-    }
     prepared.element = element;
-    prepared.toolRuns = elements.at(element);
-    prepared.plan = std::make_shared<RunPlan>(elementPlan(whole, prepared.toolRuns));
+    prepared.plan = std::make_shared<RunPlan>();
+    if (!readElementPlan(prepared.bundle, element, prepared.plan.get(), &prepared.toolRuns, error))
+        return false;
     prepared.settings = prepared.bundle.settings;
     // The elements share the output directory: one tool process each, and
     // the tool's output goes to the element's Slurm output file.

@@ -23,8 +23,9 @@ struct ClusterPart {
     qint64 startedMs = 0; // epoch milliseconds
 };
 
-// Loads the bundle, plans its run again (it must be plan.json) and takes out
-// element `element`. False with *error.
+// Loads the bundle without its whole plan and reads element `element`'s
+// part of it (refused when the chain or a definition changed since the
+// bundle was written). False with *error.
 bool prepareClusterPart(const QString& bundleDirectory, int element, ClusterPart* part, QString* error);
 
 // The element's report part, parts/part-K.json: every final output with its

@@ -18,27 +18,14 @@ QString plannedValueText(const QVariant& value)
     return value.toString();
 }
 
-bool PlannedToolRun::hasWork() const
-{
-    // A tool run without any task still starts the tool: its control file
-    // holds only the global settings.
-    if (tasks.isEmpty())
-        return true;
-    for (const PlannedTask& task : tasks) {
-        if (!task.skipped)
-            return true;
-    }
-    return false;
-}
-
 QStringList RunPlan::finalOutputs() const
 {
     QStringList outputs;
     for (const PlannedToolRun& run : toolRuns) {
         if (run.step != steps - 1)
             continue;
-        for (const PlannedTask& task : run.tasks)
-            outputs.append(task.resultPath);
+        for (qsizetype t = 0; t < run.tasks.size(); ++t)
+            outputs.append(run.resultPath(t));
     }
     return outputs;
 }
@@ -49,8 +36,8 @@ QStringList RunPlan::interimOutputs() const
     for (const PlannedToolRun& run : toolRuns) {
         if (run.step == steps - 1)
             continue;
-        for (const PlannedTask& task : run.tasks)
-            outputs.append(task.resultPath);
+        for (qsizetype t = 0; t < run.tasks.size(); ++t)
+            outputs.append(run.resultPath(t));
     }
     return outputs;
 }
@@ -77,8 +64,8 @@ void RunPlan::skipOutputs(const QStringList& paths)
     for (PlannedToolRun& run : toolRuns) {
         if (run.step != steps - 1)
             continue;
-        for (PlannedTask& task : run.tasks)
-            task.skipped = task.skipped || skipped.contains(task.resultPath);
+        for (qsizetype t = 0; t < run.tasks.size(); ++t)
+            run.tasks[t].skipped = run.tasks[t].skipped || skipped.contains(run.resultPath(t));
     }
 }
 
@@ -90,18 +77,19 @@ QStringList RunPlan::collisions() const
     for (const PlannedToolRun& run : toolRuns) {
         const QString input
             = run.input.isEmpty() ? QStringLiteral("no input") : QFileInfo(run.input).fileName();
-        for (const PlannedTask& task : run.tasks) {
-            const auto known = firstInput.constFind(task.resultPath);
+        for (qsizetype t = 0; t < run.tasks.size(); ++t) {
+            const QString resultPath = run.resultPath(t);
+            const auto known = firstInput.constFind(resultPath);
             if (known == firstInput.cend()) {
-                firstInput.insert(task.resultPath, run.input.isEmpty() ? QString() : run.input);
+                firstInput.insert(resultPath, run.input.isEmpty() ? QString() : run.input);
                 continue;
             }
-            if (reported.contains(task.resultPath))
+            if (reported.contains(resultPath))
                 continue;
-            reported.insert(task.resultPath);
+            reported.insert(resultPath);
             const QString other = known.value().isEmpty() ? QStringLiteral("no input") : known.value();
             found.append(QStringLiteral("%1 (inputs %2 and %3)")
-                             .arg(QFileInfo(task.resultPath).fileName(), other,
+                             .arg(QFileInfo(resultPath).fileName(), other,
                                  run.input.isEmpty() ? input : run.input));
         }
     }
@@ -114,12 +102,14 @@ QString RunPlan::describe() const
     for (const PlannedToolRun& run : toolRuns) {
         const QStringList names = stepParameters.value(run.step);
         ParameterValues values;
-        for (const PlannedTask& task : run.tasks) {
+        for (qsizetype t = 0; t < run.tasks.size(); ++t) {
+            const PlannedTask& task = run.tasks.at(t);
             if (task.carriesValues)
-                values = task.values;
-            text += task.resultPath;
+                values = run.values(t);
+            const QString resultPath = run.resultPath(t);
+            text += resultPath;
             if (wine)
-                text += QStringLiteral(" = ") + wine->windowsPath(task.resultPath);
+                text += QStringLiteral(" = ") + wine->windowsPath(resultPath);
             if (task.skipped)
                 text += QStringLiteral("  (skipped: exists)");
             for (const auto& [index, value] : values) {
@@ -133,61 +123,105 @@ QString RunPlan::describe() const
     return text;
 }
 
+QJsonObject RunPlan::toolRunJson(
+    qsizetype r, const QHash<QString, QString>* statuses, const QList<ToolRunOutcome>* outcomes) const
+{
+    const PlannedToolRun& run = toolRuns.at(r);
+    const QStringList names = stepParameters.value(run.step);
+    QJsonArray tasks;
+    ParameterValues values;
+    for (qsizetype t = 0; t < run.tasks.size(); ++t) {
+        const PlannedTask& task = run.tasks.at(t);
+        if (task.carriesValues)
+            values = run.values(t);
+        QJsonObject parameters;
+        for (const auto& [index, value] : values) {
+            if (index < names.size())
+                parameters.insert(names.at(index), QJsonValue::fromVariant(value));
+        }
+        const QString resultPath = run.resultPath(t);
+        QJsonObject entry { { QStringLiteral("index"), task.index }, { QStringLiteral("result"), resultPath },
+            { QStringLiteral("values"), parameters }, { QStringLiteral("skipped"), task.skipped } };
+        if (task.map >= 0)
+            entry.insert(QStringLiteral("map"), task.map);
+        if (wine)
+            entry.insert(QStringLiteral("windowsResult"), wine->windowsPath(resultPath));
+        if (statuses) {
+            const auto status = statuses->constFind(resultPath);
+            if (status != statuses->cend())
+                entry.insert(QStringLiteral("status"), *status);
+        }
+        tasks.append(entry);
+    }
+    QJsonObject entry { { QStringLiteral("step"), run.step }, { QStringLiteral("input"), run.input },
+        { QStringLiteral("baseName"), run.baseName }, { QStringLiteral("tasks"), tasks } };
+    if (wine && !run.input.isEmpty())
+        entry.insert(QStringLiteral("windowsInput"), wine->windowsPath(run.input));
+    if (outcomes)
+        insertToolRunOutcome(entry, outcomes->value(r));
+    return entry;
+}
+
+QJsonObject RunPlan::wineJson() const
+{
+    QJsonObject drives;
+    for (const WinePaths::Drive& drive : wine->paths().drives()) {
+        if (!drives.contains(QString(drive.letter) + QLatin1Char(':')))
+            drives.insert(QString(drive.letter) + QLatin1Char(':'), drive.root);
+    }
+    return QJsonObject { { QStringLiteral("binary"), wine->binary() },
+        { QStringLiteral("prefix"), wine->paths().prefix() }, { QStringLiteral("drives"), drives } };
+}
+
 QJsonObject RunPlan::toJsonObject(
     const QHash<QString, QString>* statuses, const QList<ToolRunOutcome>* outcomes) const
 {
     QJsonArray runs;
-    for (qsizetype r = 0; r < toolRuns.size(); ++r) {
-        const PlannedToolRun& run = toolRuns.at(r);
-        const QStringList names = stepParameters.value(run.step);
-        QJsonArray tasks;
-        ParameterValues values;
-        for (const PlannedTask& task : run.tasks) {
-            if (task.carriesValues)
-                values = task.values;
-            QJsonObject parameters;
-            for (const auto& [index, value] : values) {
-                if (index < names.size())
-                    parameters.insert(names.at(index), QJsonValue::fromVariant(value));
-            }
-            QJsonObject entry { { QStringLiteral("index"), task.index },
-                { QStringLiteral("result"), task.resultPath }, { QStringLiteral("values"), parameters },
-                { QStringLiteral("skipped"), task.skipped } };
-            if (task.mapKind)
-                entry.insert(QStringLiteral("map"), *task.mapKind);
-            if (wine)
-                entry.insert(QStringLiteral("windowsResult"), wine->windowsPath(task.resultPath));
-            if (statuses && statuses->contains(task.resultPath))
-                entry.insert(QStringLiteral("status"), statuses->value(task.resultPath));
-            tasks.append(entry);
-        }
-        QJsonObject entry { { QStringLiteral("step"), run.step }, { QStringLiteral("input"), run.input },
-            { QStringLiteral("baseName"), run.baseName }, { QStringLiteral("tasks"), tasks } };
-        if (wine && !run.input.isEmpty())
-            entry.insert(QStringLiteral("windowsInput"), wine->windowsPath(run.input));
-        if (outcomes)
-            insertToolRunOutcome(entry, outcomes->value(r));
-        runs.append(entry);
-    }
+    for (qsizetype r = 0; r < toolRuns.size(); ++r)
+        runs.append(toolRunJson(r, statuses, outcomes));
     QJsonObject root { { QStringLiteral("schema"), QStringLiteral("quillon-plan/1") },
         { QStringLiteral("seed"), QString::number(seed) }, { QStringLiteral("steps"), steps },
         { QStringLiteral("toolRuns"), runs } };
-    if (wine) {
-        QJsonObject drives;
-        for (const WinePaths::Drive& drive : wine->paths().drives()) {
-            if (!drives.contains(QString(drive.letter) + QLatin1Char(':')))
-                drives.insert(QString(drive.letter) + QLatin1Char(':'), drive.root);
-        }
-        root.insert(QStringLiteral("wine"),
-            QJsonObject { { QStringLiteral("binary"), wine->binary() },
-                { QStringLiteral("prefix"), wine->paths().prefix() }, { QStringLiteral("drives"), drives } });
-    }
+    if (wine)
+        root.insert(QStringLiteral("wine"), wineJson());
     return root;
+}
+
+namespace {
+
+// An indented JSON value as a member of an object or array `depth` levels
+// down: every line after the first indented by four spaces a level.
+QByteArray nested(const QJsonObject& object, int depth)
+{
+    QByteArray text = QJsonDocument(object).toJson(QJsonDocument::Indented);
+    text.chop(1); // the document's final newline
+    const QByteArray indent(4 * depth, ' ');
+    text.replace("\n", "\n" + indent);
+    return text;
+}
+
+} // namespace
+
+void RunPlan::writeJson(const std::function<void(const QByteArray&)>& write) const
+{
+    // The same bytes as QJsonDocument(toJsonObject()).toJson(): the members
+    // in key order (schema, seed, steps, toolRuns, wine), four spaces a level.
+    const QByteArray head = "{\n    \"schema\": \"quillon-plan/1\",\n    \"seed\": \"" + QByteArray::number(seed)
+        + "\",\n    \"steps\": " + QByteArray::number(steps) + ",\n    \"toolRuns\": [";
+    write(head);
+    for (qsizetype r = 0; r < toolRuns.size(); ++r)
+        write((r == 0 ? "\n        " : ",\n        ") + nested(toolRunJson(r), 2));
+    QByteArray tail = "\n    ]";
+    if (wine)
+        tail += ",\n    \"wine\": " + nested(wineJson(), 1);
+    write(tail + "\n}\n");
 }
 
 QByteArray RunPlan::toJson() const
 {
-    return QJsonDocument(toJsonObject()).toJson(QJsonDocument::Indented);
+    QByteArray text;
+    writeJson([&text](const QByteArray& piece) { text += piece; });
+    return text;
 }
 
 } // namespace quillon

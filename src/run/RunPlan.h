@@ -1,5 +1,6 @@
 #pragma once
 
+#include "run/RunSettings.h"
 #include "run/ToolRunOutcome.h"
 
 #include <QByteArray>
@@ -10,6 +11,7 @@
 #include <QStringList>
 #include <QVariant>
 
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -28,17 +30,46 @@ using ParameterValues = QList<ParameterValue>;
 // A planned value as the plan shows it: reals with three decimals.
 QString plannedValueText(const QVariant& value);
 
-// One task of a tool run: one image the tool is to write.
+// The frame part of an output name: -1, -0001 or -a for task index 0.
+QString frameSuffix(FrameStyle style, qint64 index);
+// The map part of an output name: _base, _alpha, ... _metallic.
+QString mapSuffix(qint64 mapKind);
+
+// How a tool run names its outputs: head, the frame suffix of the task's
+// index (when the run has one), the map suffix of a map task, extension.
+// One per tool run, so a task keeps no name of its own.
+struct OutputNaming {
+    QString head; // the output directory and the name up to the frame suffix
+    QString extension;
+    FrameStyle style = FrameStyle::Plain;
+    bool numbered = true; // whether the frame suffix is part of the name
+};
+
+// One task of a tool run: one image the tool is to write. Its name and
+// values live in its tool run (PlannedToolRun::resultPath, ::values).
 struct PlannedTask {
     qint64 index = 0; // the task's number in its control file (names bth-run-<index>.ffxml)
-    std::optional<qint64> mapKind; // the map rendered, for map tasks
-    QString resultPath; // the output's full path
+    qint32 map = -1; // the map rendered, for map tasks; -1 otherwise
     // The first (or only) task of a frame carries the values of the
     // parameters that vary; the other maps of a frame reuse them.
     bool carriesValues = true;
     bool valuesKnown = false;
-    ParameterValues values;
     bool skipped = false; // left out (its output exists and is kept); values still advance
+    quint32 valueStart = 0; // its values in the tool run's value cells
+    quint32 valueCount = 0;
+
+    std::optional<qint64> mapKind() const { return map < 0 ? std::nullopt : std::optional<qint64>(map); }
+};
+
+// One varying value, as a tool run stores it: 16 bytes.
+struct PlannedValue {
+    enum Kind : qint16 { Real, Integer, Other };
+    qint32 parameter = 0;
+    Kind kind = Real;
+    union {
+        double real = 0;
+        qint64 integer; // an Other value: its position in otherValues
+    };
 };
 
 // One start of the render tool: one input (or none) of one step.
@@ -47,7 +78,22 @@ struct PlannedToolRun {
     QString input; // empty without input
     QString baseName; // the name its outputs are named after; empty without input
     QList<PlannedTask> tasks;
+    OutputNaming naming;
+    // Result paths given whole, by task (a plan read back from its JSON);
+    // empty when `naming` makes them.
+    QStringList givenPaths;
+    QList<PlannedValue> valueCells;
+    QVariantList otherValues; // values that are neither reals nor integers
 
+    // Appends a task with its values (kept only when it carries values; a
+    // task with the same values as the task before shares their cells).
+    void appendTask(PlannedTask task, const ParameterValues& values = {});
+    // The output's full path of task `t`, made when it is asked for.
+    QString resultPath(qsizetype t) const;
+    // The values task `t` carries (none for the later maps of a frame).
+    ParameterValues values(qsizetype t) const;
+    // The values task `t` was made with: its own or its frame's first map's.
+    ParameterValues madeWith(qsizetype t) const;
     // Whether the tool starts: it has a task that is not skipped, or no
     // task at all.
     bool hasWork() const;
@@ -86,7 +132,16 @@ struct RunPlan {
     // `outcomes` (by position in toolRuns), each tool run says how it ended.
     QJsonObject toJsonObject(const QHash<QString, QString>* statuses = nullptr,
         const QList<ToolRunOutcome>* outcomes = nullptr) const;
+    // One entry of toolRuns in the JSON.
+    QJsonObject toolRunJson(qsizetype r, const QHash<QString, QString>* statuses = nullptr,
+        const QList<ToolRunOutcome>* outcomes = nullptr) const;
+    // The indented JSON of toJsonObject, written piece by piece (a tool run
+    // at a time) to `write`: the whole document is never held.
+    void writeJson(const std::function<void(const QByteArray&)>& write) const;
     QByteArray toJson() const;
+
+private:
+    QJsonObject wineJson() const;
 };
 
 } // namespace quillon

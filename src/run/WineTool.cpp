@@ -80,8 +80,8 @@ QString WineTool::attachTo(RunPlan& plan, const RunSettings& settings)
     for (const PlannedToolRun& run : std::as_const(plan.toolRuns)) {
         if (!reachable(run.input))
             return error;
-        for (const PlannedTask& task : run.tasks) {
-            if (!reachable(task.resultPath))
+        for (qsizetype t = 0; t < run.tasks.size(); ++t) {
+            if (!reachable(run.resultPath(t)))
                 return error;
         }
     }

@@ -57,6 +57,9 @@ public:
     qint64 chainid = 0;
     QStringList originalFileNames; // entry i names the outputs of input i
     QStringList realFileNames; // output names for the later steps
+    // Whether planning records outFiles and realFileNames (a last step's
+    // plan needs neither, and a million names cost memory).
+    bool recordsNames = true;
     QString lastRunURL; // run file of the current frame's first map
     RandomDraw randomDraw; // the run's random source (0..999)
 
@@ -113,12 +116,16 @@ public:
     // The tasks of one tool run in order (frames, and maps per frame), each
     // handed to `take` until it returns false. `withValues`: the value rule
     // runs now; otherwise when the task's run file is written.
-    void forEachTask(const QString& out, bool withValues, const std::function<bool(PlannedTask&&)>& take);
-    PlannedTask planOrdinaryTask(qint64 index, const QString& outfile, bool withValues);
-    PlannedTask planMapTask(qint64 index, const QString& outfile, qint64 mapindex, bool first, bool withValues);
-    // Writes one task of the control file and its run file.
+    // Each task is appended to `run` (which gets the tool run's naming)
+    // before `take` gets its position.
+    void forEachTask(
+        PlannedToolRun& run, const QString& out, bool withValues, const std::function<bool(qsizetype)>& take);
+    void planOrdinaryTask(PlannedToolRun& run, qint64 index, const QString& outfile, bool withValues);
+    void planMapTask(
+        PlannedToolRun& run, qint64 index, const QString& outfile, qint64 mapindex, bool first, bool withValues);
+    // Writes task `t` of `run` into the control file, and its run file.
     pugi::xml_node writePlannedTask(
-        const PlannedTask& task, const QString& imagepath, QString* error, pugi::xml_node tasks);
+        const PlannedToolRun& run, qsizetype t, const QString& imagepath, QString* error, pugi::xml_node tasks);
     // A tool run left out whole: its values still advance the records.
     void storePlannedValues(const PlannedToolRun& run);
 

@@ -131,9 +131,9 @@ void filterProcessObject::runFilterOn(const QString& inputPath, const QString& o
         return;
     }
     runOutputs.clear();
-    for (const PlannedTask& task : plannedRun->tasks) {
-        if (!task.skipped)
-            runOutputs.append(task.resultPath);
+    for (qsizetype t = 0; t < plannedRun->tasks.size(); ++t) {
+        if (!plannedRun->tasks.at(t).skipped)
+            runOutputs.append(plannedRun->resultPath(t));
     }
     // The task files are written before the tool starts.
     unwrittenTaskFiles.clear();

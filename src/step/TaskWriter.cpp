@@ -76,46 +76,45 @@ void appendResultAndPreset(const filterProcessObject& step, pugi::xml_node task,
     appendOption(task, "Preset", QStringLiteral("0"));
 }
 
-// Names an ordinary task's output and records it in outFiles (and, where the
-// next steps need it, realFileNames). Returns the output's full path.
-QString nameOrdinaryOutput(filterProcessObject& step, qint64 index, const QString& outfile)
+// How one tool run names its outputs (see OutputNaming): the output
+// prefix, the input's base name, the step for interim outputs.
+OutputNaming outputNaming(const filterProcessObject& step, const QString& outfile, bool maps)
 {
     const QString prefix = step.parent->outputPrefix();
-    const QString suffix = step.getFileSuffixFor(index);
-    const QString ext = step.getSelectedFileExtension();
-    QString name;
-    if (outfile.isEmpty()) {
-        name = QStringLiteral("NX_") + prefix + suffix + ext;
-        step.realFileNames.append(prefix + suffix + ext);
-    } else {
-        const QString base = filterProcessObject::makeBaseNameFromPathWithPath(outfile);
-        if (!step.isLast)
-            name = prefix + base + QLatin1Char('_') + QString::number(step.chainid) + suffix + ext;
-        else if (step.isFirst)
-            name = prefix + base + suffix + ext;
-        else
-            name = prefix + base + ext;
-        if (step.isFirst)
-            step.realFileNames.append(prefix + base + suffix + ext);
-    }
-    const QString full = joinPath(step.outPath, name);
-    step.outFiles.append(full);
-    return full;
-}
-
-QString nameMapOutput(filterProcessObject& step, qint64 index, const QString& outfile, qint64 mapindex)
-{
-    const QString prefix = step.parent->outputPrefix();
-    const QString suffix = step.getFileSuffixFor(index);
-    const QString map = filterProcessObject::getMapNameWithMapindex(mapindex);
-    const QString ext = step.getSelectedFileExtension();
     const QString base
         = outfile.isEmpty() ? QString() : filterProcessObject::makeBaseNameFromPathWithPath(outfile);
-    const QString name = prefix + base + suffix + map + ext;
-    step.realFileNames.append(name);
-    const QString full = joinPath(step.outPath, name);
-    step.outFiles.append(full);
-    return full;
+    OutputNaming naming;
+    naming.extension = step.getSelectedFileExtension();
+    naming.style = step.settings().nameStyle;
+    QString name;
+    if (maps)
+        name = prefix + base;
+    else if (outfile.isEmpty())
+        name = QStringLiteral("NX_") + prefix;
+    else if (!step.isLast)
+        name = prefix + base + QLatin1Char('_') + QString::number(step.chainid);
+    else
+        name = prefix + base;
+    naming.numbered = maps || outfile.isEmpty() || !step.isLast || step.isFirst;
+    naming.head = joinPath(step.outPath, name);
+    return naming;
+}
+
+// Records task `t`'s output in outFiles and, where the next steps need it,
+// its name in realFileNames.
+void recordOutputName(filterProcessObject& step, const PlannedToolRun& run, qsizetype t, const QString& outfile)
+{
+    step.outFiles.append(run.resultPath(t));
+    const PlannedTask& task = run.tasks.at(t);
+    const QString prefix = step.parent->outputPrefix();
+    const QString suffix = frameSuffix(run.naming.style, task.index);
+    const QString& ext = run.naming.extension;
+    const QString base
+        = outfile.isEmpty() ? QString() : filterProcessObject::makeBaseNameFromPathWithPath(outfile);
+    if (task.map >= 0)
+        step.realFileNames.append(prefix + base + suffix + mapSuffix(task.map) + ext);
+    else if (outfile.isEmpty() || step.isFirst)
+        step.realFileNames.append(prefix + base + suffix + ext);
 }
 
 void reportUnusableDefinition(const QString& path, const QString& reason)
@@ -339,60 +338,59 @@ PlannedToolRun filterProcessObject::planToolRun(const QString& filepath, const Q
     run.step = static_cast<int>(chainid);
     run.input = filepath;
     run.baseName = out;
-    forEachTask(out, true, [&run](PlannedTask&& task) {
-        run.tasks.append(std::move(task));
-        return true;
-    });
+    forEachTask(run, out, true, [](qsizetype) { return true; });
+    run.tasks.squeeze();
+    run.valueCells.squeeze();
     return run;
 }
 
 void filterProcessObject::forEachTask(
-    const QString& out, bool withValues, const std::function<bool(PlannedTask&&)>& take)
+    PlannedToolRun& run, const QString& out, bool withValues, const std::function<bool(qsizetype)>& take)
 {
     const qint64 count = isFirst ? std::max<qint64>(settings().frameCount(), 0) : 1;
     const bool useMaps = isFirst && filterData && filterData->boolean(key::UseMaps);
     const QList<qint64> maps = useMaps ? filterData->integers(key::Maps) : QList<qint64>();
     // With maps on and none chosen there is no task at all, whatever the count.
     const qint64 frames = useMaps && maps.isEmpty() ? 0 : count;
+    run.naming = outputNaming(*this, out, useMaps);
+    run.tasks.reserve(frames * std::max<qsizetype>(maps.size(), 1));
     qint64 k = 0;
     for (qint64 f = 0; f < frames; ++f) {
         if (!useMaps) {
-            if (!take(planOrdinaryTask(f, out, withValues)))
+            planOrdinaryTask(run, f, out, withValues);
+            if (!take(run.tasks.size() - 1))
                 return;
             continue;
         }
         for (qsizetype m = 0; m < maps.size(); ++m, ++k) {
-            if (!take(planMapTask(k, out, maps[m], m == 0, withValues)))
+            planMapTask(run, k, out, maps[m], m == 0, withValues);
+            if (!take(run.tasks.size() - 1))
                 return;
         }
     }
 }
 
-PlannedTask filterProcessObject::planOrdinaryTask(qint64 index, const QString& outfile, bool withValues)
+void filterProcessObject::planOrdinaryTask(PlannedToolRun& run, qint64 index, const QString& outfile, bool withValues)
 {
     PlannedTask task;
     task.index = index;
-    task.resultPath = nameOrdinaryOutput(*this, index, outfile);
-    if (withValues) {
-        task.values = advanceParameters(*this);
-        task.valuesKnown = true;
-    }
-    return task;
+    task.valuesKnown = withValues;
+    run.appendTask(task, withValues ? advanceParameters(*this) : ParameterValues());
+    if (recordsNames)
+        recordOutputName(*this, run, run.tasks.size() - 1, outfile);
 }
 
-PlannedTask filterProcessObject::planMapTask(
-    qint64 index, const QString& outfile, qint64 mapindex, bool first, bool withValues)
+void filterProcessObject::planMapTask(
+    PlannedToolRun& run, qint64 index, const QString& outfile, qint64 mapindex, bool first, bool withValues)
 {
     PlannedTask task;
     task.index = index;
-    task.mapKind = mapindex;
-    task.resultPath = nameMapOutput(*this, index, outfile, mapindex);
+    task.map = static_cast<qint32>(mapindex);
     task.carriesValues = first;
-    if (first && withValues) {
-        task.values = advanceParameters(*this);
-        task.valuesKnown = true;
-    }
-    return task;
+    task.valuesKnown = first && withValues;
+    run.appendTask(task, task.valuesKnown ? advanceParameters(*this) : ParameterValues());
+    if (recordsNames)
+        recordOutputName(*this, run, run.tasks.size() - 1, outfile);
 }
 
 QString filterProcessObject::createBatchFileWithFilepath(const QString& filepath, const QString& out)
@@ -407,8 +405,9 @@ QString filterProcessObject::createBatchFileWithFilepath(const QString& filepath
     filesToRemove = QStringList();
     QString error;
     bool written = true;
-    forEachTask(out, false, [&](PlannedTask&& task) {
-        written = !writePlannedTask(task, filepath, &error, tasks).empty();
+    PlannedToolRun run;
+    forEachTask(run, out, false, [&](qsizetype t) {
+        written = !writePlannedTask(run, t, filepath, &error, tasks).empty();
         return written;
     });
     return written ? writeControlFile(document) : QString();
@@ -420,12 +419,12 @@ QString filterProcessObject::writeToolRunFiles(const PlannedToolRun& run, const 
     pugi::xml_node tasks = document.append_child("Tasks");
     filesToRemove = QStringList();
     QString error;
-    for (const PlannedTask& task : run.tasks) {
-        if (task.skipped) {
-            storeStartValues(*this, task.values);
+    for (qsizetype t = 0; t < run.tasks.size(); ++t) {
+        if (run.tasks.at(t).skipped) {
+            storeStartValues(*this, run.values(t));
             continue;
         }
-        if (writePlannedTask(task, imagepath, &error, tasks).empty())
+        if (writePlannedTask(run, t, imagepath, &error, tasks).empty())
             return {};
     }
     return writeControlFile(document);
@@ -445,8 +444,8 @@ QString filterProcessObject::writeControlFile(pugi::xml_document& document)
 
 void filterProcessObject::storePlannedValues(const PlannedToolRun& run)
 {
-    for (const PlannedTask& task : run.tasks)
-        storeStartValues(*this, task.values);
+    for (qsizetype t = 0; t < run.tasks.size(); ++t)
+        storeStartValues(*this, run.values(t));
 }
 
 QString filterProcessObject::createBatchFileNoFile()
@@ -459,38 +458,48 @@ QString filterProcessObject::createBatchFileNoFile()
 pugi::xml_node filterProcessObject::createTaskSettingFor(
     qint64 index, const QString& imagepath, const QString& outfile, QString* error, pugi::xml_node tasks)
 {
-    return writePlannedTask(planOrdinaryTask(index, outfile, false), imagepath, error, tasks);
+    PlannedToolRun run;
+    run.naming = outputNaming(*this, outfile, false);
+    planOrdinaryTask(run, index, outfile, false);
+    return writePlannedTask(run, 0, imagepath, error, tasks);
 }
 
 pugi::xml_node filterProcessObject::createTaskSettingMapsWithIndex(qint64 index, const QString& imagepath,
     const QString& outfile, qint64 mapindex, bool first, QString* error, pugi::xml_node tasks)
 {
-    return writePlannedTask(planMapTask(index, outfile, mapindex, first, false), imagepath, error, tasks);
+    PlannedToolRun run;
+    run.naming = outputNaming(*this, outfile, true);
+    planMapTask(run, index, outfile, mapindex, first, false);
+    return writePlannedTask(run, 0, imagepath, error, tasks);
 }
 
 pugi::xml_node filterProcessObject::copyAndChangeRunFileWithIndex(qint64 index, qint64 mapindex,
     const QString& imagepath, const QString& outfile, QString* error, pugi::xml_node tasks)
 {
-    return writePlannedTask(planMapTask(index, outfile, mapindex, false, false), imagepath, error, tasks);
+    PlannedToolRun run;
+    run.naming = outputNaming(*this, outfile, true);
+    planMapTask(run, index, outfile, mapindex, false, false);
+    return writePlannedTask(run, 0, imagepath, error, tasks);
 }
 
 pugi::xml_node filterProcessObject::writePlannedTask(
-    const PlannedTask& planned, const QString& imagepath, QString* error, pugi::xml_node tasks)
+    const PlannedToolRun& run, qsizetype t, const QString& imagepath, QString* error, pugi::xml_node tasks)
 {
+    const PlannedTask& planned = run.tasks.at(t);
     const qint64 index = planned.index;
     pugi::xml_node task = beginTask(*this, tasks, imagepath);
-    appendResultAndPreset(*this, task, planned.resultPath);
+    appendResultAndPreset(*this, task, run.resultPath(t));
     if (planned.carriesValues) {
-        const ParameterValues* values = planned.valuesKnown ? &planned.values : nullptr;
-        if (!writeDefinitionRunFile(*this, index, planned.mapKind, values, task, error)) {
+        const ParameterValues values = planned.valuesKnown ? run.values(t) : ParameterValues();
+        if (!writeDefinitionRunFile(*this, index, planned.mapKind(), planned.valuesKnown ? &values : nullptr, task, error)) {
             tasks.remove_child(task);
             return {};
         }
-        if (planned.mapKind)
+        if (planned.mapKind())
             lastRunURL = runFilePath(*this, index);
         return task;
     }
-    const qint64 mapindex = planned.mapKind.value_or(0);
+    const qint64 mapindex = planned.mapKind().value_or(0);
 
     const auto fail = [&] {
         tasks.remove_child(task);

@@ -17,12 +17,7 @@ namespace {
 // values in the same tool run.
 ParameterValues taskValues(const PlannedToolRun& run, qsizetype taskIndex)
 {
-    for (qsizetype i = taskIndex; i >= 0; --i) {
-        const PlannedTask& task = run.tasks.at(i);
-        if (task.carriesValues)
-            return task.values;
-    }
-    return {};
+    return run.madeWith(taskIndex);
 }
 
 QString stepPrefix(int step, qsizetype steps)
@@ -57,7 +52,7 @@ QList<OutputValues> finalOutputValues(const RunPlan& plan)
     for (qsizetype r = 0; r < plan.toolRuns.size(); ++r) {
         const PlannedToolRun& run = plan.toolRuns.at(r);
         for (qsizetype t = 0; t < run.tasks.size(); ++t)
-            madeBy.insert(run.tasks.at(t).resultPath, { r, t });
+            madeBy.insert(run.resultPath(t), { r, t });
     }
     QList<OutputValues> outputs;
     for (qsizetype r = 0; r < plan.toolRuns.size(); ++r) {
@@ -66,7 +61,7 @@ QList<OutputValues> finalOutputValues(const RunPlan& plan)
             continue;
         for (qsizetype t = 0; t < run.tasks.size(); ++t) {
             OutputValues output;
-            output.resultPath = run.tasks.at(t).resultPath;
+            output.resultPath = run.resultPath(t);
             output.frameFirst = run.tasks.at(t).carriesValues;
             output.steps.resize(std::max(plan.steps, 1));
             qsizetype runIndex = r;
@@ -124,8 +119,8 @@ bool finalOutputValuesFromReport(
         const QStringList& names = plan.stepParameters.at(run.step);
         for (const QJsonValue& taskValue : runObject.value(QStringLiteral("tasks")).toArray()) {
             const QJsonObject taskObject = taskValue.toObject();
-            PlannedTask task;
-            task.resultPath = taskObject.value(QStringLiteral("result")).toString();
+            ParameterValues parsed;
+            run.givenPaths.append(taskObject.value(QStringLiteral("result")).toString());
             const QJsonObject values = taskObject.value(QStringLiteral("values")).toObject();
             for (auto it = values.begin(); it != values.end(); ++it) {
                 const qsizetype index = names.indexOf(it.key());
@@ -135,11 +130,11 @@ bool finalOutputValuesFromReport(
                             .arg(run.step + 1)
                             .arg(it.key()));
                 }
-                task.values.append({ index, it.value().toVariant() });
+                parsed.append({ index, it.value().toVariant() });
             }
-            std::sort(task.values.begin(), task.values.end(),
+            std::sort(parsed.begin(), parsed.end(),
                 [](const ParameterValue& a, const ParameterValue& b) { return a.index < b.index; });
-            run.tasks.append(task);
+            run.appendTask(PlannedTask(), parsed);
         }
         plan.toolRuns.append(run);
     }

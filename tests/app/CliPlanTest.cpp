@@ -173,6 +173,8 @@ TEST_F(CliPlan, UnderWineThePlanShowsWindowsPathsAndRefusesUnreachableOnes)
     EXPECT_EQ(root["toolRuns"][0]["tasks"][1]["windowsResult"].toString(),
         QStringLiteral("D:\\NX_my-export-2.png"));
     EXPECT_EQ(root["wine"]["drives"]["D:"].toString(), m_out);
+    // Written a tool run at a time, it is the text of the whole document.
+    EXPECT_EQ(plan.out.toUtf8(), QJsonDocument(root).toJson());
 
     const QString photo = m_in + QStringLiteral("/photo.png");
     ASSERT_TRUE(writeBatchInputImage(photo));

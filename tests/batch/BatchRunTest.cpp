@@ -9,6 +9,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -70,6 +71,22 @@ TEST_F(BatchRun, ThreeStepChainKeepsOnlyTheLastStepsOutputs)
     // Step two and three each ran once per output of the step before.
     EXPECT_EQ(m_display.sources,
         (QStringList { "a.png", "p_a_0-1.png", "p_a_0-2.png", "p_p_a-1_1-1.png", "p_p_a-2_1-1.png" }));
+}
+
+TEST_F(BatchRun, MergedReportsKeepTheirCountAndOrder)
+{
+    m_display.mergeMs = 600'000; // longer than the run: every burst is merged
+    m_controller.setDisplay(&m_display);
+    useInputs(1);
+    runChain({ "One", "Two", "Three" });
+
+    // Each step's sources arrive merged after its filter: the latest, as
+    // often as tool runs started.
+    const QString two = QStringLiteral("p_a_0-2.png");
+    const QString three = QStringLiteral("p_p_a-2_1-1.png");
+    EXPECT_EQ(m_display.events.filter(QRegularExpression(QStringLiteral("^(filter|source):"))),
+        (QStringList { "filter:One|Quillon Tests", "source:a.png", "filter:Two|Quillon Tests", "source:" + two,
+            "source:" + two, "filter:Three|Quillon Tests", "source:" + three, "source:" + three }));
 }
 
 TEST_F(BatchRun, StartIsRefusedWhileARunOrItsWindDownIsGoing)

@@ -63,6 +63,8 @@ public:
         events.append(aborted ? QStringLiteral("finished:aborted") : QStringLiteral("finished"));
     }
     void beep() override { ++beeps; }
+    int mergeMs = 0; // > 0: reports come merged, as to the window
+    int reportIntervalMs() const override { return mergeMs; }
 
 private:
     const BatchController* m_controller;

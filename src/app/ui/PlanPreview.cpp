@@ -40,11 +40,11 @@ PlanPreview::PlanPreview(const RunPlan& plan, const QString& format, QWidget* pa
     int row = 0;
     for (const PlannedToolRun& run : plan.toolRuns) {
         ParameterValues values;
-        for (const PlannedTask& task : run.tasks) {
-            if (task.carriesValues)
-                values = task.values;
+        for (qsizetype t = 0; t < run.tasks.size(); ++t) {
+            if (run.tasks.at(t).carriesValues)
+                values = run.values(t);
             const QString input = run.input.isEmpty() ? tr("<no source>") : QFileInfo(run.input).fileName();
-            const QStringList cells { QFileInfo(task.resultPath).fileName(), input,
+            const QStringList cells { QFileInfo(run.resultPath(t)).fileName(), input,
                 QString::number(run.step + 1), valuesText(plan.stepParameters.value(run.step), values) };
             for (int column = 0; column < cells.size(); ++column)
                 m_table->setItem(row, column, new QTableWidgetItem(cells.at(column)));

@@ -161,10 +161,10 @@ void ProgressSheet::showFilterInfo(const QString& name, const QString& author)
         m_plannedSteps > 0 ? tr("%1 of %2").arg(m_steps).arg(m_plannedSteps) : QString::number(m_steps));
 }
 
-void ProgressSheet::showSourceInfo(const QString& source)
+void ProgressSheet::showSourceInfo(const QString& source, int started)
 {
     m_ui->prSourceField->setText(source);
-    ++m_started;
+    m_started += started;
     updateBar();
 }
 

@@ -54,8 +54,9 @@ public:
     void finishRun();
 
     void showFilterInfo(const QString& name, const QString& author);
-    // A source marks the start of one tool run.
-    void showSourceInfo(const QString& source);
+    // A source marks the start of one tool run (of `started` when the
+    // reports between two redraws were merged).
+    void showSourceInfo(const QString& source, int started = 1);
     void showRenderInfo(const QString& info);
     void showAnimationFrame(int frame);
     // Progress in images: from the first one on, the bar counts images and

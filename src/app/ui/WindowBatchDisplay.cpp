@@ -51,6 +51,11 @@ void WindowBatchDisplay::showSourceInfo(const QString& source)
     m_sheet->showSourceInfo(source);
 }
 
+void WindowBatchDisplay::showSourcesInfo(const QString& latest, int count)
+{
+    m_sheet->showSourceInfo(latest, count);
+}
+
 void WindowBatchDisplay::showNotice(const QString& message)
 {
     m_sheet->showRenderInfo(message);

@@ -28,6 +28,9 @@ public:
     void planRun(int inputCount, int steps, qint64 frames) override;
     void showFilterInfo(const QString& name, const QString& author) override;
     void showSourceInfo(const QString& source) override;
+    // The sheet is redrawn at most once a frame: reports come merged.
+    int reportIntervalMs() const override { return 16; }
+    void showSourcesInfo(const QString& latest, int count) override;
     // Shows the tail of the output (its last lines, at most a few hundred
     // characters): a label laid out anew with a whole pipe-full of lines
     // would hold the window up for a quarter of a second per report.

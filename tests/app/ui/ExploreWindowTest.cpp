@@ -95,7 +95,7 @@ TEST_F(ExploreWindowTest, UseTheseValuesMakesTheChosenOutputAgain)
     // The run files of the kept output's two steps, byte for byte.
     QString interim;
     for (const PlannedToolRun& run : plan->toolRuns) {
-        if (run.step == 1 && run.tasks.first().resultPath == chosen)
+        if (run.step == 1 && run.resultPath(0) == chosen)
             interim = run.input;
     }
     const auto original = files(m_dir.filePath(QStringLiteral("keep")));
