@@ -48,10 +48,22 @@ protected:
 TEST_F(BatchRun, OneStepOverTwoInputsDeletesTaskFilesAndKeepsOutputs)
 {
     useInputs(2);
-    runChain({ "Glow" });
+    const RecordList glow = chain({ "Glow" });
+    const RecordPtr amount = glow.front()->list(key::Components)->front();
+    amount->setInteger(key::ACTIVE, 1);
+    amount->setInteger(key::POPSTATE, 1); // a sweep
+    ASSERT_EQ(amount->real(key::STARTVALUE), 0.0);
+    ASSERT_NO_FATAL_FAILURE(start(glow));
+    ASSERT_TRUE(waitForIdle());
 
     EXPECT_EQ(
         batchDirectoryNames(m_out), (QStringList { "p_a-1.png", "p_a-2.png", "p_b-1.png", "p_b-2.png" }));
+    // The record goes on from the value of the run's last task.
+    const PlannedToolRun& last = m_controller.plan()->toolRuns.last();
+    const ParameterValues values = last.values(last.tasks.size() - 1);
+    ASSERT_EQ(values.front().index, 0);
+    EXPECT_EQ(values.front().value, QVariant(0.5));
+    EXPECT_EQ(amount->real(key::STARTVALUE), 0.5);
     EXPECT_EQ(m_display.sources, (QStringList { "a.png", "b.png" }));
     // Both tool runs used the same control file path; it is removed once.
     const QString control = QDir(m_out).filePath(QStringLiteral("controlfile.xml"));
