@@ -43,6 +43,9 @@ TEST_F(ClusterBundle, RefusesAndCountsWhatFailed)
     // No input: one element.
     ASSERT_EQ(run(baseFlags() + QStringList { "--slurm-bundle", bundle }).exitCode, 0);
     EXPECT_EQ(readJson(bundle + "/bundle.json").value("elements").toInt(), 1);
+    // The settings of the flags given and every default, in tests/cluster/data.
+    test::expectGoldenFile(QStringLiteral("cluster/data/default-settings.json"),
+        test::fileBytes(bundle + "/settings.json").replace(m_out.toUtf8(), "OUT").replace(test::kTool.toUtf8(), "TOOL"));
     // A bundle directory that is not empty is refused, the bundle kept.
     const CliResult again = run(baseFlags() + QStringList { "--slurm-bundle", bundle });
     EXPECT_EQ(again.exitCode, 2);

@@ -9,6 +9,8 @@
 #include "run/SettingTable.h"
 
 #include <QAction>
+#include <QJsonArray>
+#include <QJsonDocument>
 
 namespace quillon::test {
 namespace {
@@ -34,9 +36,16 @@ protected:
 
 TEST_F(SettingsPaneTest, FirstLaunchWritesTheFactoryValues)
 {
+    // Every value a first launch stores, as a listing in tests/app/data
+    // (QUILLON_WRITE_GOLDEN=1 rewrites it).
     const auto saved = savedStore();
-    for (const PreferenceKey& row : Preferences::table())
+    QString listing;
+    for (const PreferenceKey& row : Preferences::table()) {
         EXPECT_TRUE(!row.resetValue || saved->contains(row.key)) << row.key.toStdString();
+        const QJsonArray value { QJsonValue::fromVariant(saved->value(row.key)) };
+        listing += row.key + QLatin1Char('=') + QString::fromUtf8(QJsonDocument(value).toJson(QJsonDocument::Compact)) + QLatin1Char('\n');
+    }
+    test::expectGoldenFile(QStringLiteral("app/data/factory-values.txt"), listing.toUtf8());
     // The start-up pass applied source type and suffix, storing both.
     EXPECT_EQ(saved->stringForKey(pref::INPUT_MODE), QStringLiteral("IMAGE"));
     EXPECT_EQ(saved->stringForKey(pref::OUTPUT_SUFFIX), QStringLiteral("0"));
