@@ -39,6 +39,7 @@ TEST_F(CliRun, ACompletedRunLeavesOnlyTheOutputsAndSavesAChainThatRunsAgain)
         "--frames", "1", "--prefix", "c_" });
     EXPECT_EQ(again.exitCode, 0) << again.err.toStdString();
     EXPECT_EQ(batchDirectoryNames(m_out), QStringList { "NX_c_-1.png" });
+    EXPECT_TRUE(again.out.contains(QStringLiteral("[1/1] 100% "))) << again.out.toStdString();
 }
 
 TEST_F(CliRun, RefusalsSayWhyWriteNothingAndFollowTheCommandLineConventions)
