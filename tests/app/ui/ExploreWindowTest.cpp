@@ -117,6 +117,9 @@ TEST_F(ExploreWindowTest, TheContactSheetAndTheAnimationOfTheResults)
 {
     prepareRun(1, QStringLiteral("3"), QStringLiteral("res"));
     runKeeping(m_dir.filePath(QStringLiteral("keep")));
+    // With one filter the values go without a step number.
+    const QString tip = results()->view()->model()->index(0, 0).data(Qt::ToolTipRole).toString();
+    EXPECT_TRUE(tip.contains(QStringLiteral("\nVariations="))) << tip.toStdString();
     const auto before = files(outputDir());
     QSignalSpy saved(results()->exports(), &ResultsExports::saved);
 
