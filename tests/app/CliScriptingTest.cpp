@@ -34,6 +34,7 @@ TEST_F(CliScripting, FlagsThatWouldBeIgnoredAreRefused)
         { { "--collect", m_temp.path() }, { "--filter", "--collect" } },
         { { "--maps", "" }, { "--maps" } },
         { { "--maps", "," }, { "--maps" } },
+        { { "--slurm-bundle", m_temp.path() + "/bundle", "--dry-run" }, { "--slurm-bundle", "--dry-run" } },
     };
     for (const auto& c : cases) {
         const CliResult result = run(baseFlags() + c.flags);
