@@ -12,6 +12,7 @@
 #include <atomic>
 #include <functional>
 #include <memory>
+#include <optional>
 
 #include <pugixml.hpp>
 
@@ -20,6 +21,8 @@ namespace quillon {
 class StepParent;
 struct PlannedTask;
 struct PlannedToolRun;
+struct ParameterValue;
+using ParameterValues = QList<ParameterValue>;
 struct RunSettings;
 class ToolRun;
 class WineTool;
@@ -120,9 +123,11 @@ public:
     // before `take` gets its position.
     void forEachTask(
         PlannedToolRun& run, const QString& out, bool withValues, const std::function<bool(qsizetype)>& take);
-    void planOrdinaryTask(PlannedToolRun& run, qint64 index, const QString& outfile, bool withValues);
-    void planMapTask(
-        PlannedToolRun& run, qint64 index, const QString& outfile, qint64 mapindex, bool first, bool withValues);
+    // A task whose values are not known yet gets std::nullopt.
+    void planOrdinaryTask(
+        PlannedToolRun& run, qint64 index, const QString& outfile, const std::optional<ParameterValues>& values);
+    void planMapTask(PlannedToolRun& run, qint64 index, const QString& outfile, qint64 mapindex, bool first,
+        const std::optional<ParameterValues>& values);
     // Writes task `t` of `run` into the control file, and its run file.
     pugi::xml_node writePlannedTask(
         const PlannedToolRun& run, qsizetype t, const QString& imagepath, QString* error, pugi::xml_node tasks);

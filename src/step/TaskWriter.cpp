@@ -167,23 +167,56 @@ void writeParameterValue(controlType kind, const QVariant& value, pugi::xml_node
     }
 }
 
+// The value rule over a step's varying parameters for a series of tasks:
+// each parameter's record is read once, and left where the rule leaves it
+// when the series ends.
+class TaskValueSource final {
+public:
+    explicit TaskValueSource(filterProcessObject& step)
+        : m_step(step)
+        , m_components(step.filterData ? step.filterData->list(key::Components) : nullptr)
+    {
+        if (!m_components)
+            return;
+        const std::optional<double> frames = step.settings().frameCountReal();
+        for (qsizetype i = 0; i < static_cast<qsizetype>(m_components->size()); ++i) {
+            const RecordPtr& parameter = (*m_components)[static_cast<size_t>(i)];
+            if (!parameter)
+                continue;
+            VariationCursor cursor(*parameter, frames);
+            if (cursor.varies())
+                m_cursors.push_back({ i, cursor });
+        }
+    }
+    ~TaskValueSource()
+    {
+        for (const auto& [index, cursor] : m_cursors)
+            cursor.storeInto(*(*m_components)[static_cast<size_t>(index)]);
+    }
+    TaskValueSource(const TaskValueSource&) = delete;
+    TaskValueSource& operator=(const TaskValueSource&) = delete;
+
+    // The values of the next task.
+    ParameterValues next()
+    {
+        ParameterValues values;
+        values.reserve(static_cast<qsizetype>(m_cursors.size()));
+        for (auto& [index, cursor] : m_cursors)
+            values.append({ index, cursor.next(m_step.randomDraw) });
+        return values;
+    }
+
+private:
+    filterProcessObject& m_step;
+    RecordListPtr m_components;
+    std::vector<std::pair<qsizetype, VariationCursor>> m_cursors;
+};
+
 // The values of the filter's varying parameters for its next task, by the
 // value rule (which advances each record).
 ParameterValues advanceParameters(filterProcessObject& step)
 {
-    ParameterValues values;
-    const RecordListPtr components = step.filterData ? step.filterData->list(key::Components) : nullptr;
-    if (!components)
-        return values;
-    const std::optional<double> frames = step.settings().frameCountReal();
-    for (qsizetype i = 0; i < static_cast<qsizetype>(components->size()); ++i) {
-        const RecordPtr& parameter = (*components)[static_cast<size_t>(i)];
-        QVariant value = parameter ? nextVariationValue(*parameter, frames, step.randomDraw) : QVariant();
-        if (value.isValid())
-            values.append({ i, std::move(value) });
-    }
-    values.squeeze();
-    return values;
+    return TaskValueSource(step).next();
 }
 
 // Leaves each record where the value rule leaves it after a task with
@@ -354,41 +387,48 @@ void filterProcessObject::forEachTask(
     const qint64 frames = useMaps && maps.isEmpty() ? 0 : count;
     run.naming = outputNaming(*this, out, useMaps);
     run.tasks.reserve(frames * std::max<qsizetype>(maps.size(), 1));
+    std::optional<TaskValueSource> source;
+    if (withValues && frames > 0)
+        source.emplace(*this);
+    const auto valuesOf = [&source](bool carries) {
+        return source && carries ? std::optional<ParameterValues>(source->next()) : std::nullopt;
+    };
     qint64 k = 0;
     for (qint64 f = 0; f < frames; ++f) {
         if (!useMaps) {
-            planOrdinaryTask(run, f, out, withValues);
+            planOrdinaryTask(run, f, out, valuesOf(true));
             if (!take(run.tasks.size() - 1))
                 return;
             continue;
         }
         for (qsizetype m = 0; m < maps.size(); ++m, ++k) {
-            planMapTask(run, k, out, maps[m], m == 0, withValues);
+            planMapTask(run, k, out, maps[m], m == 0, valuesOf(m == 0));
             if (!take(run.tasks.size() - 1))
                 return;
         }
     }
 }
 
-void filterProcessObject::planOrdinaryTask(PlannedToolRun& run, qint64 index, const QString& outfile, bool withValues)
+void filterProcessObject::planOrdinaryTask(
+    PlannedToolRun& run, qint64 index, const QString& outfile, const std::optional<ParameterValues>& values)
 {
     PlannedTask task;
     task.index = index;
-    task.valuesKnown = withValues;
-    run.appendTask(task, withValues ? advanceParameters(*this) : ParameterValues());
+    task.valuesKnown = values.has_value();
+    run.appendTask(task, values.value_or(ParameterValues()));
     if (recordsNames)
         recordOutputName(*this, run, run.tasks.size() - 1, outfile);
 }
 
-void filterProcessObject::planMapTask(
-    PlannedToolRun& run, qint64 index, const QString& outfile, qint64 mapindex, bool first, bool withValues)
+void filterProcessObject::planMapTask(PlannedToolRun& run, qint64 index, const QString& outfile, qint64 mapindex,
+    bool first, const std::optional<ParameterValues>& values)
 {
     PlannedTask task;
     task.index = index;
     task.map = static_cast<qint32>(mapindex);
     task.carriesValues = first;
-    task.valuesKnown = first && withValues;
-    run.appendTask(task, task.valuesKnown ? advanceParameters(*this) : ParameterValues());
+    task.valuesKnown = first && values.has_value();
+    run.appendTask(task, task.valuesKnown ? *values : ParameterValues());
     if (recordsNames)
         recordOutputName(*this, run, run.tasks.size() - 1, outfile);
 }
@@ -460,7 +500,7 @@ pugi::xml_node filterProcessObject::createTaskSettingFor(
 {
     PlannedToolRun run;
     run.naming = outputNaming(*this, outfile, false);
-    planOrdinaryTask(run, index, outfile, false);
+    planOrdinaryTask(run, index, outfile, std::nullopt);
     return writePlannedTask(run, 0, imagepath, error, tasks);
 }
 
@@ -469,7 +509,7 @@ pugi::xml_node filterProcessObject::createTaskSettingMapsWithIndex(qint64 index,
 {
     PlannedToolRun run;
     run.naming = outputNaming(*this, outfile, true);
-    planMapTask(run, index, outfile, mapindex, first, false);
+    planMapTask(run, index, outfile, mapindex, first, std::nullopt);
     return writePlannedTask(run, 0, imagepath, error, tasks);
 }
 
@@ -478,7 +518,7 @@ pugi::xml_node filterProcessObject::copyAndChangeRunFileWithIndex(qint64 index, 
 {
     PlannedToolRun run;
     run.naming = outputNaming(*this, outfile, true);
-    planMapTask(run, index, outfile, mapindex, false, false);
+    planMapTask(run, index, outfile, mapindex, false, std::nullopt);
     return writePlannedTask(run, 0, imagepath, error, tasks);
 }
 

@@ -78,70 +78,91 @@ RandomDraw RunRandom::drawFunction()
     return [this] { return draw(); };
 }
 
-QVariant nextVariationValue(Record& parameter, std::optional<double> frames, const RandomDraw& draw)
+VariationCursor::VariationCursor(const Record& parameter, std::optional<double> frames)
 {
     if (!parameter.contains(key::ACTIVE) || parameter.integer(key::ACTIVE, 0) != 1)
-        return {};
+        return;
     const std::optional<controlType> kind = parameter.type();
     if (!kind)
-        return {};
+        return;
     if (!frames || !(*frames > 0.0))
-        return {};
+        return;
     const qint64 mode = parameter.integer(key::POPSTATE, -1);
     if (mode != 0 && mode != 1)
+        return;
+    m_varies = true;
+    m_sweep = mode == 1;
+    m_kind = *kind;
+    m_fromReal = parameter.real(key::MINVALUE);
+    m_toReal = parameter.real(key::MAXVALUE);
+    m_step = (m_toReal - m_fromReal) / *frames;
+    m_from = parameter.integer(key::MINVALUE);
+    m_to = parameter.integer(key::MAXVALUE);
+    if (isRealKind(m_kind))
+        m_real = parameter.real(key::STARTVALUE);
+    else
+        m_integer = parameter.integer(key::STARTVALUE);
+}
+
+QVariant VariationCursor::next(const RandomDraw& draw)
+{
+    if (!m_varies)
         return {};
-
-    const double fromReal = parameter.real(key::MINVALUE);
-    const double toReal = parameter.real(key::MAXVALUE);
-    const double d = (toReal - fromReal) / *frames;
-
-    switch (*kind) {
+    m_advanced = true;
+    switch (m_kind) {
     case controlType::kTypeVariations:
-    case controlType::kTypeIntSlider: {
-        const qint64 from = parameter.integer(key::MINVALUE);
-        const qint64 to = parameter.integer(key::MAXVALUE);
-        qint64 v = 0;
-        if (mode == 1) {
-            v = addSaturated(parameter.integer(key::STARTVALUE), roundClamped(d));
-            if (v > to)
-                v = from;
+    case controlType::kTypeIntSlider:
+        if (m_sweep) {
+            m_integer = addSaturated(m_integer, roundClamped(m_step));
+            if (m_integer > m_to)
+                m_integer = m_from;
         } else {
             const double r = drawThousandth(draw) / 1000.0;
-            const double raw = fromReal + (toReal - fromReal) * r;
-            v = *kind == controlType::kTypeVariations ? truncateClamped(raw) : roundClamped(raw);
+            const double raw = m_fromReal + (m_toReal - m_fromReal) * r;
+            m_integer = m_kind == controlType::kTypeVariations ? truncateClamped(raw) : roundClamped(raw);
         }
-        parameter.setInteger(key::STARTVALUE, v);
-        return QVariant::fromValue<qint64>(v);
-    }
+        return QVariant::fromValue<qint64>(m_integer);
     case controlType::kTypeSlider:
-    case controlType::kTypeAngle: {
-        double v = 0.0;
-        if (mode == 1) {
-            v = parameter.real(key::STARTVALUE) + d;
-            if (v > toReal)
-                v = fromReal;
+    case controlType::kTypeAngle:
+        if (m_sweep) {
+            m_real += m_step;
+            if (m_real > m_toReal)
+                m_real = m_fromReal;
         } else {
             const double r = drawThousandth(draw) / 1000.0;
-            v = fromReal + (toReal - fromReal) * r;
+            m_real = m_fromReal + (m_toReal - m_fromReal) * r;
         }
-        parameter.setReal(key::STARTVALUE, v);
-        return QVariant::fromValue<double>(v);
-    }
-    case controlType::kTypeCheckbox: {
-        qint64 v = 0;
+        return QVariant::fromValue<double>(m_real);
+    case controlType::kTypeCheckbox:
         // A toggle over a range of one state holds that state, as a sweep
         // over one value does: how a chain keeps the look of one output.
-        if (mode == 1 && parameter.integer(key::MINVALUE) == parameter.integer(key::MAXVALUE))
-            v = parameter.integer(key::MINVALUE) > 0 ? 1 : 0;
-        else if (mode == 1)
-            v = parameter.integer(key::STARTVALUE) < 1 ? 1 : 0;
+        if (m_sweep && m_from == m_to)
+            m_integer = m_from > 0 ? 1 : 0;
+        else if (m_sweep)
+            m_integer = m_integer < 1 ? 1 : 0;
         else
-            v = drawThousandth(draw) / 1000.0 > 0.5 ? 1 : 0;
-        parameter.setInteger(key::STARTVALUE, v);
-        return QVariant::fromValue<qint64>(v);
-    }
+            m_integer = drawThousandth(draw) / 1000.0 > 0.5 ? 1 : 0;
+        return QVariant::fromValue<qint64>(m_integer);
     }
     return {};
+}
+
+void VariationCursor::storeInto(Record& parameter) const
+{
+    if (!m_advanced)
+        return;
+    if (isRealKind(m_kind))
+        parameter.setReal(key::STARTVALUE, m_real);
+    else
+        parameter.setInteger(key::STARTVALUE, m_integer);
+}
+
+QVariant nextVariationValue(Record& parameter, std::optional<double> frames, const RandomDraw& draw)
+{
+    VariationCursor cursor(parameter, frames);
+    QVariant value = cursor.next(draw);
+    cursor.storeInto(parameter);
+    return value;
 }
 
 } // namespace quillon

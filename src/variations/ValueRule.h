@@ -26,6 +26,36 @@ private:
     std::uniform_int_distribution<int> m_thousand { 0, 999 };
 };
 
+// The value rule over one parameter record, its keys read once: a run's
+// planning steps it task by task without looking the record up each time,
+// then stores where it ended. An inactive parameter, an unknown mode, an
+// unknown kind or a frame count that is not a positive number never varies.
+class VariationCursor final {
+public:
+    VariationCursor(const Record& parameter, std::optional<double> frames);
+
+    bool varies() const { return m_varies; }
+    // The parameter's value for the next task (see nextVariationValue), or an
+    // invalid QVariant when it does not vary.
+    QVariant next(const RandomDraw& draw);
+    // Leaves STARTVALUE where the last next() left it; does nothing before
+    // the first.
+    void storeInto(Record& parameter) const;
+
+private:
+    bool m_varies = false;
+    bool m_advanced = false;
+    bool m_sweep = false;
+    controlType m_kind = controlType::kTypeSlider;
+    double m_fromReal = 0.0;
+    double m_toReal = 0.0;
+    double m_step = 0.0;
+    qint64 m_from = 0;
+    qint64 m_to = 0;
+    qint64 m_integer = 0;
+    double m_real = 0.0;
+};
+
 // The value rule: advances the parameter by one task. Returns the new value
 // (qint64 for integer kinds and check boxes, double for sliders and angles)
 // and stores it as STARTVALUE, or returns an invalid QVariant and leaves the
