@@ -1,5 +1,5 @@
-// The task-file writers of filterProcessObject: the control file, the run
-// files (ordinary and map tasks) and the values they carry.
+// The task-file writers of filterProcessObject: the control file and the run
+// files (ordinary and map tasks); the values they carry are in TaskValues.
 
 #include "step/FilterProcessObject.h"
 
@@ -7,16 +7,13 @@
 #include "run/RunSettings.h"
 #include "run/SafeFile.h"
 #include "step/StepParent.h"
+#include "step/TaskValues.h"
 #include "step/XmlFiles.h"
-
-#include <QStringView>
 
 #include <algorithm>
 #include <cstring>
 #include <functional>
 #include <optional>
-#include <string>
-#include <unordered_map>
 
 namespace quillon {
 
@@ -31,13 +28,6 @@ QString joinPath(const QString& directory, const QString& name)
     if (directory.endsWith(QLatin1Char('/')))
         return directory + name;
     return directory + QLatin1Char('/') + name;
-}
-
-// Removes the attribute and appends it again, so it ends up last.
-void rewriteAttribute(pugi::xml_node element, const char* name, const QString& value)
-{
-    element.remove_attribute(name);
-    setAttribute(element, name, value);
 }
 
 // The last child element of that name (a later duplicate wins).
@@ -132,150 +122,6 @@ QString presetProblem(pugi::xml_node root, qint64 index)
     if (!elementChildAt(presets, index))
         return QStringLiteral("it has no preset at index %1").arg(index);
     return {};
-}
-
-// The new value of one parameter, written where its kind belongs.
-void writeParameterValue(controlType kind, const QVariant& value, pugi::xml_node control)
-{
-    QString text;
-    const char* target = "Value";
-    switch (kind) {
-    case controlType::kTypeSlider:
-    case controlType::kTypeAngle:
-        text = QString::asprintf("%0.3f", value.toDouble());
-        break;
-    case controlType::kTypeIntSlider:
-        text = QString::number(value.toLongLong());
-        break;
-    case controlType::kTypeCheckbox:
-        text = value.toLongLong() > 0 ? QStringLiteral("true") : QStringLiteral("false");
-        target = "Checked";
-        break;
-    case controlType::kTypeVariations:
-        return;
-    }
-    for (pugi::xml_node child = control.first_child(); child; child = child.next_sibling()) {
-        if (child.type() != pugi::node_element)
-            continue;
-        const bool isValue = std::strcmp(child.name(), "Value") == 0;
-        const bool isChecked = std::strcmp(child.name(), "Checked") == 0;
-        if (!isValue && !isChecked)
-            continue;
-        child.remove_attribute("value");
-        if (std::strcmp(child.name(), target) == 0)
-            setAttribute(child, "value", text);
-    }
-}
-
-// The value rule over a step's varying parameters for a series of tasks:
-// each parameter's record is read once, and left where the rule leaves it
-// when the series ends.
-class TaskValueSource final {
-public:
-    explicit TaskValueSource(filterProcessObject& step)
-        : m_step(step)
-        , m_components(step.filterData ? step.filterData->list(key::Components) : nullptr)
-    {
-        if (!m_components)
-            return;
-        const std::optional<double> frames = step.settings().frameCountReal();
-        for (qsizetype i = 0; i < static_cast<qsizetype>(m_components->size()); ++i) {
-            const RecordPtr& parameter = (*m_components)[static_cast<size_t>(i)];
-            if (!parameter)
-                continue;
-            VariationCursor cursor(*parameter, frames);
-            if (cursor.varies())
-                m_cursors.push_back({ i, cursor });
-        }
-    }
-    ~TaskValueSource()
-    {
-        for (const auto& [index, cursor] : m_cursors)
-            cursor.storeInto(*(*m_components)[static_cast<size_t>(index)]);
-    }
-    TaskValueSource(const TaskValueSource&) = delete;
-    TaskValueSource& operator=(const TaskValueSource&) = delete;
-
-    // The values of the next task.
-    ParameterValues next()
-    {
-        ParameterValues values;
-        values.reserve(static_cast<qsizetype>(m_cursors.size()));
-        for (auto& [index, cursor] : m_cursors)
-            values.append({ index, cursor.next(m_step.randomDraw) });
-        return values;
-    }
-
-private:
-    filterProcessObject& m_step;
-    RecordListPtr m_components;
-    std::vector<std::pair<qsizetype, VariationCursor>> m_cursors;
-};
-
-// The values of the filter's varying parameters for its next task, by the
-// value rule (which advances each record).
-ParameterValues advanceParameters(filterProcessObject& step)
-{
-    return TaskValueSource(step).next();
-}
-
-// Leaves each record where the value rule leaves it after a task with
-// these values.
-void storeStartValues(filterProcessObject& step, const ParameterValues& values)
-{
-    if (!step.advancesRecords())
-        return;
-    const RecordListPtr components = step.filterData ? step.filterData->list(key::Components) : nullptr;
-    if (!components)
-        return;
-    for (const auto& [index, value] : values) {
-        if (index >= static_cast<qsizetype>(components->size()))
-            break;
-        const RecordPtr& parameter = (*components)[static_cast<size_t>(index)];
-        if (!parameter)
-            continue;
-        if (value.typeId() == QMetaType::Double)
-            parameter->setReal(key::STARTVALUE, value.toDouble());
-        else
-            parameter->setInteger(key::STARTVALUE, value.toLongLong());
-    }
-}
-
-// Writes the task's values into the preset's Settings and Controls.
-void applyParameters(filterProcessObject& step, const ParameterValues& values, pugi::xml_node settingsNode,
-    pugi::xml_node controls)
-{
-    const RecordListPtr components = step.filterData->list(key::Components);
-    if (!components)
-        return;
-    storeStartValues(step, values);
-    // Controls by id, the first element of each id; built only when needed.
-    std::unordered_map<std::string, pugi::xml_node> byId;
-    bool indexed = false;
-    for (const auto& [index, value] : values) {
-        if (index >= static_cast<qsizetype>(components->size()))
-            break;
-        const RecordPtr& parameter = (*components)[static_cast<size_t>(index)];
-        if (!parameter)
-            continue;
-        const std::optional<controlType> kind = parameter->type();
-        if (!kind)
-            continue;
-        if (*kind == controlType::kTypeVariations) {
-            rewriteAttribute(settingsNode, "variation", QString::number(value.toLongLong()));
-            continue;
-        }
-        if (!indexed) {
-            for (pugi::xml_node control = controls.first_child(); control; control = control.next_sibling()) {
-                if (control.type() == pugi::node_element)
-                    byId.try_emplace(control.attribute("id").value(), control);
-            }
-            indexed = true;
-        }
-        const auto found = byId.find(parameter->string(key::CONTROL_ID).toStdString());
-        if (found != byId.end())
-            writeParameterValue(*kind, value, found->second);
-    }
 }
 
 // Writes one task file for the tool, reported to the controller before and

@@ -28,6 +28,13 @@ inline void setAttribute(pugi::xml_node element, const char* name, const QString
     element.append_attribute(name).set_value(value.toUtf8().constData());
 }
 
+// Removes the attribute and appends it again, so it ends up last.
+inline void rewriteAttribute(pugi::xml_node element, const char* name, const QString& value)
+{
+    element.remove_attribute(name);
+    setAttribute(element, name, value);
+}
+
 // An option element: `name` with the one attribute value="...".
 inline void appendOption(pugi::xml_node parent, const char* name, const QString& value)
 {
