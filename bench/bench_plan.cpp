@@ -75,7 +75,10 @@ void BM_PlanJson(benchmark::State& state)
         malloc_trim(0);
         resetPeakRss();
         const qint64 before = currentRss();
-        plan.writeJson([&bytes](const QByteArray& piece) { bytes += piece.size(); });
+        plan.writeJson([&bytes](const QByteArray& piece) {
+            bytes += piece.size();
+            return true;
+        });
         added = std::max(added, peakRss() - before);
     }
     state.counters["outputs"] = static_cast<double>(plan.outputCount());

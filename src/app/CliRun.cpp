@@ -6,6 +6,7 @@
 #include "batch/RunReport.h"
 #include "run/Console.h"
 #include "run/SafeFile.h"
+#include "run/Termination.h"
 
 #include <QFileInfo>
 #include <QLoggingCategory>
@@ -211,14 +212,16 @@ int CliRun::exec(const QStringList& arguments)
         }
         if (display.replaced > 0)
             writeError(QStringLiteral("the run would replace %1 existing files").arg(display.replaced));
+        // A tool run at a time: a million outputs are never one document,
+        // and SIGTERM (or a reader gone) ends the listing between tool runs.
         const auto print = [](const QByteArray& text) {
+            if (terminationRequested().load())
+                return false;
             std::fwrite(text.constData(), 1, static_cast<size_t>(text.size()), stdout);
+            return true;
         };
-        if (options.json)
-            plan.writeJson(print); // a tool run at a time: a million outputs are never one document
-        else
-            print(plan.describe().toUtf8() + '\n');
-        return kCliExitOk;
+        const bool listed = options.json ? plan.writeJson(print) : plan.writeDescription(print);
+        return listed ? kCliExitOk : kCliExitInterrupted;
     }
     connect(&controller, &BatchController::runStarted, this, [&controller] {
         if (!lcPlan().isInfoEnabled() || !controller.plan())

@@ -6,10 +6,14 @@
 #include "step/XmlFiles.h"
 
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QSet>
 
 #include <algorithm>
+
+#include <dirent.h>
+#include <cerrno>
 
 namespace quillon {
 
@@ -19,6 +23,41 @@ bool exists(const QString& path)
 {
     return QFileInfo(path).exists() || QFileInfo(path).isSymLink();
 }
+
+// The names of one directory's entries (links, broken or not, included),
+// listed once. A path in that directory exists when its name is listed; a
+// path elsewhere, or any path when the listing failed, is looked at itself.
+class DirectoryEntries final {
+public:
+    explicit DirectoryEntries(const QString& directory)
+    {
+        if (directory.isEmpty())
+            return;
+        m_prefix = QDir::cleanPath(directory) + QLatin1Char('/');
+        DIR* dir = ::opendir(QFile::encodeName(directory).constData());
+        if (!dir) {
+            // A directory that is not there yet holds nothing.
+            m_listed = errno == ENOENT;
+            return;
+        }
+        while (const dirent* entry = ::readdir(dir))
+            m_names.insert(QFile::decodeName(entry->d_name));
+        ::closedir(dir);
+        m_listed = true;
+    }
+
+    bool exists(const QString& path) const
+    {
+        if (!m_listed || !path.startsWith(m_prefix) || path.indexOf(QLatin1Char('/'), m_prefix.size()) >= 0)
+            return quillon::exists(path);
+        return m_names.contains(path.mid(m_prefix.size()));
+    }
+
+private:
+    QString m_prefix;
+    QSet<QString> m_names;
+    bool m_listed = false;
+};
 
 // A described check message, with the path it is about on a line of its own.
 QString withPath(const QString& message, const QString& path)
@@ -129,54 +168,68 @@ QStringList taskFileNames(const RunPlan& plan)
     return names;
 }
 
-QString planRefusal(const RunPlan& plan, const QString& outputDir)
+OutputsNow outputsNow(const RunPlan& plan, const QString& outputDir, const std::function<bool()>& stopped)
 {
-    const QStringList collisions = plan.collisions();
-    if (!collisions.isEmpty())
-        return QStringLiteral("Outputs would overwrite each other: ") + collisions.join(QStringLiteral(", "));
-    // The task files are written over whatever has their names and deleted
-    // at the end, like interim outputs. A leftover of a killed run is gone
-    // by now: the journal's clean-up comes before the plan.
-    QStringList taken;
+    OutputsNow now;
+    now.collisions = plan.collisions(stopped);
+    if (stopped && stopped()) {
+        now.stopped = true;
+        return now;
+    }
+    const DirectoryEntries entries(outputDir);
     if (!outputDir.isEmpty()) {
         const QDir directory(outputDir);
         for (const QString& name : taskFileNames(plan)) {
-            if (exists(directory.filePath(name)))
-                taken.append(name);
+            if (entries.exists(directory.filePath(name)))
+                now.takenTaskFiles.append(name);
         }
     }
-    for (const QString& path : plan.interimOutputs()) {
-        if (exists(path))
-            taken.append(path);
+    for (const PlannedToolRun& run : plan.toolRuns) {
+        if (stopped && stopped()) {
+            now.stopped = true;
+            return now;
+        }
+        const bool final = run.step == plan.steps - 1;
+        for (qsizetype t = 0; t < run.tasks.size(); ++t) {
+            const QString path = run.resultPath(t);
+            if (!entries.exists(path))
+                continue;
+            if (!final) {
+                now.takenInterims.append(path);
+                continue;
+            }
+            now.existingFinals.append(path);
+            // The tool opens its output name as it finds it: a link would be
+            // written through, a pipe would block it, a directory fail it.
+            const FileIdentity identity = regularFileIdentity(path);
+            if (identity.isValid())
+                now.finalIdentities.insert(path, identity);
+            else
+                now.unusableFinals.append(path);
+        }
     }
+    return now;
+}
+
+QString planRefusal(const OutputsNow& now)
+{
+    if (!now.collisions.isEmpty())
+        return QStringLiteral("Outputs would overwrite each other: ") + now.collisions.join(QStringLiteral(", "));
+    // The task files are written over whatever has their names and deleted
+    // at the end, like interim outputs. A leftover of a killed run is gone
+    // by now: the journal's clean-up comes before the plan.
+    const QStringList taken = now.takenTaskFiles + now.takenInterims;
     if (!taken.isEmpty()) {
         return QStringLiteral("The output directory holds files this run would overwrite and delete: %1. "
                               "Move them or choose another directory.")
             .arg(nameSome(taken));
     }
-    // The tool opens its output name as it finds it: a link would be written
-    // through, a pipe would block it, a directory would fail it.
-    QStringList unusable;
-    for (const QString& path : plan.finalOutputs()) {
-        if (exists(path) && !regularFileIdentity(path).isValid())
-            unusable.append(path);
-    }
-    if (!unusable.isEmpty()) {
+    if (!now.unusableFinals.isEmpty()) {
         return QStringLiteral("The output directory holds links, folders or other entries that are not "
                               "files at output names: %1. Move them or choose another directory.")
-            .arg(nameSome(unusable));
+            .arg(nameSome(now.unusableFinals));
     }
     return {};
-}
-
-QStringList existingFinalOutputs(const RunPlan& plan)
-{
-    QStringList found;
-    for (const QString& path : plan.finalOutputs()) {
-        if (exists(path))
-            found.append(path);
-    }
-    return found;
 }
 
 QString outputInsideInputWarning(const RunSettings& settings)

@@ -2,9 +2,13 @@
 
 #include "library/Record.h"
 #include "run/RunPlan.h"
+#include "run/SafeFile.h"
 
+#include <QHash>
 #include <QString>
 #include <QStringList>
+
+#include <functional>
 
 namespace quillon {
 
@@ -26,15 +30,28 @@ QString presetRefusal(const RecordList& chain, qint64 presetIndex);
 // file and a run file for every task index up to the largest.
 QStringList taskFileNames(const RunPlan& plan);
 
-// Why the plan cannot run as it is, in the words of a failed check: two
-// tasks with one Result path; an entry at a task-file name in `outputDir`
-// or at an interim output name (both overwritten, then deleted at the end
-// of the run); a final output name held by anything but a regular file (a
-// link, a folder, a pipe, a device). Empty when it can run.
-QString planRefusal(const RunPlan& plan, const QString& outputDir);
+// The planned outputs as they are now: the output directory is listed once,
+// and each output is then looked up in the listing (a million outputs would
+// otherwise take a million system calls). `stopped` is asked between tool
+// runs; once it says yes the rest is not looked at and `stopped` is set.
+struct OutputsNow {
+    QStringList collisions; // RunPlan::collisions
+    QStringList takenTaskFiles; // task-file names held by an entry of the output directory
+    QStringList takenInterims; // interim outputs that exist
+    QStringList existingFinals; // final outputs that exist, in plan order
+    QStringList unusableFinals; // final outputs held by anything but a regular file
+    QHash<QString, FileIdentity> finalIdentities; // the final outputs that are regular files
+    bool stopped = false;
+};
+OutputsNow outputsNow(
+    const RunPlan& plan, const QString& outputDir, const std::function<bool()>& stopped = {});
 
-// The planned final outputs that exist already.
-QStringList existingFinalOutputs(const RunPlan& plan);
+// Why the plan cannot run as it is, in the words of a failed check: two
+// tasks with one Result path; an entry at a task-file name in the output
+// directory or at an interim output name (both overwritten, then deleted at
+// the end of the run); a final output name held by anything but a regular
+// file (a link, a folder, a pipe, a device). Empty when it can run.
+QString planRefusal(const OutputsNow& now);
 
 // The warning for an output directory that is the input directory (its
 // outputs would be inputs of the next run), or an empty string.

@@ -205,18 +205,24 @@ StartPlan planStart(const PlanRequest& request)
     if (!start.refusal.isEmpty())
         return start;
     start.warning = outputInsideInputWarning(settings);
-    checkStartPlan(start);
+    checkStartPlan(start, request.abort);
     return start;
 }
 
-void checkStartPlan(StartPlan& start)
+void checkStartPlan(StartPlan& start, const std::atomic<bool>* abort)
 {
-    start.refusal = planRefusal(*start.plan, start.settings.outputPath);
+    OutputsNow now = outputsNow(*start.plan, start.settings.outputPath,
+        [abort] { return (abort && abort->load()) || terminationRequested().load(); });
+    if (now.stopped) {
+        start.refusal = kPlanningAborted;
+        return;
+    }
+    start.refusal = planRefusal(now);
     if (!start.refusal.isEmpty())
         return;
-    start.existingFinals = existingFinalOutputs(*start.plan);
-    for (const QString& path : start.plan->finalOutputs())
-        start.finalsBefore.insert(path, regularFileIdentity(path));
+    start.existingFinals = std::move(now.existingFinals);
+    // A final output not named here did not exist (its identity is invalid).
+    start.finalsBefore = std::move(now.finalIdentities);
 }
 
 StartPlan planPart(const RunSettings& settings, const std::shared_ptr<RunPlan>& plan)

@@ -72,7 +72,7 @@ struct StartPlan {
 StartPlan planStart(const PlanRequest& request);
 // The checks of planStart on a plan made elsewhere (a cluster element's):
 // fills in the refusal, the existing final outputs and their state.
-void checkStartPlan(StartPlan& start);
+void checkStartPlan(StartPlan& start, const std::atomic<bool>* abort = nullptr);
 // A part of a run planned elsewhere (a cluster element's plan, every value
 // fixed): its inputs are those of its first step, and checkStartPlan's
 // checks are made on it.

@@ -9,6 +9,9 @@
 #include <QJsonObject>
 #include <QSet>
 
+#include <algorithm>
+#include <vector>
+
 namespace quillon {
 
 QString plannedValueText(const QVariant& value)
@@ -69,8 +72,28 @@ void RunPlan::skipOutputs(const QStringList& paths)
     }
 }
 
-QStringList RunPlan::collisions() const
+QStringList RunPlan::collisions(const std::function<bool()>& stopped) const
 {
+    // First a hash of every result path; only the paths whose hash comes up
+    // twice are then compared as text, so a million distinct names never
+    // sit in one table.
+    std::vector<size_t> hashes;
+    hashes.reserve(static_cast<size_t>(outputCount()));
+    for (const PlannedToolRun& run : toolRuns) {
+        if (stopped && stopped())
+            return {};
+        for (qsizetype t = 0; t < run.tasks.size(); ++t)
+            hashes.push_back(qHash(run.resultPath(t)));
+    }
+    std::sort(hashes.begin(), hashes.end());
+    QSet<size_t> twice;
+    for (size_t i = 1; i < hashes.size(); ++i) {
+        if (hashes[i] == hashes[i - 1])
+            twice.insert(hashes[i]);
+    }
+    if (twice.isEmpty())
+        return {};
+
     QHash<QString, QString> firstInput; // result path -> input that names it first
     QStringList found;
     QSet<QString> reported;
@@ -79,6 +102,8 @@ QStringList RunPlan::collisions() const
             = run.input.isEmpty() ? QStringLiteral("no input") : QFileInfo(run.input).fileName();
         for (qsizetype t = 0; t < run.tasks.size(); ++t) {
             const QString resultPath = run.resultPath(t);
+            if (!twice.contains(qHash(resultPath)))
+                continue;
             const auto known = firstInput.constFind(resultPath);
             if (known == firstInput.cend()) {
                 firstInput.insert(resultPath, run.input.isEmpty() ? QString() : run.input);
@@ -98,10 +123,21 @@ QStringList RunPlan::collisions() const
 
 QString RunPlan::describe() const
 {
-    QString text;
+    QByteArray text;
+    writeDescription([&text](const QByteArray& piece) {
+        text += piece;
+        return true;
+    });
+    text.chop(1); // the final newline
+    return QString::fromUtf8(text);
+}
+
+bool RunPlan::writeDescription(const std::function<bool(const QByteArray&)>& write) const
+{
     for (const PlannedToolRun& run : toolRuns) {
         const QStringList names = stepParameters.value(run.step);
         ParameterValues values;
+        QString text;
         for (qsizetype t = 0; t < run.tasks.size(); ++t) {
             const PlannedTask& task = run.tasks.at(t);
             if (task.carriesValues)
@@ -118,9 +154,10 @@ QString RunPlan::describe() const
             }
             text += QLatin1Char('\n');
         }
+        if (!write(text.toUtf8()))
+            return false;
     }
-    text += QStringLiteral("%1 tool runs, %2 outputs").arg(toolRunCount()).arg(outputCount());
-    return text;
+    return write(QStringLiteral("%1 tool runs, %2 outputs\n").arg(toolRunCount()).arg(outputCount()).toUtf8());
 }
 
 QJsonObject RunPlan::toolRunJson(
@@ -202,25 +239,31 @@ QByteArray nested(const QJsonObject& object, int depth)
 
 } // namespace
 
-void RunPlan::writeJson(const std::function<void(const QByteArray&)>& write) const
+bool RunPlan::writeJson(const std::function<bool(const QByteArray&)>& write) const
 {
     // The same bytes as QJsonDocument(toJsonObject()).toJson(): the members
     // in key order (schema, seed, steps, toolRuns, wine), four spaces a level.
     const QByteArray head = "{\n    \"schema\": \"quillon-plan/1\",\n    \"seed\": \"" + QByteArray::number(seed)
         + "\",\n    \"steps\": " + QByteArray::number(steps) + ",\n    \"toolRuns\": [";
-    write(head);
-    for (qsizetype r = 0; r < toolRuns.size(); ++r)
-        write((r == 0 ? "\n        " : ",\n        ") + nested(toolRunJson(r), 2));
+    if (!write(head))
+        return false;
+    for (qsizetype r = 0; r < toolRuns.size(); ++r) {
+        if (!write((r == 0 ? "\n        " : ",\n        ") + nested(toolRunJson(r), 2)))
+            return false;
+    }
     QByteArray tail = "\n    ]";
     if (wine)
         tail += ",\n    \"wine\": " + nested(wineJson(), 1);
-    write(tail + "\n}\n");
+    return write(tail + "\n}\n");
 }
 
 QByteArray RunPlan::toJson() const
 {
     QByteArray text;
-    writeJson([&text](const QByteArray& piece) { text += piece; });
+    writeJson([&text](const QByteArray& piece) {
+        text += piece;
+        return true;
+    });
     return text;
 }
 

@@ -122,11 +122,16 @@ struct RunPlan {
 
     // Two tasks with the same Result path: "NAME (inputs A and B)" for each
     // name written twice; empty when every output has a name of its own.
-    QStringList collisions() const;
+    // `stopped` is asked between tool runs: once it says yes, the answer is
+    // empty.
+    QStringList collisions(const std::function<bool()>& stopped = {}) const;
 
     // One line per output ("PATH  name=value ..."; under Wine
     // "PATH = WINDOWS PATH  name=value ..."), then "N tool runs, M outputs".
     QString describe() const;
+    // The same text with a final newline, written a tool run at a time to
+    // `write`, which stops the writing by returning false (then false).
+    bool writeDescription(const std::function<bool(const QByteArray&)>& write) const;
     // The plan as JSON (the schema is in docs/run-plan.md); with `statuses`
     // (result path -> status), each task also says what became of it; with
     // `outcomes` (by position in toolRuns), each tool run says how it ended.
@@ -136,8 +141,9 @@ struct RunPlan {
     QJsonObject toolRunJson(qsizetype r, const QHash<QString, QString>* statuses = nullptr,
         const QList<ToolRunOutcome>* outcomes = nullptr) const;
     // The indented JSON of toJsonObject, written piece by piece (a tool run
-    // at a time) to `write`: the whole document is never held.
-    void writeJson(const std::function<void(const QByteArray&)>& write) const;
+    // at a time) to `write`: the whole document is never held. `write` stops
+    // the writing by returning false (then false).
+    bool writeJson(const std::function<bool(const QByteArray&)>& write) const;
     QByteArray toJson() const;
 
 private:

@@ -157,8 +157,14 @@ TEST_F(CliFault, StandardOutputThatTakesNothingEndsTheProgramWithAnError)
     closed.setChildProcessModifier([writeEnd] { ::dup2(writeEnd, STDOUT_FILENO); });
     start(closed, baseFlags() + QStringList { "--frames", "3" });
     const CliResult ended = finish(closed);
+    // A dry run's listing (more than stdio's buffer) stops at the next piece.
+    QProcess listing;
+    listing.setChildProcessModifier([writeEnd] { ::dup2(writeEnd, STDOUT_FILENO); });
+    start(listing, baseFlags() + QStringList { "--frames", "300", "--dry-run" });
+    const CliResult listed = finish(listing);
     ::close(fds[1]);
     EXPECT_EQ(ended.exitCode, 130) << ended.err.toStdString();
+    EXPECT_EQ(listed.exitCode, 130) << listed.err.toStdString();
     for (const QString& name : batchDirectoryNames(m_out))
         EXPECT_TRUE(name.startsWith(QLatin1String("NX_my-export-"))) << name.toStdString();
 
