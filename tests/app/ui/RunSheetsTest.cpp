@@ -80,6 +80,13 @@ TEST_F(ProgressSheetWindowTest, ShowsReportsAndCountsToolRunsAgainstThePlan)
         m_sheet->showSourceInfo(QStringLiteral("x"));
     EXPECT_EQ(shown().mid(4), (QStringList { "1 of 3", "2/3" }));
     m_sheet->endRun();
+
+    // Without a planned count of steps, the step is counted alone.
+    ProgressSheet unplanned(&m_window);
+    unplanned.beginRun(1);
+    unplanned.showFilterInfo(QStringLiteral("Stone Wall"), QString());
+    EXPECT_EQ(unplanned.findChild<QLabel*>(QStringLiteral("prStepField"))->text(), QStringLiteral("1"));
+    unplanned.endRun();
 }
 
 TEST_F(ProgressSheetWindowTest, AbortButtonAndEscapeBothAskForAnAbort)

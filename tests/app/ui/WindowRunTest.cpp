@@ -221,6 +221,15 @@ TEST_F(WindowRunTest, APreviewShowsFrameOneAndLeavesTheOutputFolderAndTheRecords
     ASSERT_TRUE(waitFor([&] { return ended.count() == 2; }));
     EXPECT_FALSE(ended.last().first().toBool());
     EXPECT_EQ(preview->statusLine()->text(), QStringLiteral("Preview cancelled."));
+
+    // So is one whose input directory is still being listed.
+    choose(popup("sourceTypePopup"), 1);
+    locate("locateSourceButton", m_dir.path());
+    click("previewButton");
+    click("previewCancelButton");
+    ASSERT_TRUE(waitFor([&] { return ended.count() == 3; }));
+    EXPECT_FALSE(ended.last().first().toBool());
+    EXPECT_EQ(preview->statusLine()->text(), QStringLiteral("Preview cancelled."));
 }
 
 } // namespace
