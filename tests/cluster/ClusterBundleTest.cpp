@@ -37,6 +37,21 @@ TEST_F(ClusterBundle, ElementsRunOneByOneWriteWhatALocalRunWrites)
     EXPECT_EQ(report.value("plan")["toolRuns"][11]["exitCode"].toInt(-1), 0);
 }
 
+TEST_F(ClusterBundle, EveryMapOfAFrameTakesTheFrameValuesInAnElement)
+{
+    // The first map kind of a frame carries its values, the others reuse them.
+    const QStringList flags { "--filter", m_definition, "--tool", test::kTool, "--input-dir", m_in, "--frames", "2",
+        "--seed", "11", "--format", "PNG", "--maps", "diffuse,bump" };
+    const CliResult local = runKeeping(flags + QStringList { "--output", folder("local") }, folder("keep-local"));
+    ASSERT_EQ(local.exitCode, 0) << local.err.toStdString();
+    const QString bundle = m_temp.path() + "/bundle";
+    ASSERT_EQ(run(flags + QStringList { "--output", m_out, "--slurm-bundle", bundle }).exitCode, 0);
+    for (const int element : { 0, 1, 2, 3 })
+        ASSERT_EQ(runKeeping({ "--run-part", bundle, QString::number(element) }, folder("keep-cluster")).exitCode, 0);
+    EXPECT_EQ(byName(folder("keep-cluster")).size(), 16);
+    EXPECT_TRUE(byName(folder("keep-cluster")) == byName(folder("keep-local")));
+}
+
 TEST_F(ClusterBundle, RefusesAndCountsWhatFailed)
 {
     const QString bundle = m_temp.path() + "/bundle";
