@@ -115,22 +115,32 @@ TEST_F(CliFault, AJobFolderSwappedForALinkMidRunSendsNothingOutside)
 {
     for (const char* name : { "a.png", "b.png", "c.png", "d.png" })
         ASSERT_TRUE(writeBatchInputImage(m_in + QLatin1Char('/') + QLatin1String(name)));
-    const QString outside = m_temp.path() + QStringLiteral("/outside");
-    ASSERT_TRUE(QDir().mkdir(outside));
-    const QString gate = m_temp.path() + QStringLiteral("/gate");
-    const QString journal = m_temp.path() + QStringLiteral("/journal");
-    QProcess process;
-    start(process, baseFlags() + QStringList { "--input-dir", m_in, "--frames", "1", "--jobs", "2" },
-        { { "QUILLON_STANDIN_GATE", gate }, { "QUILLON_STANDIN_JOURNAL", journal } });
-    // Both slots' tools wait at the gate.
-    ASSERT_TRUE(
-        QTest::qWaitFor([&] { return journalEntries(journal, QStringLiteral("pid")).size() == 2; }, 120000));
-    const QString job = m_out + QStringLiteral("/.quillon/job-0");
-    ASSERT_TRUE(QDir().rename(job, m_temp.path() + QStringLiteral("/moved")));
-    ASSERT_TRUE(QFile::link(outside, job));
-    writeFile(QStringLiteral("gate"), "open");
-    EXPECT_EQ(finish(process).exitCode, 3);
-    EXPECT_EQ(QDir(outside).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot), QStringList());
+    // The output directory as given, and given through a link.
+    const QString real = m_temp.path() + QStringLiteral("/real");
+    const QString viaLink = m_temp.path() + QStringLiteral("/via-link");
+    ASSERT_TRUE(QDir().mkdir(real) && QFile::link(real, viaLink));
+    for (const auto& [output, folder] : { std::pair { m_out, m_out }, std::pair { viaLink, real } }) {
+        SCOPED_TRACE(output.toStdString());
+        const QString outside = output + QStringLiteral("-outside");
+        ASSERT_TRUE(QDir().mkdir(outside));
+        const QString gate = output + QStringLiteral("-gate");
+        const QString journal = output + QStringLiteral("-journal");
+        QProcess process;
+        start(process,
+            baseFlags() + QStringList { "--input-dir", m_in, "--frames", "1", "--jobs", "2", "--output", output },
+            { { "QUILLON_STANDIN_GATE", gate }, { "QUILLON_STANDIN_JOURNAL", journal } });
+        // Both slots' tools wait at the gate.
+        ASSERT_TRUE(
+            QTest::qWaitFor([&] { return journalEntries(journal, QStringLiteral("pid")).size() == 2; }, 120000));
+        const QString job = folder + QStringLiteral("/.quillon/job-0");
+        ASSERT_TRUE(QDir().rename(job, output + QStringLiteral("-moved")));
+        ASSERT_TRUE(QFile::link(outside, job));
+        QFile open(gate);
+        ASSERT_TRUE(open.open(QIODevice::WriteOnly) && open.write("open") == 4);
+        open.close();
+        EXPECT_EQ(finish(process).exitCode, 3);
+        EXPECT_EQ(QDir(outside).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot), QStringList());
+    }
 }
 
 TEST_F(CliFault, ALockDamagedByAPowerLossIsTakenOver)
