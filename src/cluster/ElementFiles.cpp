@@ -41,7 +41,9 @@ QStringList parameterNames(const RecordPtr& filter)
     return names;
 }
 
-PlannedToolRun toolRunFromJson(const QJsonObject& object, const QStringList& names)
+// Reads one tool run of an element's line; false when one of its values
+// names no parameter of its step.
+bool toolRunFromJson(const QJsonObject& object, const QStringList& names, PlannedToolRun* read)
 {
     PlannedToolRun run;
     run.step = object.value(QStringLiteral("step")).toInt();
@@ -63,14 +65,19 @@ PlannedToolRun toolRunFromJson(const QJsonObject& object, const QStringList& nam
         task.skipped = entry.value(QStringLiteral("skipped")).toBool();
         ParameterValues values;
         const QJsonObject named = entry.value(QStringLiteral("values")).toObject();
-        for (auto it = named.begin(); it != named.end(); ++it)
-            values.append({ names.indexOf(it.key()), it.value().toVariant() });
+        for (auto it = named.begin(); it != named.end(); ++it) {
+            const qsizetype index = names.indexOf(it.key());
+            if (index < 0)
+                return false;
+            values.append({ index, it.value().toVariant() });
+        }
         std::sort(values.begin(), values.end(),
             [](const ParameterValue& a, const ParameterValue& b) { return a.index < b.index; });
         run.givenPaths.append(entry.value(QStringLiteral("result")).toString());
         run.appendTask(task, values);
     }
-    return run;
+    *read = std::move(run);
+    return true;
 }
 
 } // namespace
@@ -155,8 +162,13 @@ bool readElementPlan(
     toolRuns->clear();
     for (const QJsonValue& value : object.value(QStringLiteral("toolRuns")).toArray()) {
         const QJsonObject run = value.toObject();
-        const int step = run.value(QStringLiteral("step")).toInt();
-        part.toolRuns.append(toolRunFromJson(run, part.stepParameters.value(step)));
+        const int step = run.value(QStringLiteral("step")).toInt(-1);
+        PlannedToolRun planned;
+        if (step < 0 || step >= part.steps || !toolRunFromJson(run, part.stepParameters.at(step), &planned)) {
+            *error = QStringLiteral("%1 is damaged").arg(lines.fileName());
+            return false;
+        }
+        part.toolRuns.append(std::move(planned));
         toolRuns->append(run.value(QStringLiteral("planIndex")).toInteger(-1));
     }
     *plan = std::move(part);

@@ -35,6 +35,13 @@ TEST_F(ClusterBundle, ElementsRunOneByOneWriteWhatALocalRunWrites)
     EXPECT_EQ(report.value("written").toInt(), 8);
     EXPECT_EQ(report.value("failedToolRuns").toInt(), 0);
     EXPECT_EQ(report.value("plan")["toolRuns"][11]["exitCode"].toInt(-1), 0);
+    // An element whose line names a parameter its step does not have runs nothing.
+    QByteArray lines = test::fileBytes(bundle + "/elements.jsonl");
+    const qsizetype name = lines.indexOf("\"values\":{\"") + 11;
+    ASSERT_GT(name, 11);
+    lines[name] = '#';
+    writeFile(QStringLiteral("bundle/elements.jsonl"), lines);
+    expectExit(run({ "--run-part", bundle, "0" }), 2, bundle + "/elements.jsonl is damaged");
 }
 
 TEST_F(ClusterBundle, EveryMapOfAFrameTakesTheFrameValuesInAnElement)
