@@ -45,6 +45,19 @@ void writeParameterValue(controlType kind, const QVariant& value, pugi::xml_node
     }
 }
 
+// Calls `apply(record, value)` for each value whose parameter the step's
+// list holds (a position outside the list, or an empty entry, is passed
+// over).
+template <class Apply> void forEachValueRecord(const RecordList& components, const ParameterValues& values, Apply apply)
+{
+    for (const auto& [index, value] : values) {
+        if (index < 0 || index >= static_cast<qsizetype>(components.size()))
+            continue;
+        if (const RecordPtr& parameter = components[static_cast<size_t>(index)])
+            apply(*parameter, value);
+    }
+}
+
 } // namespace
 
 TaskValueSource::TaskValueSource(filterProcessObject& step)
@@ -91,17 +104,12 @@ void storeStartValues(filterProcessObject& step, const ParameterValues& values)
     const RecordListPtr components = step.filterData ? step.filterData->list(key::Components) : nullptr;
     if (!components)
         return;
-    for (const auto& [index, value] : values) {
-        if (index >= static_cast<qsizetype>(components->size()))
-            break;
-        const RecordPtr& parameter = (*components)[static_cast<size_t>(index)];
-        if (!parameter)
-            continue;
+    forEachValueRecord(*components, values, [](Record& parameter, const QVariant& value) {
         if (value.typeId() == QMetaType::Double)
-            parameter->setReal(key::STARTVALUE, value.toDouble());
+            parameter.setReal(key::STARTVALUE, value.toDouble());
         else
-            parameter->setInteger(key::STARTVALUE, value.toLongLong());
-    }
+            parameter.setInteger(key::STARTVALUE, value.toLongLong());
+    });
 }
 
 void applyParameters(filterProcessObject& step, const ParameterValues& values, pugi::xml_node settingsNode,
@@ -114,18 +122,13 @@ void applyParameters(filterProcessObject& step, const ParameterValues& values, p
     // Controls by id, the first element of each id; built only when needed.
     std::unordered_map<std::string, pugi::xml_node> byId;
     bool indexed = false;
-    for (const auto& [index, value] : values) {
-        if (index >= static_cast<qsizetype>(components->size()))
-            break;
-        const RecordPtr& parameter = (*components)[static_cast<size_t>(index)];
-        if (!parameter)
-            continue;
-        const std::optional<controlType> kind = parameter->type();
+    forEachValueRecord(*components, values, [&](const Record& parameter, const QVariant& value) {
+        const std::optional<controlType> kind = parameter.type();
         if (!kind)
-            continue;
+            return;
         if (*kind == controlType::kTypeVariations) {
             rewriteAttribute(settingsNode, "variation", QString::number(value.toLongLong()));
-            continue;
+            return;
         }
         if (!indexed) {
             for (pugi::xml_node control = controls.first_child(); control; control = control.next_sibling()) {
@@ -134,10 +137,10 @@ void applyParameters(filterProcessObject& step, const ParameterValues& values, p
             }
             indexed = true;
         }
-        const auto found = byId.find(parameter->string(key::CONTROL_ID).toStdString());
+        const auto found = byId.find(parameter.string(key::CONTROL_ID).toStdString());
         if (found != byId.end())
             writeParameterValue(*kind, value, found->second);
-    }
+    });
 }
 
 } // namespace quillon
