@@ -22,6 +22,9 @@ TEST_F(PreferencesTest, UnsetKeysGiveTheirResetValueAndTheUsersStoreIsTheNativeF
     Preferences prefs(storePath());
     EXPECT_EQ(prefs.value(pref::JPEG_QUALITY), QVariant(qint64(80)));
     EXPECT_FALSE(prefs.set(pref::JPEG_QUALITY, QStringLiteral("high")));
+    EXPECT_TRUE(prefs.set(pref::JPEG_QUALITY, QStringLiteral("90")));
+    EXPECT_TRUE(prefs.set(pref::OUTPUT_DIR, QStringLiteral("/out")));
+    EXPECT_EQ(prefs.value(pref::JPEG_QUALITY), QVariant(qint64(90)));
     EXPECT_FALSE(prefs.value(pref::INPUT_MODE).isValid());
     const QString config = QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation);
     EXPECT_EQ(Preferences().fileName(), QDir(config).filePath(QStringLiteral("Quillon/Quillon.conf")));
