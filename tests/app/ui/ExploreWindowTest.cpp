@@ -129,6 +129,17 @@ TEST_F(ExploreWindowTest, TheContactSheetAndTheAnimationOfTheResults)
     ASSERT_TRUE(waitFor([&] { return saved.count() == 1; })) << alerts().join(';').toStdString();
     EXPECT_EQ(QImage(sheet).width(), 2 * (256 + 12) + 12);
 
+    // Without ffmpeg nothing is saved: the user is told why.
+    {
+        const QByteArray path = qgetenv("PATH");
+        qputenv("PATH", m_dir.path().toUtf8());
+        FileDialogs::instance().setNextFileName(m_dir.filePath(QStringLiteral("none.gif")));
+        results()->findChild<QPushButton*>(QStringLiteral("makeAnimationButton"))->click();
+        const bool told = waitFor([&] { return alerts().join(';').contains(QStringLiteral("ffmpeg was not found")); });
+        qputenv("PATH", path);
+        ASSERT_TRUE(told) << alerts().join(';').toStdString();
+        EXPECT_EQ(saved.count(), 1);
+    }
     if (QStandardPaths::findExecutable(QStringLiteral("ffmpeg")).isEmpty())
         GTEST_SKIP() << "ffmpeg is not installed";
     const QString animation = m_dir.filePath(QStringLiteral("frames.gif"));
