@@ -28,6 +28,7 @@ TEST_F(CliRun, ACompletedRunLeavesOnlyTheOutputsAndSavesAChainThatRunsAgain)
         { QStringLiteral("Filter: Glow (Quillon Tests)"), QStringLiteral("Source: a.png"),
             "deleted " + QDir(m_out).filePath(QStringLiteral("controlfile.xml")) })
         EXPECT_TRUE(result.out.contains(line)) << line.toStdString();
+    EXPECT_FALSE((result.out + result.err).contains(QStringLiteral("Error creating logfile")));
     // The chain is saved after the run.
     EXPECT_TRUE(
         result.out.section(QStringLiteral("Source: a.png"), 1).contains(QStringLiteral("Saveres=true")));

@@ -6,6 +6,7 @@
 #include "app/ui/WindowBatchDisplay.h"
 
 #include <QAbstractItemModelTester>
+#include <QImage>
 #include <QLabel>
 #include <QMainWindow>
 #include <QProgressBar>
@@ -174,6 +175,11 @@ TEST(ResultsSheetTest, ThousandsOfOutputsDecodeOnlyWhatIsShownAndMissingOnesSayS
     const auto text = [&sheet](int row) { return sheet.model()->index(row).data().toString(); };
     EXPECT_EQ(text(1), QStringLiteral("gone-1.png\nmissing"));
     EXPECT_EQ(text(2), QStringLiteral("gone-2.png\nnot run"));
+    // Their tiles are framed placeholders.
+    const QImage tile = sheet.model()->index(1).data(Qt::DecorationRole).value<QPixmap>().toImage();
+    for (const QPoint& edge : { QPoint(0, tile.height() / 2), QPoint(tile.width() - 1, tile.height() / 2),
+             QPoint(tile.width() / 2, 0), QPoint(tile.width() / 2, tile.height() - 1) })
+        EXPECT_EQ(tile.pixelColor(edge), QColor(0x50, 0x50, 0x50)) << edge.x() << "," << edge.y();
     // The first decode finds the file gone.
     EXPECT_TRUE(
         QTest::qWaitFor([&] { return text(0).startsWith(QStringLiteral("gone-0.png\nwritten, missing\nAmount=")); }, 60000));
