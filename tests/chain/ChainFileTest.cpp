@@ -116,7 +116,23 @@ TEST_F(ChainFileTest, FailedWriteKeepsThePreviousFile)
             [](Record& filter) {
                 filter.list(key::Components)->front()->setReal(key::STARTVALUE, std::nan(""));
             } },
-        { "", [](Record& filter) { filter.list(key::Components)->front()->remove(key::CONTROL_TYPE); } },
+        { "Parameter 1 of entry 1 has no kind.",
+            [](Record& filter) { filter.list(key::Components)->front()->remove(key::CONTROL_TYPE); } },
+        // Deeper than a chain file holds, in dictionaries and in lists.
+        { "nested too deeply",
+            [](Record& filter) {
+                QVariant deep = 1;
+                for (int level = 0; level < kMaxChainNesting; ++level)
+                    deep = QVariantMap { { QStringLiteral("k"), deep } };
+                filter.set(QStringLiteral("Deep"), deep);
+            } },
+        { "nested too deeply",
+            [](Record& filter) {
+                QVariant deep = 1;
+                for (int level = 0; level < kMaxChainNesting; ++level)
+                    deep = QVariantList { deep };
+                filter.set(QStringLiteral("Deep"), deep);
+            } },
     };
     for (const auto& [culprit, spoil] : spoilers) {
         SCOPED_TRACE(culprit);

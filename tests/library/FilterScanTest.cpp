@@ -120,6 +120,11 @@ TEST(FilterScan, KeepsUsableDefinitionsSortedByCodePoints)
     EXPECT_EQ(alpha.string(key::path), root + QStringLiteral("/x/y/Alpha.ffxml"));
     EXPECT_EQ(library.front()->string(key::author), QStringLiteral("Someone"));
     EXPECT_TRUE(codePointLessThan(QStringLiteral("ab"), QStringLiteral("abc")));
+    // The lowest code point above U+FFFF (units D800 DC00) against U+E000.
+    const QString first = QString::fromUcs4(U"\U00010000");
+    const QString privateUse = QString(QChar(0xE000));
+    EXPECT_TRUE(codePointLessThan(privateUse, first));
+    EXPECT_FALSE(codePointLessThan(first, privateUse));
 }
 
 TEST(FilterFetcher, EveryScanHandsOverItsOwnResultInLaunchOrder)
