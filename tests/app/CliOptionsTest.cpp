@@ -1,5 +1,7 @@
 #include "app/CliOptions.h"
 
+#include <QThread>
+
 #include <gtest/gtest.h>
 
 #include <tuple>
@@ -40,6 +42,13 @@ TEST(CliOptions, FlagsFillTheRunSettings)
         std::tuple(1, 1, 0, 1, 1, 2, 2, 1, 1, 1, 1));
     EXPECT_EQ(s.mapBoxes, (std::array<int, 10> { 1, 0, 0, 0, 1, 0, 0, 0, 0, 1 }));
     EXPECT_EQ(s.toolJobs, 1024);
+    // --jobs 0: one process per core.
+    for (const auto& [jobs, expected] : { std::pair { "0", QThread::idealThreadCount() }, std::pair { "1", 1 } }) {
+        CliOptions counted;
+        ASSERT_EQ(parse({ "--filter", "a.ffxml", "--tool", "/t", "--output", "/o", "--jobs", jobs }, &counted),
+            CliParseResult::Run);
+        EXPECT_EQ(counted.settings.toolJobs, std::max(1, expected)) << jobs;
+    }
 }
 
 TEST(CliOptions, UnusableFlagsAreUsageErrors)
