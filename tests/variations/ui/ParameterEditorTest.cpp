@@ -96,6 +96,11 @@ TEST_F(ParameterEditorTest, EditorShowsOnlyForAnActiveRowAndNamesIt)
     EXPECT_EQ(editor()->title(), "Variation of Variations over the frames");
     EXPECT_EQ(tab(), 3);
     EXPECT_EQ(text("fpVariationToField"), "30000");
+
+    // A row whose record says nothing of being active (an odd chain file) is not.
+    (*m_params)[CheckRow]->remove(key::ACTIVE);
+    m_editor.table()->selectRow(CheckRow);
+    EXPECT_TRUE(editor()->isHidden());
 }
 
 TEST_F(ParameterEditorTest, IntegerSlidersMirrorAndBoundEachOther)
