@@ -11,9 +11,9 @@
 #include <QSet>
 
 #include <algorithm>
+#include <cerrno>
 
 #include <dirent.h>
-#include <cerrno>
 
 namespace quillon {
 

@@ -34,6 +34,14 @@ RecordPtr copyFilter(const RecordPtr& original)
     return copy;
 }
 
+// Whether planning is to stop: the run's abort flag or a termination signal.
+bool planningStopped(const std::atomic<bool>* abort)
+{
+    return (abort && abort->load()) || terminationRequested().load();
+}
+
+} // namespace
+
 QStringList parameterNames(const Record& filter)
 {
     QStringList names;
@@ -43,8 +51,6 @@ QStringList parameterNames(const Record& filter)
     }
     return names;
 }
-
-} // namespace
 
 void applyMapChoice(Record& record, const RunSettings& settings, bool maps)
 {
@@ -68,7 +74,7 @@ QString inputBaseName(const QString& path)
 RunPlan planRun(const RecordList& chain, const RunSettings& settings, const QStringList& inputs, quint64 seed,
     const std::atomic<bool>* abort)
 {
-    const auto stopped = [abort] { return (abort && abort->load()) || terminationRequested().load(); };
+    const auto stopped = [abort] { return planningStopped(abort); };
     RunPlan plan;
     plan.seed = seed;
     plan.steps = static_cast<int>(chain.size());
@@ -197,7 +203,7 @@ StartPlan planStart(const PlanRequest& request)
     }
     start.plan
         = std::make_shared<RunPlan>(planRun(request.chain, settings, start.inputs, *settings.seed, request.abort));
-    if ((request.abort && request.abort->load()) || terminationRequested().load()) {
+    if (planningStopped(request.abort)) {
         start.refusal = kPlanningAborted;
         return start;
     }
@@ -211,8 +217,7 @@ StartPlan planStart(const PlanRequest& request)
 
 void checkStartPlan(StartPlan& start, const std::atomic<bool>* abort)
 {
-    OutputsNow now = outputsNow(*start.plan, start.settings.outputPath,
-        [abort] { return (abort && abort->load()) || terminationRequested().load(); });
+    OutputsNow now = outputsNow(*start.plan, start.settings.outputPath, [abort] { return planningStopped(abort); });
     if (now.stopped) {
         start.refusal = kPlanningAborted;
         return;

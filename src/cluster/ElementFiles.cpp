@@ -1,5 +1,6 @@
 #include "cluster/ElementFiles.h"
 
+#include "batch/RunPlanner.h"
 #include "cluster/ClusterBundle.h"
 #include "cluster/ElementPlan.h"
 
@@ -29,16 +30,6 @@ bool addFile(QCryptographicHash& hash, const QString& path)
     if (!file.open(QIODevice::ReadOnly))
         return false;
     return hash.addData(&file);
-}
-
-QStringList parameterNames(const RecordPtr& filter)
-{
-    QStringList names;
-    if (const RecordListPtr components = filter ? filter->list(key::Components) : nullptr) {
-        for (const RecordPtr& parameter : *components)
-            names.append(parameter ? parameter->string(key::CONTROL_NAME) : QString());
-    }
-    return names;
 }
 
 // Reads one tool run of an element's line; false when one of its values
@@ -158,7 +149,7 @@ bool readElementPlan(
     part.steps = static_cast<int>(bundle.chain.size());
     part.seed = bundle.settings.seed.value_or(0);
     for (const RecordPtr& filter : bundle.chain)
-        part.stepParameters.append(parameterNames(filter));
+        part.stepParameters.append(filter ? parameterNames(*filter) : QStringList());
     toolRuns->clear();
     for (const QJsonValue& value : object.value(QStringLiteral("toolRuns")).toArray()) {
         const QJsonObject run = value.toObject();
