@@ -42,16 +42,6 @@ bool planningStopped(const std::atomic<bool>* abort)
 
 } // namespace
 
-QStringList parameterNames(const Record& filter)
-{
-    QStringList names;
-    if (const RecordListPtr components = filter.list(key::Components)) {
-        for (const RecordPtr& parameter : *components)
-            names.append(parameter ? parameter->string(key::CONTROL_NAME) : QString());
-    }
-    return names;
-}
-
 void applyMapChoice(Record& record, const RunSettings& settings, bool maps)
 {
     if (maps) {

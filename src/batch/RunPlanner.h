@@ -15,10 +15,6 @@
 
 namespace quillon {
 
-// The parameter names of a chain filter in its list's order: a plan's
-// stepParameters.
-QStringList parameterNames(const Record& filter);
-
 // Computes the whole run before it starts: the tool runs in the order the
 // run makes them, the name of every output and, by the value rule with a
 // generator seeded with `seed`, every parameter value. Works on copies of

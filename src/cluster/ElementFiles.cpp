@@ -1,6 +1,5 @@
 #include "cluster/ElementFiles.h"
 
-#include "batch/RunPlanner.h"
 #include "cluster/ClusterBundle.h"
 #include "cluster/ElementPlan.h"
 

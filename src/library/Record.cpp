@@ -191,6 +191,16 @@ RecordPtr makeParameterRecord(controlType kind, const QString& id)
     return row;
 }
 
+QStringList parameterNames(const Record& filter)
+{
+    QStringList names;
+    if (const RecordListPtr components = filter.list(key::Components)) {
+        for (const RecordPtr& parameter : *components)
+            names.append(parameter ? parameter->string(key::CONTROL_NAME) : QString());
+    }
+    return names;
+}
+
 qint64 presetCount(const Record& filter)
 {
     const QVariantMap presets = filter.dict(key::Presets);

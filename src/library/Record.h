@@ -108,6 +108,10 @@ RecordPtr generateVariationsSettings();
 // Integer sliders get MAXVALUE 1000; the caller overrides it from RangeMax.
 RecordPtr makeParameterRecord(controlType kind, const QString& id);
 
+// The CONTROL_NAME of each parameter of a filter's "Components", in order
+// (an empty name for an empty entry).
+QStringList parameterNames(const Record& filter);
+
 // "PresetCount" of the record's "Presets", or 0.
 qint64 presetCount(const Record& filter);
 

@@ -25,17 +25,6 @@ QString stepPrefix(int step, qsizetype steps)
     return steps > 1 ? QStringLiteral("%1:").arg(step + 1) : QString();
 }
 
-// The parameter names of one chain filter, in its order.
-QStringList chainParameterNames(const RecordPtr& filter)
-{
-    QStringList names;
-    if (const RecordListPtr components = filter ? filter->list(key::Components) : nullptr) {
-        for (const RecordPtr& parameter : *components)
-            names.append(parameter ? parameter->string(key::CONTROL_NAME) : QString());
-    }
-    return names;
-}
-
 bool fail(QString* error, const QString& message)
 {
     if (error)
@@ -108,7 +97,7 @@ bool finalOutputValuesFromReport(
                 .arg(chain.size()));
     }
     for (const RecordPtr& filter : chain)
-        plan.stepParameters.append(chainParameterNames(filter));
+        plan.stepParameters.append(filter ? parameterNames(*filter) : QStringList());
     for (const QJsonValue& runValue : root.value(QStringLiteral("toolRuns")).toArray()) {
         const QJsonObject runObject = runValue.toObject();
         PlannedToolRun run;
